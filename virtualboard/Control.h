@@ -1,0 +1,95 @@
+#pragma once
+
+/// The control interface of the virtual board: what a developer can see and do that a real board does not
+/// offer. It watches writes, reads and forces design values, injects faults and sets the read-outs.
+///
+/// Names are full names: "Device1_Process0_Trigger_Trigger_ExsyncPeriod" for a parameter of the design,
+/// "FG_TIMEOUT" (600), "FG_CAMSTATUS_EXTENDED" (2050) and so on for the runtime's own parameters.
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "entry/marovine.h"
+
+#pragma GCC visibility push(default)
+
+namespace virtualboard {
+
+/// A value of a design parameter in the parameter's own type; a field is the vector of its elements.
+using Value =
+    std::variant<std::uint32_t, std::int32_t, std::int64_t, std::uint64_t, double, std::string, std::vector<std::uint32_t>>;
+
+/// One write that reached the runtime, accepted or refused.
+struct Write {
+    std::string name;             ///< full name of the parameter
+    int id = 0;                   ///< the runtime's id
+    FgParamTypes type{};          ///< the type code of the call
+    Value value;                  ///< what was written; for a field the elements of this write
+    std::uint32_t firstIndex = 0; ///< first element of a field write, else 0
+    int result = 0;               ///< what the runtime answered: 0 or a negative code
+};
+
+/// Puts a new board into the machine; it holds no design yet. Boards are independent of each other.
+GXdevice* insertBoard();
+/// Takes a board out. No applet may still be open on it.
+void removeBoard(GXdevice* board);
+
+/// Handle to one board's control interface; copies refer to the same board. Thread-safe.
+class Control {
+ public:
+    explicit Control(GXdevice* board);
+
+    // ---- journal of writes ----
+
+    /// Starts (or stops) keeping a journal of writes; a stopped journal costs a write nothing.
+    void recordWrites(bool on);
+    /// The journal so far, oldest first; empties it.
+    std::vector<Write> takeWrites();
+    /// Calls `watcher` at each write after it was carried out; an empty function ends that.
+    void watchWrites(std::function<void(const Write&)> watcher);
+
+    // ---- values ----
+
+    /// Value of a parameter; throws `std::out_of_range` naming it when the design has none of that name.
+    Value value(std::string_view name) const;
+    /// Sets a value past all range checks, the journal and the faults: also how read-outs such as
+    /// temperature, fill level or input levels are set.
+    void force(std::string_view name, const Value& value);
+    /// Names of all parameters of the design, in the design's order.
+    std::vector<std::string> parameterNames() const;
+
+    // ---- faults ----
+
+    /// Makes every write of one parameter fail with `code` (0 ends that).
+    void refuseWrites(std::string_view name, int code);
+    /// Makes every read of one parameter fail with `code` (0 ends that).
+    void refuseReads(std::string_view name, int code);
+    /// Makes the n-th write from now (1 is the next one), whatever its parameter, fail once with `code`.
+    void refuseNthWrite(unsigned n, int code);
+    /// Makes the n-th read from now fail once with `code`.
+    void refuseNthRead(unsigned n, int code);
+    /// Ends all faults of this board.
+    void clearFaults();
+
+    // ---- how the next opening behaves ----
+
+    /// The design runtime refuses to load any design.
+    void refuseDesign(bool on);
+    /// The host runtime opens no handle and reports `code` as its last error (`on` false ends that).
+    void refuseHandle(bool on, int code = 0);
+    /// Designs loaded from now on lack this parameter, event or register.
+    void hide(std::string_view name);
+    /// Ends `refuseDesign`, `refuseHandle` and `hide`.
+    void clearOpeningFaults();
+
+ private:
+    GXdevice* board_;
+};
+
+}  // namespace virtualboard
+
+#pragma GCC visibility pop
