@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace marovine {
+
+/// The lines of a configuration file in memory with their keys in order: a load asks for over 200 keys, and
+/// reading the file again for each of them is what would make it slow.
+class ConfigFileIndex {
+ public:
+    /// A file with more lines or more text than this is left to be read line by line: many times what a
+    /// configuration needs, and a bound on the memory that any file can claim.
+    static constexpr std::size_t MaxSize = std::size_t{1} << 18;
+
+    /// Reads the file from its start.
+    explicit ConfigFileIndex(std::FILE* file);
+    ConfigFileIndex(const ConfigFileIndex&) = delete;  // the lines lie in its own text
+    ConfigFileIndex& operator=(const ConfigFileIndex&) = delete;
+
+    /// Whether `find` answers for this key as reading the file line by line would: not when the file is too
+    /// large, nor for a key that itself holds a '='.
+    [[nodiscard]] bool answers(std::string_view key) const;
+
+    /// The first line that starts with the key and a '=' after the first line that contains the section text;
+    /// none when there is no such line. Lines are as `LineReader` gives them; valid as long as the index is.
+    [[nodiscard]] std::optional<std::string_view> find(std::string_view section, std::string_view key);
+
+ private:
+    /// What stands before a line's first '='. The order makes a key's lines neighbours, first line first.
+    struct Key {
+        std::string_view name;
+        std::uint32_t line;
+        auto operator<=>(const Key&) const = default;
+    };
+
+    void findSection(std::string_view section);
+
+    std::string text_;
+    std::vector<std::string_view> lines_;
+    std::vector<Key> keys_;
+    bool complete_ = true;
+
+    // The section asked for last: nearly all lookups name the same one.
+    std::optional<std::string> section_;
+    std::size_t sectionLine_ = 0;
+};
+
+}  // namespace marovine

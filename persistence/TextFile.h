@@ -1,0 +1,61 @@
+#pragma once
+
+#include <array>
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// What the configuration file and the lookup-table file have in common: lines of limited length, values
+/// split off at separator characters, and numbers that look the same whatever locale the host has set.
+namespace marovine {
+
+struct FileCloser {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+/// An open file, flushed and closed at the end of its life.
+using File = std::unique_ptr<std::FILE, FileCloser>;
+
+/// Whether the file can be opened for reading; false for a null name.
+[[nodiscard]] bool isReadableFile(const char* name);
+
+/// Size of a line and of every text a parser hands out, the closing NUL included.
+inline constexpr std::size_t LineSize = 256;
+
+/// Reads a file line by line. A longer line comes in pieces of 255 characters; what follows a NUL byte up to
+/// the end of its piece is not seen.
+class LineReader {
+ public:
+    /// Reads from the file's present position; a null file has no lines.
+    explicit LineReader(std::FILE* file) : file_(file) {}
+
+    /// Goes back to the start of the file.
+    void rewind();
+
+    /// The next piece with its line feed, valid until the next call; none at the end of the file.
+    [[nodiscard]] std::optional<std::string_view> next();
+
+ private:
+    std::FILE* file_;
+    std::array<char, LineSize> line_{};
+};
+
+/// Splits the next token off `rest`: separators before it are skipped, the one after it is consumed. None
+/// when only separators are left.
+std::optional<std::string_view> nextToken(std::string_view& rest, std::string_view separators);
+
+/// Copies at most 255 characters and a NUL into a buffer of `LineSize` bytes.
+void copyText(std::string_view text, char* destination);
+
+/// Shortest general form with 12 significant digits, as "%.12g" gives it in the "C" locale.
+[[nodiscard]] std::string generalText(double value);
+
+/// Fixed-point form with 12 decimals, as "%.12f" gives it in the "C" locale.
+[[nodiscard]] std::string fixedText(double value);
+
+/// The number at the start of a text, as strtod reads it in the "C" locale; 0 when there is none.
+[[nodiscard]] double doubleFromText(const char* text);
+
+}  // namespace marovine
