@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdio>
 #include <cstdlib>
 
 #include "infra/IgnoreCase.h"
@@ -69,9 +68,8 @@ std::unique_ptr<RuntimeLibrary> TavrDir::LoadRuntimeLibrary(const char* name, co
         }
         directory = TavrLibStatic::gmTavrDir;
     }
-    std::array<char, kLongestPath + 1> path{};
-    std::snprintf(path.data(), path.size(), "%s/lib64/lib%s.so", directory, name);
-    auto library = std::make_unique<RuntimeLibrary>(path.data());
+    const std::string path = std::string(directory) + "/lib64/lib" + name + ".so";
+    auto library = std::make_unique<RuntimeLibrary>(path.substr(0, kLongestPath));
     if (!library->open()) {
         return nullptr;
     }
