@@ -130,6 +130,9 @@ class Fg_ParameterInfo {
 
 namespace marovine {
 
+/// The group of the board's own registers, which the XML description leaves out.
+inline constexpr const char* kDirectRegisterAccessGroup = "Direct Register Access";
+
 /// Depth-first search from `node` through its children and along the next nodes, in this tree or the
 /// runtime's own, for the first parameter with number `id`. Groups never match. Null when there is none.
 RegisterInfo* findRegisterInfoByParamId(RegisterInfo* node, int id);

@@ -83,47 +83,47 @@ TEST(ParameterInfo, TheHostFindsEveryFieldAtItsOffset) {
     EXPECT_EQ(at<std::uint32_t>(node, 48), 8u);
     EXPECT_EQ(textAt(node, 112), "\xB5s");
     EXPECT_EQ(at<int>(node, 120), 0);
+}
 
-    node = registry.addInfoInt(group, "I", "I", -1, 3, 1, 7, 1, 1, nullptr, 1, 0);
-    EXPECT_EQ(at<std::uint32_t>(node, 0), 11u);
-    EXPECT_EQ(at<std::int32_t>(node, 40), -1);
-    EXPECT_EQ(at<std::int32_t>(node, 44), 3);
-    EXPECT_EQ(textAt(node, 112), "(null)");
+TEST(ParameterInfo, EveryKindStoresItsOwnLimits) {
+    Fg_ParameterInfo registry(1);
+    RegisterInfo* const group = registry.addGroupInfo(0, nullptr, "Any");
+    const auto* node = registry.addInfoInt(group, "I", "I", -1, 3, 2, 7, 1, 1, nullptr, 1, 0);
+    EXPECT_EQ(node->kind, 11u);
+    EXPECT_EQ(node->value.int32.minimum, -1);
+    EXPECT_EQ(node->unit, nullptr);
 
-    node = registry.addInfoUInt64(group, "U64", "U64", 1, ~0ull, 2, 7, 1, 1, nullptr, 2, 0);
-    EXPECT_EQ(at<std::uint32_t>(node, 0), 9u);
-    EXPECT_EQ(at<std::uint64_t>(node, 40), 1u);
-    EXPECT_EQ(at<std::uint64_t>(node, 48), ~0ull);
-    EXPECT_EQ(at<std::uint64_t>(node, 56), 2u);
+    node = registry.addInfoUInt64(group, "U", "U", 1, ~0ull, 2, 7, 1, 1, nullptr, 2, 0);
+    EXPECT_EQ(node->kind, 9u);
+    EXPECT_EQ(node->value.uint64.maximum, ~0ull);
 
-    node = registry.addInfoInt64(group, "I64", "I64", -4294967296, 4294967295, 1, 7, 1, 1, nullptr, 3, 0);
-    EXPECT_EQ(at<std::uint32_t>(node, 0), 12u);
-    EXPECT_EQ(at<std::int64_t>(node, 40), -4294967296);
+    node = registry.addInfoInt64(group, "L", "L", -4294967296, 4294967295, 1, 7, 1, 1, nullptr, 3, 0);
+    EXPECT_EQ(node->kind, 12u);
+    EXPECT_EQ(node->value.int64.minimum, -4294967296);
 
     node = registry.addInfoDouble(group, "D", "D", 0.008, 30.0, 0.004, 7, 1, 1, nullptr, 4, 0);
-    EXPECT_EQ(at<std::uint32_t>(node, 0), 6u);
-    EXPECT_EQ(at<double>(node, 40), 0.008);
-    EXPECT_EQ(at<double>(node, 48), 30.0);
-    EXPECT_EQ(at<double>(node, 56), 0.004);
+    EXPECT_EQ(node->kind, 6u);
+    EXPECT_EQ(node->value.real.maximum, 30.0);
+    EXPECT_EQ(node->value.real.increment, 0.004);
 
-    node = registry.addInfoString(group, "T", "T", "*.lut", 7, 1, 1, nullptr, 5, 0);
-    EXPECT_EQ(at<std::uint32_t>(node, 0), 5u);
-    EXPECT_EQ(textAt(node, 40), "*.lut");
-    node = registry.addInfoString(group, "T", "T", nullptr, 7, 1, 1, nullptr, 5, 0);
-    EXPECT_EQ(textAt(node, 40), "");
-
-    node = registry.addInfoUIntField(group, "UF", "UF", 256, 1, 255, 2, 7, 1, 1, nullptr, 6, 0);
+    node = registry.addInfoUIntField(group, "UF", "UF", 256, 1, 255, 2, 7, 1, 1, nullptr, 5, 0);
     EXPECT_EQ(node->kind, 7u);
     EXPECT_EQ(node->value.uint32Field.elements, 256u);
     EXPECT_EQ(node->value.uint32Field.maximum, 255u);
-    node = registry.addInfoDoubleField(group, "DF", "DF", 16, -1.5, 2.5, 0.5, 7, 1, 1, nullptr, 7, 0);
+
+    node = registry.addInfoDoubleField(group, "DF", "DF", 16, -1.5, 2.5, 0.5, 7, 1, 1, nullptr, 6, 0);
     EXPECT_EQ(node->kind, 8u);
-    EXPECT_EQ(node->value.realField.elements, 16u);
     EXPECT_EQ(node->value.realField.minimum, -1.5);
-    node = registry.addInfoIntField(group, "IF", "IF", 8, -7, 9, 1, 7, 1, 1, nullptr, 8, 0);
+
+    node = registry.addInfoIntField(group, "IF", "IF", 8, -7, 9, 1, 7, 1, 1, nullptr, 7, 0);
     EXPECT_EQ(node->kind, 13u);
-    EXPECT_EQ(node->value.int32Field.elements, 8u);
     EXPECT_EQ(node->value.int32Field.minimum, -7);
+
+    node = registry.addInfoString(group, "T", "T", "*.lut", 7, 1, 1, nullptr, 8, 0);
+    EXPECT_EQ(node->kind, 5u);
+    EXPECT_STREQ(node->value.text.attribute, "*.lut");
+    node = registry.addInfoString(group, "T", "T", nullptr, 7, 1, 1, nullptr, 9, 0);
+    EXPECT_STREQ(node->value.text.attribute, "");
 }
 
 TEST(ParameterInfo, EnumerationEntriesAreFilledOneByOne) {
