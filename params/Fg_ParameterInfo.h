@@ -107,7 +107,7 @@ class Fg_ParameterInfo {
 
  private:
     // Holds the whole of a usual tree, and is below the size from which malloc maps fresh pages.
-    static constexpr std::size_t kFirstBlock = 112 * 1024;
+    static constexpr std::size_t kFirstBlock = std::size_t{112} * 1024;
 
     // All memory of a tree comes from one arena, because a tree is filled once at every opening of an
     // instance and freed as a whole.

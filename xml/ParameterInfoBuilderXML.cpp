@@ -14,7 +14,7 @@ constexpr const char* kRootName = "Root";
 /// Line feed first: hosts parse the document with the two in this order.
 constexpr std::string_view kAfterFeature = "\n\r";
 /// Bytes; room for the whole document, because growing to this size costs more than writing it.
-constexpr std::size_t kUsualSize = 192 * 1024;
+constexpr std::size_t kUsualSize = std::size_t{192} * 1024;
 
 std::string_view textOf(const char* text) {
     return text == nullptr ? "" : text;
