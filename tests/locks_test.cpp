@@ -1,0 +1,203 @@
+#include "infra/Locks.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "tests/Threads.h"
+
+namespace {
+
+using namespace tavr::templates::patterns;
+using namespace tavr::templates::platform;
+
+/// Runs `action` on another thread and waits for it.
+void elsewhere(const std::function<void()>& action) {
+    std::thread(action).join();
+}
+
+/// A lock without a mutex: it counts, and a test can take its mark away.
+class CountingLock : public GenericLock {
+ public:
+    explicit CountingLock(int* deletions = nullptr) : deletions_(deletions) {}
+    ~CountingLock() override {
+        if (deletions_ != nullptr) {
+            ++*deletions_;
+        }
+    }
+    void acquire() override { ++held; }
+    bool try_acquire(unsigned int /*timeout*/) override { return false; }
+    void release() override { --held; }
+    void loseMark() { locked_ = false; }
+
+    int held = 0;
+
+ private:
+    int* deletions_;
+};
+
+template <typename MakeGuard>
+std::string refusal(MakeGuard makeGuard) {
+    try {
+        makeGuard();
+    } catch (const std::logic_error& error) {
+        return error.what();
+    }
+    return "";
+}
+
+TEST(CriticalSection, KeepsOtherThreadsOutWhileAGuardHoldsIt) {
+    CriticalSection lock;
+    const auto freeForOthers = [&] {
+        bool taken = false;
+        elsewhere([&] {
+            taken = lock.try_acquire(60'000);
+            if (taken) {
+                lock.release();
+            }
+        });
+        return taken;
+    };
+    {
+        const CriticalSectionGuard guard(&lock);
+        EXPECT_FALSE(freeForOthers());
+    }
+    EXPECT_TRUE(freeForOthers());
+    EXPECT_THROW(
+        {
+            const GenericLockGuard guard(&lock);
+            throw std::runtime_error("leaves the scope");
+        },
+        std::runtime_error);
+    EXPECT_TRUE(freeForOthers());
+}
+
+TEST(CriticalSection, CountsEveryPassOfManyThreads) {
+    CriticalSection lock;
+    int count = 0;
+    onThreads(4, [&](int) {
+        for (int i = 0; i < 1000; ++i) {
+            const CriticalSectionGuard guard(&lock);
+            ++count;
+        }
+    });
+    EXPECT_EQ(count, 4000);
+}
+
+TEST(CriticalSection, LeavesAnExternalMutexToItsOwner) {
+    pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
+    {
+        CriticalSection lock(&mutex);
+        const CriticalSectionGuard guard(&lock);
+        EXPECT_NE(pthread_mutex_trylock(&mutex), 0);
+    }
+    EXPECT_EQ(pthread_mutex_trylock(&mutex), 0);
+    pthread_mutex_unlock(&mutex);
+    pthread_mutex_destroy(&mutex);
+}
+
+TEST(GenericLockGuard, RefusesALockThatIsMarkedHeld) {
+    const std::string expected = "GenericLock object got lock but is already marked as locked";
+    CountingLock counting;
+    CriticalSection section;
+    {
+        const GenericLockGuard outer(&counting);
+        EXPECT_EQ(refusal([&] { const GenericLockGuard inner(&counting); }), expected);
+        EXPECT_EQ(counting.held, 1) << "the refused guard gives back what it took, and only that";
+    }
+    EXPECT_EQ(counting.held, 0);
+#ifndef __SANITIZE_THREAD__  // it reports the nesting itself
+    {
+        const CriticalSectionGuard outer(&section);
+        EXPECT_EQ(refusal([&] { const CriticalSectionGuard inner(&section); }), expected);
+        EXPECT_EQ(refusal([&] { const GenericLockGuard inner(&section); }), expected);
+    }
+    const CriticalSectionGuard again(&section);
+#endif
+}
+
+TEST(GenericLockGuard, DeletesALockThatItOwns) {
+    int deletions = 0;
+    { const GenericLockGuard guard(new CountingLock(&deletions), true); }
+    EXPECT_EQ(deletions, 1);
+    { const CriticalSectionGuard guard(new CriticalSection, true); }
+    { const RecursiveMutexGuard guard(new RecursiveMutex, true); }
+    { const ReadWriteLockGuard guard(new ReadWriteLock, Access::Read, true); }
+}
+
+TEST(GenericLockDeathTest, EndsTheProcessOnMisuseFoundInADestructor) {
+    EXPECT_DEATH(
+        {
+            CountingLock lock;
+            const GenericLockGuard guard(&lock);
+            lock.loseMark();
+        },
+        "GenericLock::leave\\(\\) called with lock not held");
+    EXPECT_DEATH(
+        {
+            auto lock = std::make_unique<CriticalSection>();
+            const CriticalSectionGuard guard(lock.get());
+            lock.reset();
+        },
+        "GenericLock object destroyed with lock still held");
+}
+
+TEST(RecursiveMutex, CountsNestedGuards) {
+    RecursiveMutex mutex;
+    {
+        const RecursiveMutexGuard outer(&mutex);
+        {
+            const RecursiveMutexGuard inner(&mutex);
+            EXPECT_EQ(mutex.depth(), 2);
+        }
+        EXPECT_EQ(mutex.depth(), 1);
+    }
+    EXPECT_EQ(mutex.depth(), 0);
+    elsewhere([&] { const RecursiveMutexGuard guard(&mutex); });
+}
+
+TEST(ReadWriteLock, LetsReadersInTogetherAndAWriterAlone) {
+    ReadWriteLock lock;
+    int value = 0;
+    {
+        const ReadWriteLockGuard reader(&lock, Access::Read);
+        elsewhere([&] { const ReadWriteLockGuard other(&lock, Access::Read); });
+    }
+    onThreads(4, [&](int) {
+        for (int i = 0; i < 500; ++i) {
+            const ReadWriteLockGuard writer(&lock, Access::Write);
+            ++value;
+        }
+    });
+    const ReadWriteLockGuard reader(&lock, Access::Read);
+    EXPECT_EQ(value, 2000);
+}
+
+TEST(SpinLockVariable, LetsItsOwnThreadThroughAndOthersWait) {
+    int spin = 0;
+    pthread_t owner = 0;
+    int count = 0;
+    {
+        const SpinLockVariableGuard outer(&spin, &owner);
+        { const SpinLockVariableGuard inner(&spin, &owner); }
+        EXPECT_EQ(spin, 1) << "the nested guard must not free the variable";
+        EXPECT_EQ(owner, pthread_self());
+    }
+    EXPECT_EQ(spin, 0);
+    EXPECT_EQ(owner, 0u);
+
+    for (pthread_t* ownerVariable : {&owner, static_cast<pthread_t*>(nullptr)}) {
+        onThreads(4, [&](int) {
+            for (int i = 0; i < 500; ++i) {
+                const SpinLockVariableGuard guard(&spin, ownerVariable);
+                ++count;
+            }
+        });
+    }
+    EXPECT_EQ(count, 4000);
+}
+
+}  // namespace
