@@ -21,13 +21,14 @@ enum FgParamTypes : int32_t {
 #else
 typedef enum FgParamTypes {
 #endif
-    FG_TYPE_INT32 = 1,          /**< signed 32-bit integer */
-    FG_TYPE_UINT32 = 2,         /**< unsigned 32-bit integer */
-    FG_TYPE_INT64 = 3,          /**< signed 64-bit integer */
-    FG_TYPE_UINT64 = 4,         /**< unsigned 64-bit integer */
-    FG_TYPE_DOUBLE = 5,         /**< IEEE double */
-    FG_TYPE_TEXT = 6,           /**< NUL-terminated text in a buffer of the caller's */
-    FG_TYPE_TEXT_POINTER = 22,  /**< text allocated by the callee, given back with Fg_freeParameterStringWithType */
+    FG_TYPE_INT32 = 1,  /**< signed 32-bit integer */
+    FG_TYPE_UINT32 = 2, /**< unsigned 32-bit integer */
+    FG_TYPE_INT64 = 3,  /**< signed 64-bit integer */
+    FG_TYPE_UINT64 = 4, /**< unsigned 64-bit integer */
+    FG_TYPE_DOUBLE = 5, /**< IEEE double */
+    FG_TYPE_TEXT = 6,   /**< NUL-terminated text in a buffer of the caller's */
+    FG_TYPE_TEXT_POINTER =
+        22, /**< text allocated by the callee, given back with Fg_freeParameterStringWithType */
     FG_TYPE_FIELD_ACCESS = 4096, /**< a `FieldParameterAccess` record: a run of table elements */
     FG_TYPE_FIELD_INT = 4098     /**< a `FieldParameterInt_s` record: one table element */
 #ifdef __cplusplus
@@ -41,9 +42,9 @@ typedef struct Fg_Struct_s {
     void* instance; /**< what `Std_entry` returned; null after `Fg_FreeGrabber` */
 } Fg_Struct;
 
-typedef struct GXdevice_s GXdevice;         /**< a board, opened by the host */
-typedef struct fpga_design_s fpga_design;   /**< a hardware design, loaded by the design runtime */
-typedef struct dma_mem_s dma_mem;           /**< the host's picture memory; passed through unread */
+typedef struct GXdevice_s GXdevice;           /**< a board, opened by the host */
+typedef struct fpga_design_s fpga_design;     /**< a hardware design, loaded by the design runtime */
+typedef struct dma_mem_s dma_mem;             /**< the host's picture memory; passed through unread */
 typedef struct ShadingMaster_s ShadingMaster; /**< shading state; this applet offers no shading */
 
 /** One 32-bit element of a table with its index. */
@@ -126,7 +127,8 @@ typedef union RegisterInfoValue_u {
     } realField;
 } RegisterInfoValue;
 
-/** One node of the parameter description tree: a group or a parameter. 128 bytes, read in place by the host. */
+/** One node of the parameter description tree: a group or a parameter. 128 bytes, read in place by the host.
+ */
 typedef struct RegisterInfo_s {
     uint32_t kind;  /**< an FG_KIND_ value */
     uint32_t index; /**< position among the parent's children */
@@ -156,7 +158,8 @@ typedef struct RegisterInfo_s {
  */
 void* Std_entry(GXdevice* device, int* error, int flags);
 
-/** Ends the instance and clears the record's field. Returns the runtime's result, or -2001 without instance. */
+/** Ends the instance and clears the record's field. Returns the runtime's result, or -2001 without instance.
+ */
 int Fg_FreeGrabber(Fg_Struct* record);
 
 /** Answers questions about the applet library itself; needs no instance. -2130 for an unknown selector. */
@@ -170,11 +173,13 @@ const char* Fg_getParameterName(Fg_Struct* record, int index);
 int Fg_getParameterId(Fg_Struct* record, int index);
 int Fg_getParameterIdByName(Fg_Struct* record, const char* name);
 /** Sets a parameter; `value` points to a value of the parameter's own type (a text: the text itself). */
-int Fg_setParameterWithType(Fg_Struct* record, int id, const void* value, int dmaIndex, enum FgParamTypes type);
+int Fg_setParameterWithType(Fg_Struct* record, int id, const void* value, int dmaIndex,
+                            enum FgParamTypes type);
 /** Reads a parameter into `value`, in the parameter's own type. */
 int Fg_getParameterWithType(Fg_Struct* record, int id, void* value, int dmaIndex, enum FgParamTypes type);
 /** Gives back a text that a get with FG_TYPE_TEXT_POINTER handed out; `value` is the text's address. */
-int Fg_freeParameterStringWithType(Fg_Struct* record, int id, void* value, int dmaIndex, enum FgParamTypes type);
+int Fg_freeParameterStringWithType(Fg_Struct* record, int id, void* value, int dmaIndex,
+                                   enum FgParamTypes type);
 /** The first node of the description tree of a port; null when there is none. */
 RegisterInfo* Fg_getParameterInfo(Fg_Struct* record, int port);
 /** Copies the XML description; with a null buffer only stores the size needed. */
@@ -188,7 +193,8 @@ const char* Fg_getEventName(Fg_Struct* record, uint64_t mask);
 /* ---- acquisition, passed through to the host runtime ---- */
 
 int Fg_getAppletId(Fg_Struct* record, void* reserved);
-int64_t Fg_getStatusEx(Fg_Struct* record, int parameter, int64_t data, unsigned int dmaIndex, dma_mem* memory);
+int64_t Fg_getStatusEx(Fg_Struct* record, int parameter, int64_t data, unsigned int dmaIndex,
+                       dma_mem* memory);
 int Fg_AcquireEx(Fg_Struct* record, unsigned int dmaIndex, int64_t pictures, int flags, dma_mem* memory);
 int Fg_stopAcquireEx(Fg_Struct* record, unsigned int dmaIndex, dma_mem* memory, int flags);
 int64_t Fg_getLastPicNumberEx(Fg_Struct* record, unsigned int dmaIndex, dma_mem* memory);

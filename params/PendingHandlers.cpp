@@ -1,0 +1,374 @@
+// Setters and getters that have not been written yet answer -2130.
+#include "params/FgGxWrapperImpl.h"
+
+void FgGxWrapperImpl::set_sdk_param_FG_TIMEOUT_P0(unsigned int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERA_LINK_CAMTYPE_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_USEDVAL_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERA_LINK_CORE_RESET_P0(unsigned int /*value*/,
+                                                                 bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_TAPGEOMETRY_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_SENSORWIDTH_P0(unsigned int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_VANTAGEPOINT_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_WIDTH_P0(unsigned int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_HEIGHT_P0(unsigned int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_XOFFSET_P0(unsigned int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_YOFFSET_P0(unsigned int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_FORMAT_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_IMG_SELECT_PERIOD_P0(unsigned int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_IMG_SELECT_P0(unsigned int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_SCALINGFACTOR_RED_P0(double /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_SCALINGFACTOR_BLUE_P0(double /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_SCALINGFACTOR_GREEN_P0(double /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_BAYERINIT_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_SAMPLING_RATE_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_ENABLE_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_WIDTH_P0(unsigned int /*value*/,
+                                                                bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_LINE_GAP_P0(unsigned int /*value*/,
+                                                                   bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_HEIGHT_P0(unsigned int /*value*/,
+                                                                 bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_FRAME_GAP_P0(unsigned int /*value*/,
+                                                                    bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_PATTERN_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_PATTERN_OFFSET_P0(unsigned int /*value*/,
+                                                                         bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_ROLL_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_SELECT_MODE_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_PIXEL_FREQUENCY_P0(double /*value*/,
+                                                                          bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_LINERATE_P0(double /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_FRAMERATE_P0(double /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_TRIGGER_MODE_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_CAMERASIMULATOR_WIDTH_P0(std::uint32_t* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_CAMERASIMULATOR_LINE_GAP_P0(std::uint32_t* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_CAMERASIMULATOR_FRAME_GAP_P0(std::uint32_t* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_CAMERASIMULATOR_PIXEL_FREQUENCY_P0(double* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_CAMERASIMULATOR_LINERATE_P0(double* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_CAMERASIMULATOR_FRAMERATE_P0(double* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_CAMERASIMULATOR_ACTIVE_P0(std::uint32_t* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_CAMERASIMULATOR_PASSIVE_P0(std::uint32_t* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LUT_TYPE_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_RED_P0(const FieldParameterInt_s* /*element*/,
+                                                        bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_RED_P0(const FieldParameterAccess* /*block*/,
+                                                        bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_GREEN_P0(const FieldParameterInt_s* /*element*/,
+                                                          bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_GREEN_P0(const FieldParameterAccess* /*block*/,
+                                                          bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_BLUE_P0(const FieldParameterInt_s* /*element*/,
+                                                         bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_BLUE_P0(const FieldParameterAccess* /*block*/,
+                                                         bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LUT_CUSTOM_FILE_P0(const char* /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LUT_SAVE_FILE_P0(const char* /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_OFFSET_P0(double /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_GAIN_P0(double /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_GAMMA_P0(double /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_INVERT_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_LUT_CUSTOM_FILE_P0(char* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_LUT_SAVE_FILE_P0(char* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_DEBUGSOURCE_P0(unsigned int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_DEBUGINENABLE_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_DEBUGFILE_P0(const char* /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_DEBUGINSERT_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_DEBUGWRITEPIXEL_P0(unsigned long /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_DEBUGWRITEFLAG_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_DEBUGOUTENABLE_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_DEBUGSAVECONFIG_P0(const char* /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_DEBUGSOURCENAME_P0(char* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_DEBUGINENABLE_P0(std::int32_t* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_DEBUGFILE_P0(char* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_DEBUGOUTENABLE_P0(std::int32_t* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_DEBUGOUTXPOS_P0(std::uint32_t* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_DEBUGOUTYPOS_P0(std::uint32_t* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_DEBUGOUTPIXEL_P0(std::uint32_t* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_DEBUGREADY_P0(std::int32_t* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_DEBUGSAVECONFIG_P0(char* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_CAMSTATUS_P0(std::uint32_t* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_CAMSTATUS_EXTENDED_P0(std::uint32_t* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_ALTERNATIVE_BOARD_DETECTION_P0(std::int32_t* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_FILLLEVEL_P0(std::uint32_t* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERMODE_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_EXSYNCON_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERINSRC_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERINPOLARITY_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERDEBOUNCING_P0(double /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LINE_DOWNSCALE_P0(unsigned int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LINE_DOWNSCALEINIT_P0(unsigned int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODERON_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODERMODE_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODERINSRC_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODERLEADING_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODER_COMPENSATION_ENABLE_P0(int /*value*/,
+                                                                           bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODER_COMPENSATION_COUNT_P0(unsigned int /*value*/,
+                                                                          bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LINEPERIODE_P0(double /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LINEEXPOSURE_P0(double /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_EXSYNCPOLARITY_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERDELAY_P0(double /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGERMODE_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGERON_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_FLASHON_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGER_ASYNC_HEIGHT_P0(unsigned int /*value*/,
+                                                                  bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGERINSRC_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGERINPOLARITY_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGERGATEDELAY_P0(unsigned int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGERDEBOUNCING_P0(double /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_FLASH_POLARITY_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_STROBEPULSEDELAY_P0(unsigned int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_SENDSOFTWARETRIGGER_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_SETSOFTWARETRIGGER_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_DIGIO_OUTPUT_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_DIGIO_OUTPUT_P0(std::int32_t* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::set_sdk_param_FG_SIGNAL_ANALYZER_CLEAR_P0(int /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::get_sdk_param_FG_SIGNAL_ANALYZER_PULSE_COUNT_DIFFERENCE_P0(
+    std::int64_t* /*destination*/) {
+    throw marovine::error::notSupported;
+}
+
+void FgGxWrapperImpl::setRouteSource(marovine::Route /*route*/, std::int32_t /*source*/,
+                                     bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::setRoutePolarity(marovine::Route /*route*/, std::int32_t /*polarity*/,
+                                       bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::setLegacyCc(std::size_t /*line*/, std::int32_t /*value*/, bool /*throwOnError*/) {
+    throw marovine::error::notSupported;
+}
+void FgGxWrapperImpl::getLegacyCc(std::size_t /*line*/, std::int32_t* /*destination*/) const {
+    throw marovine::error::notSupported;
+}
+bool FgGxWrapperImpl::loadConfig(Fg_ConfigFileParser& /*parser*/) {
+    return false;
+}
+bool FgGxWrapperImpl::saveConfig(Fg_ConfigFileParser& /*parser*/) {
+    return false;
+}
+int FgGxWrapper::Fg_saveConfig(Fg_Struct* /*inner*/, const char* /*fileName*/) {
+    return marovine::error::notSupported;
+}
+int FgGxWrapper::Fg_loadConfig(Fg_Struct* /*inner*/, const char* /*fileName*/) {
+    return marovine::error::notSupported;
+}
