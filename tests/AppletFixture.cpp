@@ -12,8 +12,12 @@ std::string textOf(double value) {
     std::array<char, 32> buffer{};
     return {buffer.data(), std::to_chars(buffer.data(), buffer.data() + buffer.size(), value).ptr};
 }
-std::string textOf(const std::string& value) { return "'" + value + "'"; }
-std::string textOf(std::integral auto value) { return std::to_string(value); }
+std::string textOf(const std::string& value) {
+    return "'" + value + "'";
+}
+std::string textOf(std::integral auto value) {
+    return std::to_string(value);
+}
 std::string textOf(const std::vector<std::uint32_t>& values) {
     std::string text;
     for (const auto value : values) text += (text.empty() ? "" : ", ") + std::to_string(value);
@@ -61,7 +65,8 @@ int OpenApplet::idOf(std::string_view name) {
 
 std::string OpenApplet::getText(std::string_view name) {
     char* text = nullptr;
-    EXPECT_EQ(0, Fg_getParameterWithType(&record_, idOf(name), &text, 0, FG_TYPE_TEXT_POINTER)) << "reading " << name;
+    EXPECT_EQ(0, Fg_getParameterWithType(&record_, idOf(name), &text, 0, FG_TYPE_TEXT_POINTER))
+        << "reading " << name;
     if (text == nullptr) return {};
     std::string copy = text;
     EXPECT_EQ(0, Fg_freeParameterStringWithType(&record_, idOf(name), text, 0, FG_TYPE_TEXT_POINTER));

@@ -19,7 +19,8 @@
 namespace marovine::test {
 
 /// A design write as the tests state it: the name without "Device1_Process0_", and the value as text.
-/// A field write reads "[first index] v, v, v"; doubles are written as the shortest text that reads back the same.
+/// A field write reads "[first index] v, v, v"; doubles are written as the shortest text that reads back the
+/// same.
 struct DesignWrite {
     std::string name;
     std::string value;
@@ -56,7 +57,8 @@ class OpenApplet {
     template <class T>
     T get(std::string_view name) {
         T value{};
-        EXPECT_EQ(0, Fg_getParameterWithType(&record_, idOf(name), &value, 0, FG_TYPE_UINT32)) << "reading " << name;
+        EXPECT_EQ(0, Fg_getParameterWithType(&record_, idOf(name), &value, 0, FG_TYPE_UINT32))
+            << "reading " << name;
         return value;
     }
     std::string getText(std::string_view name);
