@@ -20,17 +20,17 @@
 namespace virtualboard {
 
 /// A value of a design parameter in the parameter's own type; a field is the vector of its elements.
-using Value =
-    std::variant<std::uint32_t, std::int32_t, std::int64_t, std::uint64_t, double, std::string, std::vector<std::uint32_t>>;
+using Value = std::variant<std::uint32_t, std::int32_t, std::int64_t, std::uint64_t, double, std::string,
+                           std::vector<std::uint32_t>>;
 
 /// One write that reached the runtime, accepted or refused.
 struct Write {
-    std::string name;             ///< full name of the parameter
-    int id = 0;                   ///< the runtime's id
-    FgParamTypes type{};          ///< the type code of the call
-    Value value;                  ///< what was written; for a field the elements of this write
-    std::uint32_t firstIndex = 0; ///< first element of a field write, else 0
-    int result = 0;               ///< what the runtime answered: 0 or a negative code
+    std::string name;              ///< full name of the parameter
+    int id = 0;                    ///< the runtime's id
+    FgParamTypes type{};           ///< the type code of the call
+    Value value;                   ///< what was written; for a field the elements of this write
+    std::uint32_t firstIndex = 0;  ///< first element of a field write, else 0
+    int result = 0;                ///< what the runtime answered: 0 or a negative code
 };
 
 /// Puts a new board into the machine; it holds no design yet. Boards are independent of each other.
@@ -38,7 +38,8 @@ GXdevice* insertBoard();
 /// Takes a board out. No applet may still be open on it.
 void removeBoard(GXdevice* board);
 
-/// Handle to one board's control interface; copies refer to the same board. Thread-safe.
+/// Handle to one board's control interface; copies refer to the same board. Thread-safe. Every function
+/// throws `std::invalid_argument` when the board is not (or no longer) in the machine.
 class Control {
  public:
     explicit Control(GXdevice* board);
@@ -57,14 +58,17 @@ class Control {
     /// Value of a parameter; throws `std::out_of_range` naming it when the design has none of that name.
     Value value(std::string_view name) const;
     /// Sets a value past all range checks, the journal and the faults: also how read-outs such as
-    /// temperature, fill level or input levels are set.
+    /// temperature, fill level or input levels are set. A forced read-out of an analyzer stays until the
+    /// analyzers are cleared. Throws `std::out_of_range` for an unknown name and `std::invalid_argument` for
+    /// a text, a field or a number where the parameter is of another sort.
     void force(std::string_view name, const Value& value);
     /// Names of all parameters of the design, in the design's order.
     std::vector<std::string> parameterNames() const;
 
     // ---- faults ----
 
-    /// Makes every write of one parameter fail with `code` (0 ends that).
+    /// Makes every write of one parameter fail with `code` (0 ends that). Throws `std::out_of_range` for a
+    /// name that the design lacks; a board without design takes any name and heeds it once it has one.
     void refuseWrites(std::string_view name, int code);
     /// Makes every read of one parameter fail with `code` (0 ends that).
     void refuseReads(std::string_view name, int code);
@@ -75,7 +79,15 @@ class Control {
     /// Ends all faults of this board.
     void clearFaults();
 
-    // ---- how the next opening behaves ----
+    // ---- the board's clock ----
+
+    /// Stops the board's clock, so that it moves only with `advanceClock`; false lets it run on. The pulse
+    /// counts and periods of the analyzers follow this clock.
+    void setClockManual(bool manual = true);
+    /// Moves the clock forward by 0 to 1e9 seconds; throws `std::invalid_argument` for anything else.
+    void advanceClock(double seconds);
+
+    // ---- how the next opening behaves, on whichever board of this process ----
 
     /// The design runtime refuses to load any design.
     void refuseDesign(bool on);

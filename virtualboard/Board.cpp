@@ -1,0 +1,241 @@
+#include "virtualboard/Board.h"
+
+#include <cmath>
+#include <stdexcept>
+#include <type_traits>
+#include <utility>
+
+namespace virtualboard {
+
+std::shared_ptr<const Design> Board::configure(std::shared_ptr<const Design> design, bool keepValues) {
+    const Lock lock(mutex_);
+    const bool same = design_ != nullptr && design_->fingerprint() == design->fingerprint();
+    if (!same) design_ = std::move(design);
+    if (!same || !keepValues) reset();
+    return design_;
+}
+
+/// Puts every value, register and read-out to its start value. Faults and watchers stay.
+void Board::reset() {
+    const DesignData& data = design_->data();
+    slots_.clear();
+    texts_.clear();
+    fields_.clear();
+    registers_.clear();
+    designSlots_ = 0;
+    slots_.reserve(data.parameters.size());
+    for (const ParameterData& parameter : data.parameters) {
+        Slot& slot = slots_.emplace_back();
+        slot.value = parameter.start;
+        slot.minimum = parameter.minimum;
+        slot.maximum = parameter.maximum;
+        slot.kind = parameter.kind;
+        slot.readOnly = parameter.readOnly;
+        slot.hidden = !design_->indexOf(parameter.id).has_value();
+        slot.limit = parameter.elements;
+        if (parameter.kind == ParameterKind::Text) {
+            slot.store = static_cast<std::uint32_t>(texts_.size());
+            texts_.push_back(parameter.startText);
+        } else if (parameter.kind == ParameterKind::UInt32Field) {
+            slot.store = static_cast<std::uint32_t>(fields_.size());
+            fields_.push_back(parameter.startField);
+        }
+        if (parameter.id >= kFirstParameterId) ++designSlots_;
+    }
+    applyNamedFaults();
+    for (const RegisterData& description : data.registers) registers_.push_back(description.start);
+    analyzers_.attach(
+        [this](std::string_view name) -> Slot* {
+            const auto index = design_->indexOf(name);
+            return index.has_value() ? &slots_[*index] : nullptr;
+        },
+        clock_.now());
+}
+
+Slot* Board::find(int id) {
+    const auto position = static_cast<std::uint32_t>(id) - static_cast<std::uint32_t>(kFirstParameterId);
+    if (position < designSlots_) {
+        Slot& slot = slots_[position];
+        return slot.hidden ? nullptr : &slot;
+    }
+    if (design_ == nullptr) return nullptr;
+    const auto index = design_->indexOf(id);
+    return index.has_value() ? &slots_[*index] : nullptr;
+}
+
+Slot& Board::named(std::string_view name) {
+    if (design_ == nullptr) {
+        throw std::out_of_range("the board carries no design, so it has no parameter '" + std::string(name) +
+                                "'");
+    }
+    const auto index = design_->indexOf(name);
+    if (!index.has_value())
+        throw std::out_of_range("the design has no parameter '" + std::string(name) + "'");
+    return slots_[*index];
+}
+
+int Board::readRegister(int number, std::uint64_t& value) {
+    const Lock lock(mutex_);
+    if (number < 1 || static_cast<std::size_t>(number) > registers_.size()) return kUnknownRegister;
+    value = registers_[static_cast<std::size_t>(number) - 1];
+    return kOk;
+}
+
+int Board::writeRegister(int number, std::uint64_t value) {
+    const Lock lock(mutex_);
+    if (number < 1 || static_cast<std::size_t>(number) > registers_.size()) return kUnknownRegister;
+    const RegisterData& description = design_->registers()[static_cast<std::size_t>(number) - 1];
+    if (!description.writable) return kRegisterReadOnly;
+    if (description.bits < 64 && (value >> description.bits) != 0) return kRegisterOutOfRange;
+    registers_[static_cast<std::size_t>(number) - 1] = value;
+    return kOk;
+}
+
+void Board::recordWrites(bool on) {
+    const Lock lock(mutex_);
+    recording_ = on;
+    updateNoticed();
+}
+
+std::vector<Write> Board::takeWrites() {
+    const Lock lock(mutex_);
+    return std::exchange(journal_, {});
+}
+
+void Board::watchWrites(std::function<void(const Write&)> watcher) {
+    const Lock lock(mutex_);
+    watcher_ =
+        watcher ? std::make_shared<const std::function<void(const Write&)>>(std::move(watcher)) : nullptr;
+    updateNoticed();
+}
+
+Value Board::value(std::string_view name) {
+    const Lock lock(mutex_);
+    Slot& slot = named(name);
+    if (slot.live) analyzers_.settle(clock_.now());
+    switch (slot.kind) {
+        case ParameterKind::UInt32:
+            return static_cast<std::uint32_t>(slot.value);
+        case ParameterKind::Int32:
+            return static_cast<std::int32_t>(slot.value);
+        case ParameterKind::UInt64:
+            return std::uint64_t{slot.value};
+        case ParameterKind::Int64:
+            return static_cast<std::int64_t>(slot.value);
+        case ParameterKind::Double:
+            return toDouble(slot.value);
+        case ParameterKind::Text:
+            return texts_[slot.store];
+        case ParameterKind::UInt32Field:
+            return fields_[slot.store];
+    }
+    return {};
+}
+
+void Board::force(std::string_view name, const Value& value) {
+    const Lock lock(mutex_);
+    Slot& slot = named(name);
+    const BoardTime now = clock_.now();
+    analyzers_.settle(now);
+    const auto unfit = [&]() -> void {
+        throw std::invalid_argument("a value of this type cannot be forced onto '" + std::string(name) + "'");
+    };
+    std::visit(
+        [&](const auto& given) {
+            using T = std::decay_t<decltype(given)>;
+            if constexpr (std::is_same_v<T, std::string>) {
+                if (slot.kind != ParameterKind::Text) return unfit();
+                texts_[slot.store] = given;
+            } else if constexpr (std::is_same_v<T, std::vector<std::uint32_t>>) {
+                if (slot.kind != ParameterKind::UInt32Field || given.size() != slot.limit) return unfit();
+                fields_[slot.store] = given;
+            } else if (slot.kind == ParameterKind::Text || slot.kind == ParameterKind::UInt32Field) {
+                unfit();
+            } else if (slot.kind == ParameterKind::Double) {
+                slot.value = fromDouble(static_cast<double>(given));
+            } else if constexpr (std::is_same_v<T, double>) {
+                unfit();
+            } else {
+                const bool unsigned32 = slot.kind == ParameterKind::UInt32;
+                slot.value = unsigned32 ? static_cast<std::uint32_t>(given) : static_cast<Number>(given);
+            }
+        },
+        value);
+    if (slot.live) slot.pinned = true;
+    if (slot.live || slot.acts) analyzers_.changed(slot, now);
+}
+
+std::vector<std::string> Board::parameterNames() {
+    const Lock lock(mutex_);
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < slots_.size(); ++i) {
+        if (!slots_[i].hidden) names.push_back(design_->data().parameters[i].name);
+    }
+    return names;
+}
+
+void Board::applyNamedFaults() {
+    const auto codeOf = [](const auto& faults, const std::string& name) {
+        const auto found = faults.find(name);
+        return found == faults.end() ? int{kOk} : found->second;
+    };
+    for (std::size_t i = 0; i < slots_.size(); ++i) {
+        const std::string& name = design_->data().parameters[i].name;
+        slots_[i].writeFault = codeOf(faults_.writes, name);
+        slots_[i].readFault = codeOf(faults_.reads, name);
+    }
+    updateNoticed();
+}
+
+/// Before the first design is there, every name is taken in good faith.
+void Board::setNamedFault(std::map<std::string, int, std::less<>>& faults, std::string_view name, int code) {
+    if (design_ != nullptr) named(name);
+    if (code == kOk) {
+        faults.erase(std::string(name));
+    } else {
+        faults.insert_or_assign(std::string(name), code);
+    }
+    applyNamedFaults();
+}
+
+void Board::refuseWrites(std::string_view name, int code) {
+    const Lock lock(mutex_);
+    setNamedFault(faults_.writes, name, code);
+}
+
+void Board::refuseReads(std::string_view name, int code) {
+    const Lock lock(mutex_);
+    setNamedFault(faults_.reads, name, code);
+}
+
+void Board::refuseNthWrite(unsigned n, int code) {
+    const Lock lock(mutex_);
+    faults_.nthWrite.arm(n, code);
+    updateNoticed();
+}
+
+void Board::refuseNthRead(unsigned n, int code) {
+    const Lock lock(mutex_);
+    faults_.nthRead.arm(n, code);
+    updateNoticed();
+}
+
+void Board::clearFaults() {
+    const Lock lock(mutex_);
+    faults_ = {};
+    applyNamedFaults();
+}
+
+void Board::setClockManual(bool manual) {
+    const Lock lock(mutex_);
+    clock_.setManual(manual);
+}
+
+void Board::advanceClock(double seconds) {
+    const Lock lock(mutex_);
+    if (!(seconds >= 0 && seconds < 1e9))
+        throw std::invalid_argument("the clock moves forward only, by less than 30 years");
+    clock_.advance(std::llround(seconds * 1e9));
+}
+
+}  // namespace virtualboard
