@@ -507,6 +507,8 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     // Initialisation.cpp
     std::string readDebugText(const std::string& name, std::size_t room) const;
     void readDebugEntries();
+    // persistence/Configuration.cpp
+    void writeStoredValue(Fg_ConfigFileParser& parser, const marovine::SdkParameter& row);
     // Dispatch.cpp
     int writeRegister(int number, const void* value) const;
     int readRegister(int number, void* value) const;

@@ -360,15 +360,3 @@ void FgGxWrapperImpl::setLegacyCc(std::size_t /*line*/, std::int32_t /*value*/, 
 void FgGxWrapperImpl::getLegacyCc(std::size_t /*line*/, std::int32_t* /*destination*/) const {
     throw marovine::error::notSupported;
 }
-bool FgGxWrapperImpl::loadConfig(Fg_ConfigFileParser& /*parser*/) {
-    return false;
-}
-bool FgGxWrapperImpl::saveConfig(Fg_ConfigFileParser& /*parser*/) {
-    return false;
-}
-int FgGxWrapper::Fg_saveConfig(Fg_Struct* /*inner*/, const char* /*fileName*/) {
-    return marovine::error::notSupported;
-}
-int FgGxWrapper::Fg_loadConfig(Fg_Struct* /*inner*/, const char* /*fileName*/) {
-    return marovine::error::notSupported;
-}

@@ -1,10 +1,13 @@
-/// What every applet of the family answers alike: shading, which none offers, and the event lookups straight
-/// from the design's event list.
+/// What every applet of the family answers alike: the frame of the configuration file, the XML description,
+/// shading, which none offers, and the event lookups straight from the design's event list.
 
+#include <array>
+#include <clocale>
 #include <cstring>
 #include <string>
 
 #include "entry/ErrorCodes.h"
+#include "persistence/Fg_ConfigFileParser.h"
 #include "wrapper/FgGxWrapper.h"
 #include "xml/ParameterInfoBuilderXML.h"
 
@@ -13,7 +16,52 @@ namespace error = marovine::error;
 namespace {
 /// Events have one bit of a 64-bit mask each.
 constexpr int kEventLimit = 64;
+
+/// Keys of the configuration file's header.
+constexpr const char* kManufacturerKey = "Hersteller";
+constexpr const char* kTypeKey = "Typ";
+constexpr const char* kActivePortKey = "AktivePort";
+
+/// Hosts on some platforms rely on this locale for the decimal point. Where it does not exist, as usual on
+/// Linux, nothing changes; the file has decimal points either way.
+void requestFileLocale() {
+    std::setlocale(LC_ALL, "English");
+}
 }  // namespace
+
+// ---- configuration file ----
+
+int FgGxWrapper::Fg_saveConfig(Fg_Struct* /*inner*/, const char* fileName) {
+    requestFileLocale();
+    Fg_ConfigFileParser parser(nullptr, nullptr, false);
+    if (!parser.setSaveFile(fileName)) return setError(error::fileNotAccessible);
+    parser.writeConfigFileHeader();
+    parser.writeConfigFile(kManufacturerKey, getManufacturer());
+    parser.writeConfigFile(kTypeKey, getCameraType());
+    parser.writeConfigFile("Version", getCameraVersion());
+    parser.writeConfigFileIntKey("LoadAppletId", getAppletID());
+    parser.writeConfigFileIntKey(kActivePortKey, 0);
+    saveConfig(parser);
+    return setError(error::success);
+}
+
+int FgGxWrapper::Fg_loadConfig(Fg_Struct* /*inner*/, const char* fileName) {
+    requestFileLocale();
+    Fg_ConfigFileParser parser(nullptr, fileName, true);
+    if (!parser.checkFileType(fileName) || !parser.checkFileExist(fileName)) {
+        setError(error::configurationRejected);
+        return error::fileNotFound;
+    }
+    std::array<char, 256> text{};
+    int activePort = 0;
+    const bool loaded = parser.parseKeyFromLine(kManufacturerKey, text.data()) == 0 &&
+                        parser.parseKeyFromLine(kTypeKey, text.data()) == 0 &&
+                        std::strcmp(text.data(), getCameraType()) == 0 &&
+                        parser.parseIntKeyFromHeader(kActivePortKey, &activePort) == 0 && loadConfig(parser);
+    return setError(loaded ? error::success : error::configurationRejected);
+}
+
+// ---- events ----
 
 const char* FgGxWrapper::Fg_getEventName(unsigned long mask) {
     for (int number = 0; number < kEventLimit; ++number) {
@@ -33,6 +81,8 @@ std::uint64_t FgGxWrapper::Fg_getEventMask(const char* name) {
     return 0;
 }
 
+// ---- XML description ----
+
 int FgGxWrapper::Fg_getParameterInfoXML(Fg_Struct* /*record*/, int port, char* buffer, std::size_t* size) {
     if (size == nullptr) return setError(error::invalidArgument);
     if (*size == 0 && buffer != nullptr) return setError(error::bufferTooSmall);
@@ -45,6 +95,8 @@ int FgGxWrapper::Fg_getParameterInfoXML(Fg_Struct* /*record*/, int port, char* b
     *size = document.size() + 1;
     return setError(error::success);
 }
+
+// ---- shading ----
 
 ShadingMaster* FgGxWrapper::Fg_AllocShading(int /*set*/, int /*port*/) {
     return nullptr;
