@@ -58,44 +58,48 @@ double circle(double x, double y, double centreX, double centreY, double radius)
 }
 
 Colour drawBelt(Colour c, double x, double y) {
-    if (roundedBox(x, y, 1.5, 23, 30.5, 28.6, 2.8) < 0) {
-        c = over(c, mix(rgb(0x59636F), rgb(0x2E353E), (y - 23) / 4));
-        if (roundedBox(x, y, 2.6, 24.1, 29.4, 27.5, 1.7) < 0) c = over(c, rgb(0x161B21));
+    if (roundedBox(x, y, 1, 23, 31, 29, 3) < 0) {
+        c = over(c, mix(rgb(0x74808C), rgb(0x2A3038), (y - 23) / 4));
+        if (roundedBox(x, y, 2, 24, 30, 28, 2) < 0) c = over(c, rgb(0x12161B));
         for (const double roller : {5.0, 12.33, 19.67, 27.0}) {
-            const double d = circle(x, y, roller, 25.8, 1.45);
-            if (d < 0) c = over(c, mix(rgb(0xDDE4EA), rgb(0x7D8995), (y - 24.4) / 2.8));
-            if (d < -0.95) c = over(c, rgb(0x3A424B));
+            const double d = circle(x, y, roller, 26, 1.6);
+            if (d < 0) c = over(c, mix(rgb(0xF2F5F7), rgb(0x7D8995), (y - 24.4) / 3.2));
+            if (d < -1.1) c = over(c, rgb(0x3A424B));
         }
     }
-    // The parts that travel on it; the one under the camera is lit.
-    if (roundedBox(x, y, 3.2, 19.6, 8.2, 23, 0.7) < 0)
-        c = over(c, mix(rgb(0x4FC3F7), rgb(0x0277BD), (y - 19.6) / 3.4));
-    if (roundedBox(x, y, 12.4, 17.9, 19.6, 23, 0.8) < 0)
-        c = over(c, mix(rgb(0xFFD54F), rgb(0xF57C00), (y - 17.9) / 5));
-    if (roundedBox(x, y, 23.6, 19.6, 28.6, 23, 0.7) < 0)
-        c = over(c, mix(rgb(0x81C784), rgb(0x2E7D32), (y - 19.6) / 3.4));
+    // The parts that travel on the belt; the middle one is under the camera.
+    struct Part {
+        double left, top, right;
+        unsigned light, dark;
+    };
+    for (const Part& part : {Part{3, 20, 8, 0x4FC3F7, 0x0277BD}, Part{12, 18, 20, 0xFFD54F, 0xF57C00},
+                             Part{24, 20, 29, 0xA5D6A7, 0x2E7D32}}) {
+        if (roundedBox(x, y, part.left, part.top, part.right, 23, 0.7) < 0) {
+            c = over(c, mix(rgb(part.light), rgb(part.dark), (y - part.top) / (23 - part.top)));
+        }
+    }
     return c;
 }
 
 Colour drawCamera(Colour c, double x, double y) {
-    // The fan of light narrows towards the line that the camera sees.
-    const double depth = (y - 12) / 6;
-    if (depth > 0 && depth < 1 && std::abs(x - 16) < 3.0 + 2.4 * depth) {
-        c = over(c, rgb(0x8FF0FF, 0.75 - 0.5 * std::abs(x - 16) / 5.4));
+    // The fan of light opens from the lens to the line that the camera sees.
+    const double depth = (y - 12) / 5;
+    const double halfWidth = 2.5 + 3.5 * depth;
+    const double aside = std::abs(x - 16);
+    if (depth > 0 && depth < 1 && aside < halfWidth) c = over(c, rgb(0x9BF6FF, 0.85 - 0.55 * depth));
+    if (y > 17 && y < 18 && aside < 7) c = over(c, mix(rgb(0xFFFFFF), rgb(0xFF1744), aside / 5));
+    if (roundedBox(x, y, 12, 8, 20, 12, 0.8) < 0) {
+        c = over(c, mix(rgb(0xB0BEC5), rgb(0x1F2A30), std::abs(x - 14.5) / 5.5));
+        if (y > 9.0 && y < 10.0) c = over(c, rgb(0x0E1418));
+        if (y > 11.0) c = over(c, mix(rgb(0xE0FBFF), rgb(0x00ACC1), aside / 4));
     }
-    if (y > 17.2 && y < 18.2 && std::abs(x - 16) < 5.6) c = over(c, rgb(0xFF1744));
-    if (roundedBox(x, y, 12.2, 8.4, 19.8, 12.4, 0.8) < 0) {
-        c = over(c, mix(rgb(0x90A4AE), rgb(0x37474F), std::abs(x - 15) / 4.8));
-        if (y > 9.6 && y < 10.2) c = over(c, rgb(0x1C262B));
-        if (y > 11.5) c = over(c, rgb(0x26C6DA));
-    }
-    const double body = roundedBox(x, y, 8.2, 1.8, 23.8, 9.2, 1.6);
+    const double body = roundedBox(x, y, 8, 2, 24, 9, 1.6);
     if (body < 0) {
-        c = over(c, mix(rgb(0xFAFCFD), rgb(0xA9B7C2), (y - 1.8) / 7.4));
-        if (body > -0.55) c = over(c, rgb(0x55636E));
-        if (roundedBox(x, y, 10, 3.6, 18.2, 5.2, 0.4) < 0) c = over(c, rgb(0xD81B60));
-        if (roundedBox(x, y, 10, 6.2, 15.4, 7.2, 0.3) < 0) c = over(c, rgb(0x78909C));
-        if (circle(x, y, 21.1, 4.4, 1.0) < 0) c = over(c, rgb(0x00E676));
+        c = over(c, mix(rgb(0xFFFFFF), rgb(0xAAB8C3), (y - 2) / 7));
+        if (body > -0.5) c = over(c, rgb(0x4C5A65));
+        if (roundedBox(x, y, 10, 4, 18, 5, 0) < 0) c = over(c, rgb(0xD81B60));
+        if (roundedBox(x, y, 10, 6, 16, 7, 0) < 0) c = over(c, rgb(0x90A4AE));
+        if (circle(x, y, 21, 5, 1.1) < 0) c = over(c, rgb(0x00E676));
     }
     return c;
 }
