@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "virtualboard/Machine.h"
+#include "virtualboard/VirtualBoard.h"
 
 namespace virtualboard {
 
@@ -95,3 +96,19 @@ void Control::clearOpeningFaults() {
 }
 
 }  // namespace virtualboard
+
+extern "C" {
+
+GXdevice* VirtualBoardInsert(void) {
+    try {
+        return virtualboard::insertBoard();
+    } catch (const std::exception&) {
+        return nullptr;
+    }
+}
+
+void VirtualBoardRemove(GXdevice* board) {
+    virtualboard::removeBoard(board);
+}
+
+}  // extern "C"
