@@ -1,0 +1,27 @@
+#!/usr/bin/env bash
+# The library exports exactly what its header declares, needs the runtimes by their plain names, and lets an
+# installation's own libraries win. Usage: exports_test.sh LIBRARY HEADER
+set -euo pipefail
+library=$1
+header=$2
+status=0
+
+fail() {
+    echo "FAILED: $*" >&2
+    status=1
+}
+
+declared=$(tr '\n' ' ' <"$header" | grep -oE '\b(Std_entry|Info|(Fg|Shad)_[A-Za-z]+) ?\(' | tr -d '( ' | sort -u)
+exported=$(nm -D --defined-only "$library" | awk '{print $3}' | sort -u)
+[ "$(wc -w <<<"$declared")" -ge 30 ] || fail "the header declares too few functions: the test reads it wrongly"
+diff <(echo "$declared") <(echo "$exported") || fail "exports (right) differ from the header's functions (left)"
+
+dynamic=$(readelf -d "$library")
+for name in libhaprt.so libtavr_hw.so; do
+    grep -qF "Shared library: [$name]" <<<"$dynamic" || fail "does not need $name"
+done
+grep -qE 'Shared library: \[lib(fglib5|virtualboard|common-logging-dispatcher)' <<<"$dynamic" &&
+    fail "needs a library that it must open by name, or the virtual board"
+grep -q '(RUNPATH)' <<<"$dynamic" || fail "has no RUNPATH"
+grep -q '(RPATH)' <<<"$dynamic" && fail "has an RPATH"
+exit $status

@@ -1,0 +1,115 @@
+/// Opening on host runtimes that are missing or incomplete. Each case runs in a process of its own, whose
+/// library path leads to the runtime in question; the log goes to the board's dispatcher on standard error.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "entry/ErrorCodes.h"
+#include "entry/marovine.h"
+#include "virtualboard/Control.h"
+
+namespace marovine {
+namespace {
+
+using testing::HasSubstr;
+
+/// What a child process printed on both streams, and its exit status.
+struct Outcome {
+    int status;
+    std::string output;
+};
+
+/// Runs one of this executable's child cases with environment settings before it.
+Outcome runChild(const std::string& environment, const std::string& childCase) {
+    const std::string command = "TAVRDIR5_64='" BUILD_FOLDER "' MAROVINE_LOG_LEVEL=0 " + environment +
+                                " '" SELF "' --gtest_also_run_disabled_tests --gtest_filter=Child.DISABLED_" +
+                                childCase + " 2>&1";
+    Outcome outcome{};
+    FILE* pipe = popen(command.c_str(), "r");
+    std::array<char, 512> chunk{};
+    while (std::fgets(chunk.data(), chunk.size(), pipe) != nullptr) outcome.output += chunk.data();
+    outcome.status = WEXITSTATUS(pclose(pipe));
+    return outcome;
+}
+
+std::string runtimeAt(const char* folder) {
+    return std::string("LD_LIBRARY_PATH='" FAKES_FOLDER "/") + folder + "'";
+}
+
+/// The code with which opening fails, printed for the parent.
+void reportOpening() {
+    GXdevice* board = virtualboard::insertBoard();
+    int error = 1;
+    void* instance = Std_entry(board, &error, 0);
+    std::printf("code %d, %s\n", error, instance != nullptr ? "opened" : "not opened");
+    if (instance != nullptr) {
+        Fg_Struct record{instance};
+        std::uint32_t value = 1024;
+        std::printf("status %d\n", static_cast<int>(Fg_getStatusEx(&record, 0, 0, 0, nullptr)));
+        std::printf("after status %d\n", Fg_getLastErrorNumber(&record));
+        std::printf("acquire %d\n", Fg_AcquireEx(&record, 0, 1, 0, nullptr));
+        std::printf("set %d\n", Fg_setParameterWithType(&record, 600, &value, 0, FG_TYPE_UINT32));
+        std::printf("forwarded %d\n", Fg_getParameterWithType(&record, 3050, &value, 0, FG_TYPE_UINT32));
+        std::printf("info %s\n", Fg_getParameterInfo(&record, 0) == nullptr ? "none" : "given");
+        std::printf("free %d\n", Fg_FreeGrabber(&record));
+    }
+    virtualboard::removeBoard(board);
+}
+
+TEST(Child, DISABLED_Open) {
+    reportOpening();
+}
+
+TEST(RuntimeBinding, FailsWithoutTheLibrary) {
+    const auto [status, output] = runChild(runtimeAt("unloadable"), "Open");
+    EXPECT_EQ(0, status) << output;
+    EXPECT_THAT(output, HasSubstr("code -2031, not opened"));
+    EXPECT_THAT(output, HasSubstr("thread-id="));
+    EXPECT_THAT(output, HasSubstr("|error opening dll 'libfglib5.so'"));
+}
+
+TEST(RuntimeBinding, FailsWithoutAWayToOpenAHandle) {
+    const auto [status, output] = runChild(runtimeAt("empty"), "Open");
+    EXPECT_EQ(0, status) << output;
+    EXPECT_THAT(output, HasSubstr("code -2031, not opened"));
+    EXPECT_THAT(output,
+                HasSubstr("|cannot resolve function 'Fg_InitHandle' and/or 'Fg_InitHandleSlaveAware'"));
+}
+
+TEST(RuntimeBinding, ReportsWhatTheRuntimeSaysAboutAFailedHandle) {
+    for (const auto& [error, code] : {std::pair("-4711", "code -4711,"), std::pair("0", "code -100,")}) {
+        const auto [status, output] =
+            runChild(runtimeAt("reporting") + " FAKE_RUNTIME_ERROR=" + error, "Open");
+        EXPECT_EQ(0, status) << output;
+        EXPECT_THAT(output, HasSubstr(code));
+        EXPECT_THAT(output, HasSubstr("|error calling 'Fg_InitHandleSlaveAware' (hapName = 'Marovine.hap')"));
+    }
+    const auto [status, output] = runChild(runtimeAt("plain"), "Open");
+    EXPECT_EQ(0, status) << output;
+    EXPECT_THAT(output, HasSubstr("code -100, not opened")) << "no error query at all";
+    EXPECT_THAT(output, HasSubstr("|error calling 'Fg_InitHandle' (hapName = 'Marovine.hap')"));
+}
+
+TEST(RuntimeBinding, OpensOnARuntimeThatCanOnlyOpenAndRefusesTheRest) {
+    const auto [status, output] = runChild(runtimeAt("plain") + " FAKE_RUNTIME_OPENS=1", "Open");
+    EXPECT_EQ(0, status) << output;
+    for (const char* line : {"code 0, opened", "status -12", "after status -12", "acquire -12", "set -12",
+                             "forwarded -12", "info none", "free 0",
+                             "|cannot retrieve GX id for GX parameter: 'Device1_Process0_Camera_FullMode'"})
+        EXPECT_THAT(output, HasSubstr(line));
+}
+
+TEST(RuntimeBinding, StaysSilentUnlessAskedToSpeak) {
+    const auto [status, output] = runChild(runtimeAt("unloadable") + " MAROVINE_LOG_LEVEL=7", "Open");
+    EXPECT_EQ(0, status) << output;
+    EXPECT_THAT(output, testing::Not(HasSubstr("thread-id=")));
+}
+
+}  // namespace
+}  // namespace marovine
