@@ -1,0 +1,83 @@
+/// Calls from several threads at once; worth most in the build with the thread sanitizer.
+
+#include <atomic>
+#include <thread>
+
+#include "tests/AppletFixture.h"
+
+namespace marovine::test {
+namespace {
+
+/// Runs the same work on several threads that start together.
+template <class Work>
+void onThreads(int count, Work&& work) {
+    std::atomic<bool> go = false;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < count; ++t)
+        threads.emplace_back([&, t] {
+            while (!go) std::this_thread::yield();
+            work(t);
+        });
+    go = true;
+    for (auto& thread : threads) thread.join();
+}
+
+// First in this file: the answer must be safe on first use, before any instance exists.
+TEST(Concurrency, ConstantsAreAnsweredOnFirstUseFromEightThreads) {
+    std::atomic<int> wrong = 0;
+    onThreads(8, [&](int) {
+        for (const auto& table : enumerationTables)
+            for (const auto& entry : table.entries) {
+                std::string name = entry.constantName;
+                if (Info(4352, 0, 0, name.data(), nullptr) != entry.value) ++wrong;
+            }
+        void* icon = nullptr;
+        std::size_t size = 0;
+        if (Info(1041, 0, 0, &size, &icon) != 0 || size != 2551) ++wrong;
+    });
+    EXPECT_EQ(0, wrong);
+}
+
+TEST_F(AppletTest, SetsAndGetsOfOneParameterAreNeverMixed) {
+    std::atomic<int> wrong = 0;
+    onThreads(4, [&](int t) {
+        for (int i = 0; i < 300; ++i) {
+            const std::uint32_t width = 8 * static_cast<std::uint32_t>(1 + (t * 300 + i) % 1024);
+            if (applet.set("FG_WIDTH", width) != 0) ++wrong;
+            if (applet.get<std::uint32_t>("FG_WIDTH") % 8 != 0) ++wrong;
+        }
+    });
+    EXPECT_EQ(0, wrong);
+    // The last set won in the cache and in the design alike.
+    EXPECT_EQ(applet.get<std::uint32_t>("FG_WIDTH"),
+              std::get<std::uint32_t>(applet.board().value("Device1_Process0_Buffer_0_DRAM_A_0_XLength")));
+}
+
+TEST_F(AppletTest, TextsAreGivenBackWhileOthersAreHandedOut) {
+    onThreads(4, [&](int) {
+        for (int i = 0; i < 300; ++i) EXPECT_EQ("Marovine.hap", applet.getText("FG_HAP_FILE"));
+    });
+}
+
+TEST_F(AppletTest, EnumerationAndEventsNeedNoLock) {
+    std::atomic<int> wrong = 0;
+    onThreads(4, [&](int) {
+        for (int index = 0; index < 177; ++index)
+            if (Fg_getParameterName(applet.record(), index) == nullptr) ++wrong;
+        if (Fg_getEventMask(applet.record(), "FG_OVERFLOW_CAM0") == 0) ++wrong;
+        Fg_getLastErrorNumber(applet.record());
+    });
+    EXPECT_EQ(0, wrong);
+}
+
+TEST(Concurrency, BoardsAreIndependentOfEachOther) {
+    onThreads(3, [](int t) {
+        OpenApplet applet;
+        const std::uint32_t period = 2 + static_cast<std::uint32_t>(t);
+        EXPECT_EQ(0, applet.set("FG_IMG_SELECT_PERIOD", period));
+        EXPECT_EQ(period, applet.get<std::uint32_t>("FG_IMG_SELECT_PERIOD"));
+    });
+}
+
+}  // namespace
+}  // namespace marovine::test
