@@ -1,0 +1,17 @@
+#pragma once
+
+#include <filesystem>
+
+#include "virtualboard/imaging/Image.h"
+
+namespace virtualboard::imaging {
+
+/// Reads any PNG file as 24-bit colour; transparent parts are shown on white. Throws `std::runtime_error`
+/// that names the file and the reason; pictures of more than 2^28 pixels are refused.
+Image readPng(const std::filesystem::path& file);
+
+/// Writes a PNG file. The file appears under its name only when it is complete: until then an older file of
+/// that name stays. Throws `std::runtime_error` that names the file and the reason.
+void writePng(const std::filesystem::path& file, const ImageView& picture);
+
+}  // namespace virtualboard::imaging
