@@ -1,0 +1,189 @@
+// When the virtual board's lines come and how they become pictures.
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "virtualboard/imaging/FrameSequencer.h"
+#include "virtualboard/imaging/LineClock.h"
+
+namespace virtualboard::imaging {
+namespace {
+
+using Change = std::function<void(DesignSettings&)>;
+
+// ---- line clock ----
+
+TEST(LineClock, periodsOfBothSources) {
+    struct Case {
+        const char* what;
+        Change change;
+        double period;
+        std::uint64_t lines;
+        double frame;
+    };
+    const auto generator = [](Change more) {
+        return [more](DesignSettings& s) { s.generatorEnable = 1, more(s); };
+    };
+    const Case cases[] = {
+        {"default", [](auto&) {}, 200, 1000, 200000},
+        {"faster lines see more of the belt", [](auto& s) { s.exsyncPeriod = 100; }, 100, 2000, 200000},
+        {"no ExSync", [](auto& s) { s.exsyncEnable = 0; }, 0, 1, 0},
+        {"CC1 at ground", [](auto& s) { s.cc1Select = 0; }, 0, 1, 0},
+        {"CC1 at ExSync 2", [](auto& s) { s.cc1Select = 2; }, 200, 1000, 200000},
+        {"link in reset", [](auto& s) { s.coreReset = 1; }, 0, 1, 0},
+        {"encoder x2, every 4th",
+         [](auto& s) { s.lineTriggerMode = 1, s.encoderMode = 2, s.lineDownscaler = 4; }, 400, 500, 200000},
+        {"12207 cycles", generator([](auto&) {}), 97.656, 1024, 97.656 * 1024},
+        {"frame gap", generator([](auto& s) { s.generatorFrameLines = 1100; }), 97.656, 1024, 97.656 * 1100},
+        {"40 MHz", generator([](auto& s) {
+             s.generatorClockMode = 0, s.generatorActivePixel = 80, s.generatorSequence = 2000;
+         }),
+         25.6, 1024, 25.6 * 1024},
+        {"40 MHz with line gap", generator([](auto& s) {
+             s.generatorClockMode = 0, s.generatorActivePixel = 80, s.generatorSequence = 2000,
+             s.generatorLineWords = 256;
+         }),
+         51.2, 1024, 51.2 * 1024},
+        {"no active pixel", generator([](auto& s) { s.generatorClockMode = 0, s.generatorActivePixel = 0; }),
+         0, 1, 0},
+        {"edges start lines",
+         generator([](auto& s) { s.generatorFreeRun = 0, s.generatorValve = 1, s.exsyncPeriod = 50; }), 100,
+         1024, 102400},
+        {"edges start frames", generator([](auto& s) {
+             s.generatorFreeRun = 0, s.exsyncPeriod = 50, s.generatorActiveLines = 10;
+             s.generatorFrameLines = 10;
+         }),
+         97.656, 10, 1000},
+        {"no edges", generator([](auto& s) { s.generatorFreeRun = 0, s.exsyncEnable = 0; }), 0, 1, 0},
+    };
+    for (const auto& c : cases) {
+        DesignSettings settings;
+        c.change(settings);
+        const LineClock clock = lineClock(settings, Belt{}, 1000);
+        EXPECT_NEAR(clock.linePeriod, c.period, 1e-9) << c.what;
+        EXPECT_EQ(clock.linesPerFrame, c.lines) << c.what;
+        EXPECT_NEAR(clock.framePeriod, c.frame, 1e-6) << c.what;
+    }
+}
+
+TEST(LineClock, timesAndLinesAgree) {
+    const LineClock clock{10, 4, 60};  // four lines, then 20 µs of gap
+    EXPECT_EQ(clock.startOf(5), 70);
+    EXPECT_EQ(clock.timeFor(4), 40);
+    EXPECT_EQ(clock.timeFor(5), 70);
+    for (std::uint64_t lines = 1; lines < 30; ++lines) {
+        EXPECT_EQ(clock.linesBy(clock.timeFor(lines)), lines);
+        EXPECT_EQ(clock.linesBy(clock.timeFor(lines) - 0.01), lines - 1);
+    }
+    EXPECT_EQ(LineClock{}.linesBy(1e9), 0u);
+}
+
+// ---- image trigger ----
+
+DesignSettings heightOf(std::uint32_t lines) {
+    DesignSettings settings;
+    settings.yLength = settings.triggerYLength = settings.imageHeight = lines;
+    return settings;
+}
+
+struct Sequence : FrameSequencer {
+    explicit Sequence(const Change& change, std::uint64_t linesPerFrame = 1000) {
+        DesignSettings settings = heightOf(100);
+        change(settings);
+        configure(settings, linesPerFrame, 0);
+    }
+    // Pictures complete after so many lines, as (number, first line, rows).
+    std::vector<std::array<std::uint64_t, 3>> upTo(std::uint64_t lines) {
+        std::vector<std::array<std::uint64_t, 3>> result;
+        while (const auto position = next(lines))
+            result.push_back({position->number, position->firstLine, position->rows});
+        return result;
+    }
+};
+using Pictures = std::vector<std::array<std::uint64_t, 3>>;
+
+TEST(FrameSequencer, freeRun) {
+    EXPECT_EQ(Sequence([](auto&) {}).upTo(299), (Pictures{{0, 0, 100}, {1, 100, 100}}));
+    EXPECT_EQ(Sequence([](auto& s) { s.triggerYOffset = 10; }).upTo(220),
+              (Pictures{{0, 10, 100}, {1, 120, 100}}));
+    // Single sampling: half the lines, two rows each.
+    EXPECT_EQ(Sequence([](auto& s) { s.triggerYLength = s.imageHeight = 50; }).upTo(100),
+              (Pictures{{0, 0, 100}, {1, 50, 100}}));
+    EXPECT_EQ(Sequence([](auto& s) { s.selectPeriod = 3, s.selectPhase = 1; }).upTo(500),
+              (Pictures{{1, 100, 100}, {4, 400, 100}}));
+    EXPECT_EQ(Sequence([](auto& s) { s.yLength = 60; }).upTo(100), (Pictures{{0, 0, 60}}));
+    EXPECT_EQ(Sequence([](auto& s) { s.triggerYLength = 0; }).upTo(100), Pictures{});
+    EXPECT_EQ(Sequence([](auto& s) { s.selectPhase = 1; }).upTo(100), Pictures{});
+}
+
+TEST(FrameSequencer, sourceFrames) {
+    const auto fval = [](auto& s) { s.cameraFval = 1, s.triggerYLength = 0xFFFFFE; };
+    EXPECT_EQ(Sequence(fval, 250).upTo(400),
+              (Pictures{{0, 0, 100}, {1, 100, 100}, {2, 200, 50}, {3, 250, 100}}));
+    const auto tooFar = [](auto& s) { s.cameraFval = 1, s.triggerYOffset = 250; };
+    EXPECT_EQ(Sequence(tooFar, 250).upTo(9999), Pictures{});
+}
+
+TEST(FrameSequencer, onePicturePerTrigger) {
+    Sequence sequence([](auto& s) { s.imageTriggerMode = 1, s.imageTriggerDelay = 6; });
+    EXPECT_EQ(sequence.nextEnd(), std::nullopt);
+    EXPECT_TRUE(sequence.trigger(11));  // 17, then the next row pair
+    EXPECT_FALSE(sequence.trigger(60));
+    EXPECT_TRUE(sequence.busy(117));
+    EXPECT_FALSE(sequence.busy(118));
+    EXPECT_EQ(sequence.nextEnd(), 118u);
+    EXPECT_EQ(sequence.upTo(117), Pictures{});
+    EXPECT_EQ(sequence.upTo(118), (Pictures{{0, 18, 100}}));
+    EXPECT_TRUE(sequence.trigger(118));
+    sequence.start(500);
+    EXPECT_EQ(sequence.upTo(9999), Pictures{});
+
+    Sequence off([](auto& s) { s.imageTriggerMode = 1, s.imageTriggerEnable = 0; });
+    EXPECT_FALSE(off.trigger(0));
+    EXPECT_FALSE(off.openGate(0));
+}
+
+TEST(FrameSequencer, severalPicturesPerTrigger) {
+    Sequence sequence([](auto& s) { s.imageTriggerMode = 1, s.triggerYLength = 250; });
+    EXPECT_TRUE(sequence.trigger(0));
+    EXPECT_EQ(sequence.upTo(1000), (Pictures{{0, 0, 100}, {1, 100, 100}, {2, 200, 50}}));
+}
+
+TEST(FrameSequencer, gate) {
+    Sequence single([](auto& s) { s.imageTriggerMode = 2; });
+    EXPECT_TRUE(single.openGate(0));
+    single.closeGate(40);
+    EXPECT_TRUE(single.openGate(200));  // longer than a picture
+    EXPECT_EQ(single.upTo(400), (Pictures{{0, 0, 40}, {1, 200, 100}}));
+    single.closeGate(400);
+    EXPECT_TRUE(single.openGate(400));
+    single.closeGate(400);  // too short for a picture
+    EXPECT_FALSE(single.busy(400));
+    EXPECT_EQ(single.upTo(9999), Pictures{});
+
+    Sequence endless([](auto& s) { s.imageTriggerMode = 2, s.maxGatedHeight = 1; });
+    EXPECT_TRUE(endless.openGate(0));
+    EXPECT_EQ(endless.upTo(150), (Pictures{{0, 0, 100}}));
+    EXPECT_EQ(endless.nextEnd(), 200u);
+    endless.closeGate(170);
+    EXPECT_EQ(endless.upTo(170), (Pictures{{1, 100, 70}}));
+    EXPECT_FALSE(endless.busy(170));
+}
+
+TEST(FrameSequencer, settingsChangeBetweenPictures) {
+    Sequence sequence([](auto&) {});
+    EXPECT_EQ(sequence.upTo(100).size(), 1u);
+    DesignSettings settings = heightOf(40);
+    sequence.configure(settings, 1000, 120);
+    EXPECT_EQ(sequence.upTo(140), (Pictures{{1, 100, 40}}));
+    settings.imageTriggerMode = 1;
+    sequence.configure(settings, 1000, 200);
+    EXPECT_EQ(sequence.upTo(9999), Pictures{});
+    settings.imageTriggerMode = 0;
+    sequence.configure(settings, 1000, 500);  // goes on from now, not from long ago
+    EXPECT_EQ(sequence.upTo(540), (Pictures{{2, 500, 40}}));
+}
+
+}  // namespace
+}  // namespace virtualboard::imaging

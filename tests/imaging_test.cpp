@@ -1,0 +1,449 @@
+// The virtual board's image path against pixels, lines and times worked out by hand.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+
+#include "virtualboard/imaging/FrameRenderer.h"
+#include "virtualboard/imaging/PatternGenerator.h"
+#include "virtualboard/imaging/Png.h"
+#include "virtualboard/imaging/Scene.h"
+#include "virtualboard/imaging/TerminalView.h"
+
+namespace virtualboard::imaging {
+
+void PrintTo(const Pixel& pixel, std::ostream* out) {
+    *out << "(b " << +pixel.blue << ", g " << +pixel.green << ", r " << +pixel.red << ")";
+}
+
+namespace {
+
+using Change = std::function<void(DesignSettings&)>;
+using Bytes = std::vector<std::uint8_t>;
+
+// Settings of a small window.
+DesignSettings windowOf(std::uint32_t width, std::uint32_t height) {
+    DesignSettings settings;
+    settings.tapWidth = settings.xLength = width;
+    settings.yLength = settings.triggerYLength = settings.imageHeight = height;
+    return settings;
+}
+
+// The sorter's settings for a single tap looked at from the right.
+void lookFromTheRight(DesignSettings& settings, std::uint32_t sensorWidth) {
+    settings.tapWidth = sensorWidth;
+    settings.translateVantagePoint = settings.tapMirror[0] = 1;
+    settings.deBayerPhase ^= 1 ^ (sensorWidth & 1);
+    settings.deBayerMode = phaseOfMode(settings.deBayerPhase);  // the coding is its own inverse
+}
+
+Image take(const DesignSettings& settings, const Image& scene = testChart(), const CameraTraits& camera = {},
+           const Belt& belt = {}, std::uint64_t firstLine = 0) {
+    FrameRenderer renderer(std::make_shared<SensorScene>(scene, camera), belt);
+    renderer.configure(settings);
+    Image picture(renderer.width(), settings.yLength, {1, 2, 3});
+    EXPECT_EQ(renderer.render({0, firstLine, settings.imageHeight, settings.yLength}, picture.bytes()),
+              picture.height);
+    return picture;
+}
+
+// A scene whose pixel (x, y) is grey (10 x + y).
+Image numberedScene(std::uint32_t width, std::uint32_t height) {
+    Image scene(width, height);
+    for (std::uint32_t y = 0; y < height; ++y) {
+        for (std::uint32_t x = 0; x < width; ++x) {
+            const auto value = static_cast<std::uint8_t>(10 * x + y);
+            scene.at(x, y) = {value, value, value};
+        }
+    }
+    return scene;
+}
+
+Bytes rawRow(const LineSource& source, std::uint64_t row, std::uint32_t first, std::size_t count) {
+    Bytes line(count, 99);
+    source.readRow(row, first, line);
+    return line;
+}
+
+// ---- pattern generator ----
+
+TEST(PatternGenerator, countersModuloTheirDivisors) {
+    struct Case {
+        std::uint32_t enableX, yDivisor, frameDivisor, offset;
+        std::uint64_t row;
+        Bytes expected;
+    };
+    // Frames of 300 lines: row 602 is line 2 of frame 2, row 299 is line 299 of frame 0.
+    const Case cases[] = {
+        {1, 1, 1, 0, 602, {6, 7, 8, 9}},          // horizontal, still
+        {0, 256, 1, 0, 602, {2, 2, 2, 2}},        // vertical
+        {0, 256, 1, 0, 299, {43, 43, 43, 43}},    // 299 mod 256
+        {1, 256, 1, 0, 602, {8, 9, 10, 11}},      // diagonal
+        {1, 256, 256, 0, 602, {10, 11, 12, 13}},  // rolled by two frames
+        {1, 1, 1, 248, 0, {254, 255, 0, 1}},      // offset, beyond 255
+        {1, 0, 0, 0, 602, {6, 7, 8, 9}},          // a divisor of 0 counts as 1
+    };
+    for (const auto& c : cases) {
+        DesignSettings settings;
+        settings.generatorActiveLines = 300;
+        settings.generatorEnableX = c.enableX;
+        settings.generatorYDivisor = c.yDivisor;
+        settings.generatorFrameDivisor = c.frameDivisor;
+        settings.generatorOffset = c.offset;
+        EXPECT_EQ(rawRow(PatternGenerator(settings), c.row, 6, 4), c.expected) << "row " << c.row;
+    }
+}
+
+TEST(PatternGenerator, isBlackBehindItsLine) {
+    DesignSettings settings;
+    settings.generatorActiveWords = 2;
+    settings.generatorOffset = 100;
+    EXPECT_EQ(rawRow(PatternGenerator(settings), 0, 14, 4), (Bytes{114, 115, 0, 0}));
+    EXPECT_EQ(rawRow(PatternGenerator(settings), 0, 20, 2), (Bytes{0, 0}));
+}
+
+// ---- camera ----
+
+TEST(LineScanCamera, samplesTheBeltAtTheLinePeriod) {
+    const auto scene = std::make_shared<SensorScene>(numberedScene(4, 6), CameraTraits{});
+    struct Case {
+        double step;
+        std::uint32_t rowsPerExposure;
+        std::uint64_t row;
+        std::uint8_t first;  // grey of pixel 0 = scene row
+    };
+    const Case cases[] = {{1, 1, 5, 5}, {1, 1, 7, 1}, {2, 1, 2, 4}, {0.5, 1, 3, 1},
+                          {0, 1, 9, 0}, {2, 2, 4, 4}, {2, 2, 5, 5}, {1, 2, 5, 3}};
+    for (const auto& c : cases) {
+        const LineScanCamera camera(scene, {Motion::stepOf(c.step), c.rowsPerExposure, 256});
+        EXPECT_EQ(rawRow(camera, c.row, 0, 1)[0], c.first) << c.step << " row " << c.row;
+    }
+    // The scene repeats across the belt, the sensor ends.
+    CameraTraits narrow;
+    narrow.sensorWidth = 7;
+    const LineScanCamera camera(std::make_shared<SensorScene>(numberedScene(4, 6), narrow), Motion{});
+    EXPECT_EQ(rawRow(camera, 1, 3, 6), (Bytes{31, 1, 11, 21, 0, 0}));
+}
+
+TEST(LineScanCamera, exposureScalesAndClips) {
+    const Image flat(2, 2, {30, 100, 200});
+    struct Case {
+        Change change;
+        Pixel expected;
+    };
+    const Case cases[] = {
+        {[](auto&) {}, {30, 100, 200}},
+        {[](auto& s) { s.exsyncExposure = 38; }, {60, 200, 255}},
+        {[](auto& s) { s.exsyncExposure = 9.5; }, {15, 50, 100}},
+        // Never longer than the line, and the rest of the line when the camera's input is inverted.
+        {[](auto& s) { s.exsyncExposure = 38, s.exsyncPeriod = 19; }, {30, 100, 200}},
+        {[](auto& s) { s.exsyncPeriod = 38, s.exsyncExposure = 28.5, s.exsyncPolarity = 1; }, {15, 50, 100}},
+        {[](auto& s) { s.exsyncPolarity = s.cc1Invert = 1; }, {30, 100, 200}},
+    };
+    for (std::size_t i = 0; i < std::size(cases); ++i) {
+        auto settings = windowOf(8, 4);
+        cases[i].change(settings);
+        EXPECT_EQ(take(settings, flat).at(3, 2), cases[i].expected) << "case " << i;
+    }
+}
+
+// ---- Bayer pattern ----
+
+TEST(Bayer, phasesNameTheirFirstTwoPixels) {
+    const char* const expected[] = {"GBRG", "BGGR", "RGGB", "GRBG"};  // rows 0 and 1
+    for (std::uint32_t phase = 0; phase < 4; ++phase) {
+        std::string pattern;
+        for (unsigned i = 0; i < 4; ++i) pattern += "BGR"[static_cast<int>(bayerColour(phase, i % 2, i / 2))];
+        EXPECT_EQ(pattern, expected[phase]);
+    }
+}
+
+TEST(DeBayer, everyPhaseGivesBackAFlatColour) {
+    const Pixel colour{20, 100, 220};
+    const Image flat(8, 8, colour);
+    for (std::uint32_t phase = 0; phase < 4; ++phase) {
+        for (const std::uint32_t fast : {0u, 1u}) {
+            CameraTraits camera;
+            camera.phase = phase;
+            auto settings = windowOf(8, 6);
+            settings.fastDeBayer = fast;
+            settings.deBayerPhase = phase;
+            settings.deBayerMode = phaseOfMode(phase);
+            const Image right = take(settings, flat, camera);
+            EXPECT_TRUE(std::ranges::all_of(right.pixels, [&](Pixel p) { return p == colour; })) << phase;
+            // Shifted by one row and one column, red and blue change places.
+            settings.deBayerPhase = phase ^ 3;
+            settings.deBayerMode = phaseOfMode(phase ^ 3);
+            const Image wrong = take(settings, flat, camera);
+            EXPECT_TRUE(std::ranges::all_of(wrong.pixels, [&](Pixel p) {
+                return p == Pixel{220, 100, 20};
+            })) << phase;
+        }
+    }
+}
+
+// R G R G / G B G B / R G R G / G B G B as numbers:
+//  10 20 30 40 /  51 61 71 81 / 93 103 113 125 / 130 140 150 160
+TEST(DeBayer, interpolatesByHand) {
+    Image scene(4, 4);
+    const std::uint8_t values[] = {10, 20, 30, 40, 51, 61, 71, 81, 93, 103, 113, 125, 130, 140, 150, 160};
+    for (std::size_t i = 0; i < 16; ++i) scene.pixels[i] = {values[i], values[i], values[i]};
+    auto settings = windowOf(4, 4);
+    settings.fastDeBayer = 1;
+    const Image plain = take(settings, scene);
+    struct Case {
+        std::uint32_t x, y;
+        Pixel expected;
+    };
+    const Case cases[] = {
+        {2, 2, {(61 + 81 + 140 + 160 + 2) / 4, (103 + 125 + 71 + 150 + 2) / 4, 113}},  // a red pixel
+        {1, 1, {61, (51 + 71 + 20 + 103 + 2) / 4, (10 + 30 + 93 + 113 + 2) / 4}},      // a blue pixel
+        {1, 2, {(61 + 140 + 1) / 2, 103, (93 + 113 + 1) / 2}},                         // green between reds
+        {2, 1, {(61 + 81 + 1) / 2, 71, (30 + 113 + 1) / 2}},                           // green between blues
+        {0, 0, {61, (20 + 20 + 51 + 51 + 2) / 4, 10}},  // corners see inner pixels
+        {3, 3, {160, (150 + 150 + 125 + 125 + 2) / 4, 113}},
+    };
+    for (const auto& c : cases) EXPECT_EQ(plain.at(c.x, c.y), c.expected) << c.x << ", " << c.y;
+
+    // The enhanced one differs only in green, by the smaller difference: 103 and 125 against 71 and 150.
+    settings.fastDeBayer = 0;
+    const Image enhanced = take(settings, scene);
+    EXPECT_EQ(enhanced.at(2, 2), (Pixel{111, (103 + 125 + 1) / 2, 113}));
+    EXPECT_EQ(enhanced.at(1, 1), (Pixel{61, (51 + 71 + 1) / 2, 62}));
+    EXPECT_EQ(enhanced.at(0, 0), (Pixel{61, 36, 10}));  // equal differences: the mean of all four
+    EXPECT_EQ(enhanced.at(1, 2), plain.at(1, 2));
+}
+
+TEST(DeBayer, picturesOfOneRow) {
+    auto settings = windowOf(8, 1);
+    EXPECT_EQ(take(settings, Image(2, 2, {7, 7, 7})).at(7, 0), (Pixel{7, 7, 7}));
+}
+
+// ---- white balance, tables ----
+
+TEST(WhiteBalance, scalesItsColourSeenFromBothSides) {
+    const Image flat(16, 4, {40, 100, 200});
+    struct Case {
+        double blue, green, red;
+        Pixel expected;
+    };
+    const Case cases[] = {
+        {1, 1, 0.5, {40, 100, 100}},
+        {2, 1, 1, {80, 100, 200}},
+        {1, 1.5, 1, {40, 150, 200}},
+        {0, 3.9990234375, 1.25, {0, 255, 250}},
+        {1.0009765625, 1, 1.01, {40, 100, 201}},  // floor(40 x 1025 / 1024), floor(200 x 1034 / 1024)
+    };
+    for (const auto& c : cases) {
+        for (const std::uint32_t sensorWidth : {0u, 16u, 17u}) {
+            auto settings = windowOf(8, 4);
+            settings.blueGain = c.blue;
+            settings.greenGain = c.green;
+            settings.redGain = c.red;
+            if (sensorWidth != 0) lookFromTheRight(settings, sensorWidth);
+            const Image picture = take(settings, flat);
+            EXPECT_TRUE(std::ranges::all_of(picture.pixels, [&](Pixel p) { return p == c.expected; }))
+                << ::testing::PrintToString(c.expected) << ::testing::PrintToString(picture.at(0, 0))
+                << sensorWidth;
+        }
+    }
+}
+
+TEST(LookupTables, mapTheFinishedPicture) {
+    auto settings = windowOf(64, 32);
+    settings.xOffset = 280;
+    settings.tapWidth = 344;
+    const Image before = take(settings, testChart(), {}, {}, 40);
+    for (std::size_t i = 0; i < 256; ++i) {
+        settings.tables[0][i] = static_cast<std::uint8_t>(255 - i);
+        settings.tables[1][i] = static_cast<std::uint8_t>(i / 2);
+        settings.tables[2][i] = static_cast<std::uint8_t>(i * 7);
+    }
+    const Image after = take(settings, testChart(), {}, {}, 40);
+    for (std::size_t i = 0; i < before.pixels.size(); ++i) {
+        const Pixel p = before.pixels[i];
+        ASSERT_EQ(after.pixels[i], (Pixel{settings.tables[0][p.blue], settings.tables[1][p.green],
+                                          settings.tables[2][p.red]}));
+    }
+}
+
+TEST(Settings, tableEntriesAreClippedAndEverythingIsRead) {
+    struct Design : ValueReader {
+        mutable std::vector<std::string> names;
+        std::uint32_t u32(std::string_view name) const override { return names.emplace_back(name), 7; }
+        double real(std::string_view name) const override { return names.emplace_back(name), 2.5; }
+        void field(std::string_view name, std::span<std::uint32_t> out) const override {
+            names.emplace_back(name);
+            for (std::uint32_t i = 0; i < out.size(); ++i) out[i] = i * 3;
+        }
+    } design;
+    const DesignSettings settings = readSettings(design);
+    EXPECT_EQ(settings.tables[2][84], 252);
+    EXPECT_EQ(settings.tables[2][86], 255);
+    EXPECT_EQ(settings.tapOrder[9], 27u);
+    EXPECT_EQ(settings.exsyncExposure, 2.5);
+    std::ranges::sort(design.names);
+    EXPECT_EQ(std::ranges::adjacent_find(design.names), design.names.end());
+    EXPECT_TRUE(
+        std::ranges::all_of(design.names, [](auto& name) { return name.starts_with("Device1_Process"); }));
+}
+
+// ---- tap geometry and window ----
+
+// The window's line as sensor pixel numbers; -1 for black.
+std::vector<int> windowPixels(const DesignSettings& settings, const CameraTraits& camera) {
+    const LinePlan plan = planLine(settings, camera);
+    Bytes sensor(plan.count + 1u);
+    for (std::uint32_t i = 0; i < plan.count; ++i) sensor[i] = static_cast<std::uint8_t>(plan.first + i + 1);
+    Bytes line(plan.width);
+    plan.arrange(sensor, line);
+    std::vector<int> result;
+    for (const int pixel : line) result.push_back(pixel - 1);
+    return result;
+}
+
+std::vector<int> counting(int first, int step, int count) {
+    std::vector<int> result;
+    for (int i = 0; i < count; ++i) result.push_back(first + step * i);
+    return result;
+}
+
+TEST(TapSorter, windowsFromBothVantagePoints) {
+    struct Geometry {
+        std::uint32_t taps, tapCount, dummyTaps, fullMode;
+        std::array<std::uint32_t, 10> mirrorFromLeft;
+        TapReadout readout;
+    };
+    constexpr bool F = false, T = true;
+    const Geometry geometries[] = {
+        {1, 1, 0, 0, {}, {1, 8, {}}},    {1, 1, 0, 1, {}, {1, 10, {}}},
+        {4, 5, 1, 0, {}, {4, 2, {}}},    {4, 5, 1, 0, {0, 0, 1, 1, 0, 0, 0, 1, 1, 0}, {4, 2, {F, F, T, T}}},
+        {5, 5, 0, 1, {}, {5, 2, {}}},    {8, 10, 1, 0, {}, {8, 1, {}}},
+        {10, 10, 0, 1, {}, {10, 1, {}}},
+    };
+    for (const auto& g : geometries) {
+        for (const bool physical : {false, true}) {
+            DesignSettings settings = windowOf(24, 4);
+            CameraTraits camera;
+            camera.sensorWidth = 80;
+            if (physical) camera.readout = g.readout;
+            settings.xOffset = 8;
+            settings.fullMode = g.fullMode;
+            settings.tapWidth = 80 / g.taps;
+            settings.tapCount = g.tapCount;
+            settings.dummyTaps = g.dummyTaps;
+            settings.tapMirror = g.mirrorFromLeft;
+            EXPECT_EQ(windowPixels(settings, camera), counting(8, 1, 24)) << g.taps << physical;
+
+            settings.translateVantagePoint = 1;
+            for (std::uint32_t tap = 0; tap < g.taps; ++tap) {
+                settings.tapOrder[tap] = g.taps - 1 - tap;
+                settings.tapMirror[tap] ^= 1;
+            }
+            EXPECT_EQ(windowPixels(settings, camera), counting(71, -1, 24)) << g.taps << physical;
+        }
+    }
+}
+
+TEST(TapSorter, wrongGeometryScramblesTheLine) {
+    // A camera with one tap of eight pixels per clock, sorted as if its eight lanes were taps of four pixels.
+    DesignSettings settings = windowOf(8, 4);
+    settings.tapCount = 10;
+    settings.dummyTaps = 1;
+    settings.tapWidth = 4;
+    CameraTraits camera;
+    camera.sensorWidth = 32;
+    camera.readout = TapReadout{};
+    EXPECT_EQ(windowPixels(settings, camera), (std::vector{0, 8, 16, 24, 1, 9, 17, 25}));
+}
+
+TEST(TapSorter, isBlackBeyondTheLine) {
+    DesignSettings settings = windowOf(8, 4);
+    settings.xOffset = 8;
+    settings.tapWidth = 12;
+    EXPECT_EQ(windowPixels(settings, {}), (std::vector{8, 9, 10, 11, -1, -1, -1, -1}));
+    settings.tapWidth = 0;
+    EXPECT_EQ(windowPixels(settings, {}), counting(-1, 0, 8));
+    settings.tapWidth = settings.tapCount = settings.xOffset = 0xFFFFFFFF;  // raw writes must not hurt
+    EXPECT_EQ(windowPixels(settings, {}), counting(-1, 0, 8));
+}
+
+TEST(FrameRenderer, horizontalRampInAWindowFromBothSides) {
+    auto settings = windowOf(8, 4);
+    settings.generatorEnable = 1;
+    settings.generatorYDivisor = 1;
+    settings.xOffset = 8;
+    settings.tapWidth = 16;
+    settings.fastDeBayer = 1;
+    // A ramp stays a ramp under the interpolation, except where the edge sees its inner neighbour.
+    const Image left = take(settings);
+    for (std::uint32_t x = 1; x < 7; ++x) {
+        EXPECT_EQ(left.at(x, 1), (Pixel{std::uint8_t(8 + x), std::uint8_t(8 + x), std::uint8_t(8 + x)}));
+    }
+    EXPECT_EQ(left.at(0, 0), (Pixel{9, 9, 8}));  // red pixel: green (9 + 9 + 8 + 8 + 2) / 4
+    lookFromTheRight(settings, 32);
+    const Image right = take(settings);
+    for (std::uint32_t x = 1; x < 7; ++x) {
+        EXPECT_EQ(right.at(x, 1), (Pixel{std::uint8_t(23 - x), std::uint8_t(23 - x), std::uint8_t(23 - x)}));
+    }
+    // Seen from the right an even sensor begins with green: red from the right neighbour, blue from below.
+    EXPECT_EQ(right.at(0, 0), (Pixel{23, 23, 22}));
+}
+
+TEST(FrameRenderer, leavesOutRowsThatDoNotFit) {
+    FrameRenderer renderer(std::make_shared<SensorScene>(Image(2, 2, {9, 9, 9}), CameraTraits{}), Belt{});
+    renderer.configure(windowOf(8, 4));
+    Bytes out(2 * 24 + 23, 1);
+    EXPECT_EQ(renderer.render({0, 0, 4, 4}, out), 2u);
+    EXPECT_EQ(out[47], 9);
+    EXPECT_EQ(out[48], 1);
+}
+
+// ---- pictures in files and on the terminal ----
+
+TEST(Scene, resizeAveragesAndRepeats) {
+    Image scene(2, 2);
+    scene.pixels = {{0, 10, 20}, {10, 20, 30}, {20, 30, 40}, {31, 41, 51}};
+    EXPECT_EQ(resize(scene, 1, 1).at(0, 0), (Pixel{15, 25, 35}));
+    EXPECT_EQ(resize(scene, 4, 2).at(3, 0), (Pixel{10, 20, 30}));
+    EXPECT_EQ(SensorScene(Image(300, 100), {}, 150).rows(), 50u);
+}
+
+TEST(Png, roundTripAndNothingHalfWritten) {
+    const auto folder = std::filesystem::temp_directory_path() / ("imaging_test" + std::to_string(getpid()));
+    std::filesystem::create_directory(folder);
+    const auto file = folder / "picture.png";
+    Image picture(3, 2);
+    for (std::size_t i = 0; i < 6; ++i)
+        picture.pixels[i] = {std::uint8_t(i), std::uint8_t(40 * i), std::uint8_t(200 + i)};
+    writePng(file, Image(1, 1));
+    writePng(file, picture);
+    EXPECT_EQ(readPng(file).pixels, picture.pixels);
+
+    std::ofstream(folder / "text.png") << "no picture";
+    EXPECT_THROW(readPng(folder / "text.png"), std::runtime_error);
+    EXPECT_THROW(readPng(folder / "missing.png"), std::runtime_error);
+    EXPECT_THROW(writePng(folder / "missing" / "picture.png", picture), std::runtime_error);
+    std::filesystem::create_directory(folder / "taken.png");
+    std::ofstream(folder / "taken.png" / "inside");
+    EXPECT_THROW(writePng(folder / "taken.png", picture), std::runtime_error);
+    EXPECT_THROW(writePng(file, Image()), std::runtime_error);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 3);
+    std::filesystem::remove_all(folder);
+}
+
+TEST(TerminalView, twoPixelsPerCharacter) {
+    Image picture(2, 2);
+    picture.pixels = {{0, 0, 255}, {0, 0, 255}, {255, 0, 0}, {0, 255, 0}};
+    EXPECT_EQ(halfBlocks(picture, 2),
+              "\x1b[38;2;255;0;0m\x1b[48;2;0;0;255m\u2580\x1b[48;2;0;255;0m\u2580\x1b[0m\n");
+    EXPECT_EQ(halfBlocks(picture, 0), "");
+    EXPECT_EQ(halfBlocks(Image(), 10), "");
+}
+
+}  // namespace
+}  // namespace virtualboard::imaging
