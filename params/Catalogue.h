@@ -42,6 +42,10 @@ using ValueDescription =
     std::variant<Limits<std::uint32_t>, Limits<std::int32_t>, Limits<std::uint64_t>, Limits<std::int64_t>,
                  Limits<double>, EntryList, TextAttribute, FieldLimits>;
 
+/// Access flags that parameters are given at run time.
+inline constexpr std::int32_t kAccessReadOnly = 1;
+inline constexpr std::int32_t kAccessReadWrite = 7;
+
 /// The three small numbers that the host reads with a node.
 struct NodeFlags {
     std::int32_t access;   ///< 1 read-only, 3 and 7 read and write

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "entry/ErrorCodes.h"
@@ -445,6 +446,17 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     /// Throws -2070 when there is nowhere to put a result.
     static void requireDestination(const void* destination) {
         if (destination == nullptr) throw marovine::error::invalidArgument;
+    }
+    /// Carries out a setting whose value the design takes unchanged.
+    template <class T>
+    void applyUnchanged(T& cached, T value, marovine::Verdict verdict, marovine::DesignParameter parameter,
+                        bool throwOnError) const {
+        applySetting(cached, value, verdict, throwOnError, [&] {
+            if constexpr (std::is_same_v<T, double>)
+                design_.write(parameter, value);
+            else
+                design_.write(parameter, static_cast<std::uint32_t>(value));
+        });
     }
     /// Changes the access flags of a parameter's registry node.
     void setAccessFlags(int id, int flags);

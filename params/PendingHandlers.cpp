@@ -242,59 +242,6 @@ void FgGxWrapperImpl::get_sdk_param_FG_ALTERNATIVE_BOARD_DETECTION_P0(std::int32
 void FgGxWrapperImpl::get_sdk_param_FG_FILLLEVEL_P0(std::uint32_t* /*destination*/) {
     throw marovine::error::notSupported;
 }
-void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERMODE_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_EXSYNCON_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERINSRC_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERINPOLARITY_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERDEBOUNCING_P0(double /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_LINE_DOWNSCALE_P0(unsigned int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_LINE_DOWNSCALEINIT_P0(unsigned int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODERON_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODERMODE_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODERINSRC_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODERLEADING_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODER_COMPENSATION_ENABLE_P0(int /*value*/,
-                                                                           bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODER_COMPENSATION_COUNT_P0(unsigned int /*value*/,
-                                                                          bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_LINEPERIODE_P0(double /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_LINEEXPOSURE_P0(double /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_EXSYNCPOLARITY_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERDELAY_P0(double /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
 void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGERMODE_P0(int /*value*/, bool /*throwOnError*/) {
     throw marovine::error::notSupported;
 }
