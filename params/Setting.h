@@ -39,6 +39,16 @@ constexpr Verdict multipleOf(std::uint32_t value, std::uint32_t step) {
     return value % step == 0 ? error::success : error::wrongStep;
 }
 
+/// The verdict of a check that may fail itself: a thrown code is the refusal.
+template <class Check>
+Verdict verdictOf(Check&& check) {
+    try {
+        return std::forward<Check>(check)();
+    } catch (int code) {
+        return code;
+    }
+}
+
 /// The first refusal of several checks.
 template <class... Rest>
 constexpr Verdict firstOf(Verdict first, Rest... rest) {
