@@ -85,12 +85,15 @@ class FgGxWrapperImpl final : public FgGxWrapper {
         return marovine::findRegisterInfoByParamId(node, id);
     }
 
-    // ---- camera interface and window (image/CameraWindow.cpp) ----
+    // ---- camera interface (image/CameraInterface.cpp) ----
 
     void set_sdk_param_FG_TIMEOUT_P0(unsigned int value, bool throwOnError);
     void set_sdk_param_FG_CAMERA_LINK_CAMTYPE_P0(int value, bool throwOnError);
     void set_sdk_param_FG_USEDVAL_P0(int value, bool throwOnError);
     void set_sdk_param_FG_CAMERA_LINK_CORE_RESET_P0(unsigned int value, bool throwOnError);
+
+    // ---- image window (image/CameraWindow.cpp) ----
+
     void set_sdk_param_FG_TAPGEOMETRY_P0(int value, bool throwOnError);
     void set_sdk_param_FG_SENSORWIDTH_P0(unsigned int value, bool throwOnError);
     void set_sdk_param_FG_VANTAGEPOINT_P0(int value, bool throwOnError);
@@ -466,25 +469,39 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     /// The access flags of a parameter's registry node, 0 without node.
     int accessFlags(int id) const;
 
-    // image/CameraWindow.cpp
-    std::uint32_t horizontalLimit() const;
-    void checkHorizontal_P0() const;
-    void checkVertical_P0() const;
+    // image/TapGeometry.cpp
+    /// Sets the sorter for a tap geometry and a window; throws -6000 for an unknown geometry or vantage point
+    /// before anything is written. The third argument, the y offset and the height do not count.
     void setTapGeometry_P0(std::uint32_t geometry, std::uint32_t sensorWidth, std::uint32_t ignored,
                            std::uint32_t vantagePoint, std::uint32_t xOffset, std::uint32_t width,
                            std::uint32_t yOffset, std::uint32_t height);
-    /// Trigger window and image height from a height, an offset and an image trigger mode.
-    void setTriggerHeightAndOffset_P0(std::uint32_t height, std::uint32_t yOffset, std::int32_t mode);
+    // image/CameraWindow.cpp
+    /// Columns that a window may reach: the sensor's when the line is mirrored, else what the design buffers.
+    std::uint32_t horizontalLimit() const;
+    /// What the cached x offset leaves for the width, and the cached width for the x offset.
+    std::uint32_t widthLimit() const;
+    std::uint32_t xOffsetLimit() const;
+    /// Throw -6000 when the cached window does not fit.
+    void checkHorizontal_P0() const;
+    void checkVertical_P0() const;
+    /// Throws -2031 when the cached camera format is none that the SDK knows.
+    void requireKnownCameraFormat() const;
     void applyCachedTapGeometry();
     /// Tap geometry and Bayer phase of the cached window.
     void applyCachedGeometry();
-    void requireKnownCameraFormat() const;
+    /// Trigger window and image height from a height, an offset and an image trigger mode; throws -6000 for
+    /// an unknown mode before anything is written.
+    void setTriggerHeightAndOffset_P0(std::uint32_t height, std::uint32_t yOffset, std::int32_t mode);
+    /// The same from the cached height, y offset and image trigger mode.
+    void applyCachedTriggerWindow();
     void update_dynamic_range_FG_SENSORWIDTH_P0();
     void update_dynamic_range_FG_WIDTH_P0();
     void update_dynamic_range_FG_HEIGHT_P0();
     void update_dynamic_range_FG_XOFFSET_P0();
     void update_dynamic_range_FG_YOFFSET_P0();
     // image/ColourPath.cpp
+    /// Gives the colour stages the phase of a Bayer pattern in the cached window and keeps the pattern as the
+    /// effective one; throws -6000 for an unknown pattern.
     void updateBayerInit_P0(std::int32_t bayerInit, std::int32_t vantagePoint);
     // image/CameraSimulator.cpp
     void setWidth_P0(std::uint32_t width, std::uint32_t gap);

@@ -1,64 +1,6 @@
 // Setters and getters that have not been written yet answer -2130.
 #include "params/FgGxWrapperImpl.h"
 
-void FgGxWrapperImpl::set_sdk_param_FG_TIMEOUT_P0(unsigned int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_CAMERA_LINK_CAMTYPE_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_USEDVAL_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_CAMERA_LINK_CORE_RESET_P0(unsigned int /*value*/,
-                                                                 bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_TAPGEOMETRY_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_SENSORWIDTH_P0(unsigned int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_VANTAGEPOINT_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_WIDTH_P0(unsigned int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_HEIGHT_P0(unsigned int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_XOFFSET_P0(unsigned int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_YOFFSET_P0(unsigned int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_FORMAT_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_IMG_SELECT_PERIOD_P0(unsigned int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_IMG_SELECT_P0(unsigned int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_SCALINGFACTOR_RED_P0(double /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_SCALINGFACTOR_BLUE_P0(double /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_SCALINGFACTOR_GREEN_P0(double /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_BAYERINIT_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_SAMPLING_RATE_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
 void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_ENABLE_P0(int /*value*/, bool /*throwOnError*/) {
     throw marovine::error::notSupported;
 }
