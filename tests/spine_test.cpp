@@ -1,0 +1,497 @@
+/// The frame of the applet: opening, enumeration, the description tree, typed access and its refusals.
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <set>
+
+#include "params/Catalogue.h"
+#include "params/EventTable.h"
+#include "tests/AppletFixture.h"
+#include "wrapper/FgGxWrapper.h"
+
+namespace marovine::test {
+namespace {
+
+using testing::ElementsAre;
+
+/// Sets an environment variable for the life of the object.
+class Environment {
+ public:
+    Environment(const char* name, const char* value) : name_(name) { setenv(name, value, 1); }
+    Environment(const Environment&) = delete;
+    Environment& operator=(const Environment&) = delete;
+    ~Environment() { unsetenv(name_); }
+
+ private:
+    const char* name_;
+};
+
+int setById(OpenApplet& applet, int id, std::uint32_t value, int dma = 0) {
+    return Fg_setParameterWithType(applet.record(), id, &value, dma, FG_TYPE_UINT32);
+}
+
+int getById(OpenApplet& applet, int id, void* value, int dma = 0, FgParamTypes type = FG_TYPE_UINT32) {
+    return Fg_getParameterWithType(applet.record(), id, value, dma, type);
+}
+
+// ---- opening and ending ----
+
+TEST(Opening, WorksWithoutAnErrorLocationAndEndsOnce) {
+    GXdevice* board = virtualboard::insertBoard();
+    Fg_Struct record{Std_entry(board, nullptr, 0)};
+    ASSERT_NE(nullptr, record.instance);
+    EXPECT_EQ(0, Fg_FreeGrabber(&record));
+    EXPECT_EQ(nullptr, record.instance);
+    EXPECT_EQ(error::invalidHandle, Fg_FreeGrabber(&record));
+    EXPECT_EQ(error::invalidHandle, Fg_FreeGrabber(nullptr));
+    virtualboard::removeBoard(board);
+}
+
+TEST(Opening, ReportsWhyItFailed) {
+    struct Case {
+        void (*arrange)(virtualboard::Control&);
+        int code;
+    };
+    const auto cases = std::to_array<Case>({
+        {[](virtualboard::Control& board) { board.refuseDesign(true); }, error::designNotLoaded},
+        {[](virtualboard::Control& board) { board.refuseHandle(true, -77); }, -77},
+        // A runtime that opens nothing and reports no error must not look like success.
+        {[](virtualboard::Control& board) { board.refuseHandle(true, 0); }, error::designNotLoaded},
+    });
+    for (const auto& [arrange, code] : cases) {
+        GXdevice* board = virtualboard::insertBoard();
+        virtualboard::Control control(board);
+        arrange(control);
+        int result = 1;
+        EXPECT_EQ(nullptr, Std_entry(board, &result, 0));
+        EXPECT_EQ(code, result);
+        control.clearOpeningFaults();
+        virtualboard::removeBoard(board);
+    }
+}
+
+TEST(Opening, TakesTheExternalDesignWhenForced) {
+    // The build leaves the same image beside the library; the design runtime resolves the plain name.
+    const Environment force("__TAVR_FORCE_EXTERNAL_HAP", "");
+    OpenApplet applet;
+    EXPECT_EQ(1024u, applet.get<std::uint32_t>("FG_WIDTH"));
+}
+
+TEST(Opening, SurvivesADesignWithoutSomeParametersAndEvents) {
+    GXdevice* board = virtualboard::insertBoard();
+    virtualboard::Control control(board);
+    control.hide("Device1_Process0_Camera_DvalMode");
+    control.hide("Device1_Process0_Overflow_Overflow");
+    int result = 1;
+    Fg_Struct record{Std_entry(board, &result, 0)};
+    ASSERT_EQ(0, result);
+    const std::int32_t no = constantOf("FG_NO");
+    EXPECT_GT(0, Fg_setParameterWithType(&record, OpenApplet::idOf("FG_USEDVAL"), &no, 0, FG_TYPE_INT32));
+    EXPECT_EQ(0u, Fg_getEventMask(&record, "FG_OVERFLOW_CAM0"));
+    EXPECT_EQ(error::invalidArgument, Fg_getLastErrorNumber(&record));
+    EXPECT_NE(0u, Fg_getEventMask(&record, "FG_TRIGGER_INPUT0_RISING"));
+    Fg_FreeGrabber(&record);
+    control.clearOpeningFaults();
+    virtualboard::removeBoard(board);
+}
+
+// ---- dead handles ----
+
+TEST(Exports, AnswerForADeadHandleWithoutTouchingAnything) {
+    Fg_Struct dead{};
+    for (Fg_Struct* record : {static_cast<Fg_Struct*>(nullptr), &dead}) {
+        std::uint32_t value = 7;
+        EXPECT_EQ(error::invalidHandle, Fg_setParameterWithType(record, 100, &value, 0, FG_TYPE_UINT32));
+        EXPECT_EQ(error::invalidHandle, Fg_getParameterWithType(record, 100, &value, 0, FG_TYPE_UINT32));
+        EXPECT_EQ(error::invalidHandle,
+                  Fg_freeParameterStringWithType(record, 100, &value, 0, FG_TYPE_TEXT_POINTER));
+        EXPECT_EQ(error::invalidHandle, Fg_getNrOfParameter(record));
+        EXPECT_EQ(nullptr, Fg_getParameterName(record, 0));
+        EXPECT_EQ(error::invalidHandle, Fg_getParameterId(record, 0));
+        EXPECT_EQ(error::invalidHandle, Fg_getParameterIdByName(record, "FG_WIDTH"));
+        EXPECT_EQ(nullptr, Fg_getParameterInfo(record, 0));
+        EXPECT_EQ(error::invalidHandle, Fg_getParameterInfoXML(record, 0, nullptr, nullptr));
+        EXPECT_EQ(error::invalidHandle, Fg_saveConfig(record, "x.mcf"));
+        EXPECT_EQ(error::invalidHandle, Fg_loadConfig(record, "x.mcf"));
+        EXPECT_EQ(error::invalidHandle, Fg_getLastErrorNumber(record));
+        EXPECT_EQ(0u, Fg_getEventMask(record, "FG_OVERFLOW_CAM0"));
+        EXPECT_EQ(nullptr, Fg_getEventName(record, 1));
+        EXPECT_EQ(error::invalidHandle, Fg_getAppletId(record, nullptr));
+        EXPECT_EQ(error::invalidHandle, Fg_getStatusEx(record, 0, 0, 0, nullptr));
+        EXPECT_EQ(error::invalidHandle, Fg_AcquireEx(record, 0, 1, 0, nullptr));
+        EXPECT_EQ(error::invalidHandle, Fg_stopAcquireEx(record, 0, nullptr, 0));
+        EXPECT_EQ(error::invalidHandle, Fg_getLastPicNumberEx(record, 0, nullptr));
+        EXPECT_EQ(error::invalidHandle, Fg_getLastPicNumberBlockingEx(record, 1, 0, 1, nullptr));
+        EXPECT_EQ(nullptr, Fg_AllocShading(record, 0, 0));
+        EXPECT_EQ(error::invalidHandle, Shad_GetMaxLine(record, nullptr));
+        EXPECT_EQ(7u, value);
+    }
+}
+
+TEST_F(AppletTest, OffersNoShading) {
+    EXPECT_EQ(nullptr, Fg_AllocShading(applet.record(), 0, 0));
+    EXPECT_EQ(error::outOfMemory, applet.lastError());
+    EXPECT_EQ(error::notSupported, Fg_FreeShading(applet.record(), nullptr));
+    EXPECT_EQ(error::notSupported, Shad_SetSubValueLine(applet.record(), nullptr, 0, 0, 0));
+    EXPECT_EQ(error::notSupported, Shad_SetMultValueLine(applet.record(), nullptr, 0, 0, 0));
+    EXPECT_EQ(error::notSupported, Shad_SetFixedPatternNoiseLine(applet.record(), nullptr, 0, 0, 0));
+    EXPECT_EQ(error::notSupported, Shad_GetMaxLine(applet.record(), nullptr));
+    EXPECT_EQ(error::notSupported, Shad_GetAccess(applet.record(), nullptr));
+    EXPECT_EQ(error::notSupported, Shad_FreeAccess(applet.record(), nullptr));
+    EXPECT_EQ(error::notSupported, Shad_WriteActLine(applet.record(), nullptr, 0));
+    EXPECT_EQ(error::notSupported, applet.lastError());
+}
+
+// ---- enumeration ----
+
+TEST_F(AppletTest, ListsItsParametersInOrder) {
+    ASSERT_EQ(177, Fg_getNrOfParameter(applet.record()));
+    for (int index = 0; index < 177; ++index) {
+        const char* name = Fg_getParameterName(applet.record(), index);
+        ASSERT_NE(nullptr, name);
+        EXPECT_EQ(Fg_getParameterIdByName(applet.record(), name), Fg_getParameterId(applet.record(), index));
+    }
+    EXPECT_STREQ("FG_TIMEOUT", Fg_getParameterName(applet.record(), 0));
+    EXPECT_EQ(600, Fg_getParameterId(applet.record(), 0));
+    EXPECT_STREQ("FG_CUSTOM_SIGNAL_EVENT_1_POLARITY", Fg_getParameterName(applet.record(), 176));
+    EXPECT_EQ(200443, Fg_getParameterId(applet.record(), 176));
+    EXPECT_EQ(96, Fg_getParameterIdByName(applet.record(), "FG_LINEPERIODE"));
+    EXPECT_EQ(0, applet.lastError());
+}
+
+TEST_F(AppletTest, FindsNothingUnderUnknownNamesAndIndices) {
+    for (const char* name :
+         {"fg_lineperiode", "FG_PARAM_DESCR", "Device1_Process0_Camera_DvalMode", "", "FG_WIDTH "}) {
+        EXPECT_EQ(error::invalidArgument, Fg_getParameterIdByName(applet.record(), name)) << name;
+        EXPECT_EQ(error::invalidArgument, applet.lastError());
+    }
+    EXPECT_EQ(error::invalidArgument, Fg_getParameterIdByName(applet.record(), nullptr));
+    for (const int index : {-1, 177, 1 << 30}) {
+        EXPECT_EQ(nullptr, Fg_getParameterName(applet.record(), index));
+        EXPECT_EQ(error::invalidArgument, applet.lastError());
+        EXPECT_EQ(error::invalidArgument, Fg_getParameterId(applet.record(), index));
+    }
+}
+
+TEST_F(AppletTest, NamesEventsByMaskAndBack) {
+    std::set<std::uint64_t> masks;
+    for (const auto& event : sdkEvents) {
+        const auto mask = Fg_getEventMask(applet.record(), event.sdkName);
+        EXPECT_TRUE(mask != 0 && (mask & (mask - 1)) == 0) << event.sdkName;
+        EXPECT_STREQ(event.sdkName, Fg_getEventName(applet.record(), mask));
+        EXPECT_EQ(0, applet.lastError());
+        masks.insert(mask);
+    }
+    EXPECT_EQ(31u, masks.size());
+    for (const char* name : {"fg_custom_signal_event_1", "Device1_Process0_Overflow_Overflow", "", "x"}) {
+        EXPECT_EQ(0u, Fg_getEventMask(applet.record(), name)) << name;
+        EXPECT_EQ(error::invalidArgument, applet.lastError());
+    }
+    EXPECT_EQ(0u, Fg_getEventMask(applet.record(), nullptr));
+    EXPECT_EQ(nullptr, Fg_getEventName(applet.record(), 0));
+    EXPECT_EQ(nullptr, Fg_getEventName(applet.record(), 3));
+    EXPECT_EQ(error::invalidArgument, applet.lastError());
+}
+
+// ---- the description tree ----
+
+TEST_F(AppletTest, ShowsTheCatalogueInHostOrder) {
+    // A host meets the groups newest first, and each group's children in the order they were added.
+    std::vector<std::string> groups;
+    std::map<std::string, const RegisterInfo*> leaves;
+    const std::function<void(const RegisterInfo*, std::string)> walk = [&](const RegisterInfo* node,
+                                                                           std::string path) {
+        if (node->kind != FG_KIND_GROUP) {
+            leaves[path + " > " + node->name] = node;
+            return;
+        }
+        path += (path.empty() ? "" : " > ") + std::string(node->displayName);
+        for (int i = 0; i < node->value.group.childCount; ++i) {
+            EXPECT_EQ(static_cast<std::uint32_t>(i), node->value.group.children[i]->index);
+            walk(node->value.group.children[i], path);
+        }
+    };
+    for (const auto* node = Fg_getParameterInfo(applet.record(), 0); node != nullptr; node = node->next) {
+        groups.emplace_back(node->displayName);
+        walk(node, "");
+    }
+    EXPECT_THAT(groups, ElementsAre("Legacy Parameter", "Miscellaneous", "Camera Simulator", "Output Format",
+                                    "Processing", "Lookup Table", "Color Interpolation", "White Balance",
+                                    "Image Selector", "Overflow", "Signal Analyzer", "Image Trigger / Flash",
+                                    "Line Trigger / ExSync", "CC Signal Mapping", "Digital I/O", "ROI",
+                                    "Tap Geometry", "Camera Link"));
+    ASSERT_EQ(170u, leaves.size());
+    for (const auto& row : catalogue) {
+        const auto found = leaves.find(std::string(row.group) + " > " + row.name);
+        ASSERT_NE(leaves.end(), found) << row.name;
+        EXPECT_STREQ(row.displayName, found->second->displayName);
+        EXPECT_EQ(OpenApplet::idOf(row.name), found->second->address);
+        EXPECT_EQ(row.flags.publish, found->second->publish);
+    }
+    EXPECT_EQ(nullptr, Fg_getParameterInfo(applet.record(), 1));
+    EXPECT_EQ(nullptr, Fg_getParameterInfo(applet.record(), -1));
+}
+
+TEST(Registry, HoldsTheRegisteredValuesBeforeAnySetterRan) {
+    OpenApplet applet(1);
+    const auto& width = applet.node("FG_WIDTH");
+    EXPECT_EQ(1u, width.kind);
+    EXPECT_EQ(8u, width.value.uint32.minimum);
+    EXPECT_EQ(16384u, width.value.uint32.maximum);
+    EXPECT_EQ(8u, width.value.uint32.increment);
+    EXPECT_EQ(3, width.accessFlags);
+    EXPECT_EQ(2, width.secondFlags);
+    EXPECT_STREQ("pixel", width.unit);
+    EXPECT_STREQ("\xB5s", applet.node("FG_LINEPERIODE").unit);
+    EXPECT_EQ(nullptr, applet.node("FG_FORMAT").unit);
+    const auto& source = applet.node("FG_TRIGGEROUT_GPO_0_SOURCE").value.enumeration;
+    ASSERT_EQ(19, source.count);
+    EXPECT_EQ(4, source.values[0]);
+    EXPECT_EQ(1111, source.values[18]);
+    EXPECT_STREQ("FG_SIGNAL_FRONT_GPI_3", source.constantNames[18]);
+    EXPECT_DOUBLE_EQ(999.9999999999999, applet.node("FG_CAMERASIMULATOR_PIXEL_FREQUENCY").value.real.maximum);
+    EXPECT_EQ(-4294967296LL, applet.node("FG_SIGNAL_ANALYZER_PULSE_COUNT_DIFFERENCE").value.int64.minimum);
+}
+
+// ---- typed access ----
+
+TEST_F(AppletTest, RefusesWhatIsNotAParameterAccess) {
+    std::uint32_t value = 1;
+    EXPECT_EQ(error::invalidArgument,
+              Fg_setParameterWithType(applet.record(), 100, nullptr, 0, FG_TYPE_UINT32));
+    EXPECT_EQ(error::invalidArgument, getById(applet, 100, nullptr));
+    EXPECT_EQ(error::invalidArgument, setById(applet, 100, 1024, 1));
+    EXPECT_EQ(error::invalidArgument, getById(applet, 100, &value, 1));
+    for (const int id : {12345, 0, -1, 1000001, 2000000}) {
+        EXPECT_EQ(error::invalidArgument, setById(applet, id, 1)) << id;
+        EXPECT_EQ(error::invalidArgument, getById(applet, id, &value)) << id;
+        EXPECT_EQ(error::invalidArgument, applet.lastError());
+    }
+    EXPECT_EQ(error::notAllowed, setById(applet, 24114, 1));
+    for (const auto& row : sdkParameters) {
+        if (row.access == Access::ReadWrite) continue;
+        EXPECT_EQ(error::notAllowed, setById(applet, row.id, 0)) << row.name;
+        EXPECT_EQ(error::notAllowed, applet.lastError());
+    }
+    EXPECT_TRUE(applet.takeWrites().empty());
+    EXPECT_EQ(0, getById(applet, 100, &value));
+    EXPECT_EQ(0, applet.lastError());
+}
+
+TEST_F(AppletTest, IgnoresTheTypeCodeOfPlainParameters) {
+    const std::uint32_t width = 2048;
+    EXPECT_EQ(0, Fg_setParameterWithType(applet.record(), 100, &width, 0, FG_TYPE_DOUBLE));
+    std::uint64_t answer = ~std::uint64_t{0};
+    EXPECT_EQ(0, getById(applet, 100, &answer, 0, FG_TYPE_UINT64));
+    EXPECT_EQ(2048u, answer) << "a 64-bit location keeps no stale upper half";
+}
+
+TEST_F(AppletTest, CountsItsProcessesOnAnyDmaChannel) {
+    for (const int dma : {0, 1, -5}) {
+        std::int32_t processes = 0;
+        EXPECT_EQ(0, getById(applet, OpenApplet::idOf("FG_NR_OF_PROCESSES"), &processes, dma));
+        EXPECT_EQ(1, processes);
+    }
+}
+
+TEST_F(AppletTest, HandsOutTextsUntilTheyAreGivenBack) {
+    const int id = OpenApplet::idOf("FG_HAP_FILE");
+    char* text = nullptr;
+    ASSERT_EQ(0, getById(applet, id, &text, 0, FG_TYPE_TEXT_POINTER));
+    EXPECT_STREQ("Marovine.hap", text);
+    EXPECT_EQ(error::wrongTypeCode,
+              Fg_freeParameterStringWithType(applet.record(), id, text, 0, FG_TYPE_TEXT));
+    EXPECT_EQ(error::invalidArgument,
+              Fg_freeParameterStringWithType(applet.record(), id, text, 1, FG_TYPE_TEXT_POINTER));
+    EXPECT_EQ(0, Fg_freeParameterStringWithType(applet.record(), id, text, 0, FG_TYPE_TEXT_POINTER));
+    EXPECT_EQ(error::invalidArgument,
+              Fg_freeParameterStringWithType(applet.record(), id, text, 0, FG_TYPE_TEXT_POINTER));
+    std::array<char, 64> buffer{};
+    EXPECT_EQ(0, getById(applet, id, buffer.data(), 0, FG_TYPE_TEXT));
+    EXPECT_STREQ("Marovine.hap", buffer.data());
+    // Left for the instance to free.
+    EXPECT_EQ(0, getById(applet, id, &text, 0, FG_TYPE_TEXT_POINTER));
+}
+
+TEST_F(AppletTest, DescribesParametersByName) {
+    constexpr int description = 24114;
+    std::array<char, 512> text{"FG_WIDTH"};
+    EXPECT_EQ(0, getById(applet, description, text.data(), 0, FG_TYPE_TEXT));
+    EXPECT_STREQ("Image width of the acquisition ROI.", text.data());
+    for (const char* name : {"FG_TRANSFER_LEN", "fg_width", ""}) {
+        std::strcpy(text.data(), name);
+        EXPECT_EQ(0, getById(applet, description, text.data(), 0, FG_TYPE_TEXT));
+        EXPECT_STREQ("-", text.data());
+    }
+    union {
+        char name[sizeof(char*)];
+        char* text;
+    } place{"FG_FORM"};
+    EXPECT_EQ(0, getById(applet, description, &place, 0, FG_TYPE_TEXT_POINTER));
+    EXPECT_STREQ("-", place.text);
+    EXPECT_EQ(
+        0, Fg_freeParameterStringWithType(applet.record(), description, place.text, 0, FG_TYPE_TEXT_POINTER));
+}
+
+TEST_F(AppletTest, PassesForwardedParametersToTheInnerHandle) {
+    for (const char* name : {"FG_NR_OF_DMAS", "FG_NR_OF_CAMS", "FG_APC_STOP_TIMEOUT", "FG_TRANSFER_LEN"}) {
+        const auto expected = applet.board().value(name);
+        const auto asked = applet.get<std::uint32_t>(name);
+        EXPECT_EQ(asked, std::visit(
+                             [](const auto& v) -> std::uint32_t {
+                                 if constexpr (std::is_arithmetic_v<std::remove_cvref_t<decltype(v)>>)
+                                     return static_cast<std::uint32_t>(v);
+                                 else
+                                     return ~0u;
+                             },
+                             expected))
+            << name;
+    }
+    applet.board().refuseReads("FG_NR_OF_DMAS", -321);
+    std::uint32_t value = 0;
+    EXPECT_EQ(-321, getById(applet, OpenApplet::idOf("FG_NR_OF_DMAS"), &value));
+    EXPECT_EQ(-321, applet.lastError());
+}
+
+// ---- direct access ----
+
+TEST(DirectAccess, ListsRegistersOnlyWhenSwitchedOn) {
+    for (const char* off : {"2", "enabled", " yes", ""}) {
+        const Environment variable("TAVR_ENABLE_DRA", off);
+        OpenApplet applet(1);
+        EXPECT_EQ(177, Fg_getNrOfParameter(applet.record())) << off;
+    }
+    const Environment variable("TAVR_ENABLE_DRA", "YES");
+    OpenApplet applet(1);
+    const int count = Fg_getNrOfParameter(applet.record());
+    ASSERT_GE(count, 177 + 24);
+    const auto* group = Fg_getParameterInfo(applet.record(), 0);
+    EXPECT_STREQ("Direct Register Access", group->displayName);
+    EXPECT_EQ(count - 177, group->value.group.childCount);
+    bool wide = false;
+    bool readOnly = false;
+    for (int index = 177; index < count; ++index) {
+        const int id = Fg_getParameterId(applet.record(), index);
+        ASSERT_GT(id, 1000000);
+        const auto& node = *group->value.group.children[index - 177];
+        EXPECT_EQ(id, node.address);
+        EXPECT_STREQ(Fg_getParameterName(applet.record(), index), node.name);
+        std::uint64_t content = 0x5555555555555555;
+        ASSERT_EQ(0, getById(applet, id, &content));
+        if (node.accessFlags == 1) {
+            readOnly = true;
+            EXPECT_NE(0, Fg_setParameterWithType(applet.record(), id, &content, 0, FG_TYPE_UINT64))
+                << node.name;
+        } else if (node.kind == FG_KIND_UINT64) {
+            wide = true;
+            const std::uint64_t written = node.value.uint64.maximum;
+            EXPECT_EQ(0, Fg_setParameterWithType(applet.record(), id, &written, 0, FG_TYPE_UINT64));
+            EXPECT_EQ(0, getById(applet, id, &content));
+            EXPECT_EQ(written, content);
+        } else {
+            EXPECT_EQ(0x55555555u, content >> 32) << "a narrow register takes 32 bits only: " << node.name;
+        }
+    }
+    EXPECT_TRUE(wide && readOnly) << "the design shows both kinds";
+}
+
+TEST(DirectAccess, ReachesDesignParametersById) {
+    OpenApplet plain(1);
+    // The id route is open whether or not the names are listed.
+    const Environment variable("TAVR_ENABLE_DGXA", "True");
+    OpenApplet applet(1);
+    const int count = Fg_getNrOfParameter(applet.record());
+    ASSERT_GT(count, 177 + 100);
+    EXPECT_STREQ("Direct GX Access", Fg_getParameterInfo(applet.record(), 0)->displayName);
+    EXPECT_EQ(177, Fg_getNrOfParameter(plain.record()));
+    std::string last;
+    for (int index = 177; index < count; ++index) {
+        const std::string name = Fg_getParameterName(applet.record(), index);
+        EXPECT_TRUE(name.starts_with("DGXA_"));
+        EXPECT_LT(last, name);
+        EXPECT_EQ(error::invalidArgument, Fg_getParameterId(applet.record(), index));
+        EXPECT_EQ(error::invalidArgument, Fg_getParameterIdByName(applet.record(), name.c_str()));
+        last = name;
+    }
+    const std::function<const RegisterInfo*(const RegisterInfo*, std::string_view)> find =
+        [&](const RegisterInfo* node, std::string_view name) -> const RegisterInfo* {
+        if (node->kind != FG_KIND_GROUP) return node->name == name ? node : nullptr;
+        for (int i = 0; i < node->value.group.childCount; ++i)
+            if (const auto* found = find(node->value.group.children[i], name)) return found;
+        return nullptr;
+    };
+    const auto* node = find(Fg_getParameterInfo(applet.record(), 0),
+                            "DGXA_Device1_Process0_ImageSelector_FG_IMG_SELECT_PERIOD_Divisor");
+    ASSERT_NE(nullptr, node);
+    EXPECT_GT(node->depth + 1, 0u);
+    EXPECT_EQ(0, setById(plain, node->address, 7));
+    EXPECT_EQ(7u, std::get<std::uint32_t>(
+                      plain.board().value("Device1_Process0_ImageSelector_FG_IMG_SELECT_PERIOD_Divisor")));
+    std::uint32_t value = 0;
+    EXPECT_EQ(0, getById(plain, node->address, &value));
+    EXPECT_EQ(7u, value);
+    EXPECT_GT(0, getById(plain, 2099999, &value));
+}
+
+// ---- the class behind the exports ----
+
+/// Byte offset of a virtual operation in the operation table, as this platform's ABI encodes it.
+template <class Operation>
+std::ptrdiff_t slotOf(Operation operation) {
+    std::ptrdiff_t encoded = 0;
+    static_assert(sizeof operation == 2 * sizeof encoded);
+    std::memcpy(&encoded, &operation, sizeof encoded);
+    return (encoded - 1) / static_cast<std::ptrdiff_t>(sizeof(void*));
+}
+
+TEST(Operations, StandInTheOrderOfTheFamily) {
+    EXPECT_EQ(0, slotOf(&FgGxWrapper::getDefaultLogger));
+    EXPECT_EQ(1, slotOf(&FgGxWrapper::loadConfig));
+    EXPECT_EQ(2, slotOf(&FgGxWrapper::saveConfig));
+    EXPECT_EQ(6, slotOf(&FgGxWrapper::getDmaAlignment));
+    EXPECT_EQ(9, slotOf(&FgGxWrapper::createUserParameters)) << "two destructors before it";
+    EXPECT_EQ(10, slotOf(&FgGxWrapper::Fg_setParameterWithType));
+    EXPECT_EQ(16, slotOf(&FgGxWrapper::Fg_getParameterCount));
+    EXPECT_EQ(19, slotOf(&FgGxWrapper::Fg_getParameterInfoXML));
+    EXPECT_EQ(28, slotOf(&FgGxWrapper::Shad_WriteActLine));
+    EXPECT_EQ(29, slotOf(&FgGxWrapper::Fg_getEventMask));
+    EXPECT_EQ(34, slotOf(&FgGxWrapper::getAppletID));
+}
+
+TEST_F(AppletTest, AnswersForItsIdentityAndOffersNoDmaOperations) {
+    auto& instance = *static_cast<FgGxWrapper*>(applet.record()->instance);
+    EXPECT_STREQ("Tavrion GmbH", instance.getManufacturer());
+    EXPECT_STREQ("Marovine", instance.getCameraType());
+    EXPECT_STREQ("0.5", instance.getCameraVersion());
+    EXPECT_EQ(0, instance.getAppletID());
+    const auto message = [](auto&& operation) -> std::string {
+        try {
+            operation();
+        } catch (const std::runtime_error& refusal) {
+            return refusal.what();
+        }
+        return "";
+    };
+    EXPECT_EQ("processChannelToDma() is not implemented.",
+              message([&] { instance.processChannelToDma(0, 0); }));
+    EXPECT_EQ("mapDmaToFormat() is not implemented.", message([&] { instance.mapDmaToFormat(0); }));
+    EXPECT_EQ("setDmaAlignment() is not implemented.", message([&] { instance.setDmaAlignment(0, 0); }));
+    EXPECT_EQ("getDmaAlignment() is not implemented.", message([&] { instance.getDmaAlignment(0); }));
+}
+
+TEST(Constants, HaveOneValueInAllEnumerations) {
+    std::map<std::string_view, int> values;
+    for (const auto& table : enumerationTables)
+        for (const auto& entry : table.entries)
+            EXPECT_EQ(entry.value, values.try_emplace(entry.constantName, entry.value).first->second)
+                << entry.constantName;
+    EXPECT_EQ(138u, values.size());
+}
+
+}  // namespace
+}  // namespace marovine::test
