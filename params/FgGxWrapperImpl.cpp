@@ -21,6 +21,11 @@ tavr::tools::logging::Logger* FgGxWrapperImpl::getDefaultLogger() const {
     return logger_;
 }
 
+void FgGxWrapperImpl::copyText(const std::string& text, char* destination) {
+    requireDestination(destination);
+    destination[text.copy(destination, kTextRoom)] = '\0';
+}
+
 // ---- registry nodes of parameters ----
 
 void FgGxWrapperImpl::setAccessFlags(int id, int flags) {

@@ -140,20 +140,36 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     // ---- lookup table and processing (image/LookupTable.cpp) ----
 
     void set_sdk_param_FG_LUT_TYPE_P0(int value, bool throwOnError);
-    void set_sdk_param_FG_LUT_VALUE_RED_P0(const FieldParameterInt_s* element, bool throwOnError);
-    void set_sdk_param_FG_LUT_VALUE_RED_P0(const FieldParameterAccess* block, bool throwOnError);
-    void set_sdk_param_FG_LUT_VALUE_GREEN_P0(const FieldParameterInt_s* element, bool throwOnError);
-    void set_sdk_param_FG_LUT_VALUE_GREEN_P0(const FieldParameterAccess* block, bool throwOnError);
-    void set_sdk_param_FG_LUT_VALUE_BLUE_P0(const FieldParameterInt_s* element, bool throwOnError);
-    void set_sdk_param_FG_LUT_VALUE_BLUE_P0(const FieldParameterAccess* block, bool throwOnError);
+    void set_sdk_param_FG_LUT_VALUE_RED_P0(const FieldParameterInt_s* element, bool throwOnError) {
+        setLutElement(marovine::LutChannel::Red, element, throwOnError);
+    }
+    void set_sdk_param_FG_LUT_VALUE_RED_P0(const FieldParameterAccess* block, bool throwOnError) {
+        setLutBlock(marovine::LutChannel::Red, block, throwOnError);
+    }
+    void set_sdk_param_FG_LUT_VALUE_GREEN_P0(const FieldParameterInt_s* element, bool throwOnError) {
+        setLutElement(marovine::LutChannel::Green, element, throwOnError);
+    }
+    void set_sdk_param_FG_LUT_VALUE_GREEN_P0(const FieldParameterAccess* block, bool throwOnError) {
+        setLutBlock(marovine::LutChannel::Green, block, throwOnError);
+    }
+    void set_sdk_param_FG_LUT_VALUE_BLUE_P0(const FieldParameterInt_s* element, bool throwOnError) {
+        setLutElement(marovine::LutChannel::Blue, element, throwOnError);
+    }
+    void set_sdk_param_FG_LUT_VALUE_BLUE_P0(const FieldParameterAccess* block, bool throwOnError) {
+        setLutBlock(marovine::LutChannel::Blue, block, throwOnError);
+    }
     void set_sdk_param_FG_LUT_CUSTOM_FILE_P0(const char* value, bool throwOnError);
     void set_sdk_param_FG_LUT_SAVE_FILE_P0(const char* value, bool throwOnError);
     void set_sdk_param_FG_PROCESSING_OFFSET_P0(double value, bool throwOnError);
     void set_sdk_param_FG_PROCESSING_GAIN_P0(double value, bool throwOnError);
     void set_sdk_param_FG_PROCESSING_GAMMA_P0(double value, bool throwOnError);
     void set_sdk_param_FG_PROCESSING_INVERT_P0(int value, bool throwOnError);
-    void get_sdk_param_FG_LUT_CUSTOM_FILE_P0(char* destination);
-    void get_sdk_param_FG_LUT_SAVE_FILE_P0(char* destination);
+    void get_sdk_param_FG_LUT_CUSTOM_FILE_P0(char* destination) {
+        copyText(cache_.lookupTable.customFile, destination);
+    }
+    void get_sdk_param_FG_LUT_SAVE_FILE_P0(char* destination) {
+        copyText(cache_.lookupTable.saveFile, destination);
+    }
 
     // ---- debug injection (image/DebugInjection.cpp) ----
 
@@ -461,6 +477,8 @@ class FgGxWrapperImpl final : public FgGxWrapper {
                 design_.write(parameter, static_cast<std::uint32_t>(value));
         });
     }
+    /// Copies a text, cut to `kTextRoom` characters, into a buffer of that room; -2070 for a null one.
+    static void copyText(const std::string& text, char* destination);
     /// Changes the access flags of a parameter's registry node.
     void setAccessFlags(int id, int flags);
     /// Changes the maximum of a parameter's registry node, which must be of the type's kind.
@@ -510,6 +528,13 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     void update_dynamic_range_FG_CAMERASIMULATOR_WIDTH_P0();
     // image/LookupTable.cpp
     void updateLutProcessing_P0();
+    /// Reads the custom file, if one is named, and writes its tables: -2076 without the file, -5001 for one
+    /// that is no table.
+    void loadCustomTables();
+    template <class Fill>
+    void replaceTables(Fill&& fill);
+    void setLutElement(marovine::LutChannel channel, const FieldParameterInt_s* element, bool throwOnError);
+    void setLutBlock(marovine::LutChannel channel, const FieldParameterAccess* block, bool throwOnError);
     // image/DebugInjection.cpp
     void update_dynamic_range_FG_DEBUGOUTPIXEL_P0();
     // trigger/LineTrigger.cpp

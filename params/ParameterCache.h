@@ -17,6 +17,8 @@ namespace marovine {
 /// Entries of one lookup table: 8 bits in, 8 bits out.
 inline constexpr std::size_t kLutEntries = 256;
 using LookupTable = std::array<std::uint32_t, kLutEntries>;
+/// The channels that have a table each, in the order in which the tables are written.
+enum class LutChannel : std::uint8_t { Red, Green, Blue };
 
 struct CameraSettings {
     std::int32_t format = constant("FG_CL_FULL_8_TAP_8_BIT");

@@ -70,57 +70,6 @@ void FgGxWrapperImpl::get_sdk_param_FG_CAMERASIMULATOR_ACTIVE_P0(std::uint32_t* 
 void FgGxWrapperImpl::get_sdk_param_FG_CAMERASIMULATOR_PASSIVE_P0(std::uint32_t* /*destination*/) {
     throw marovine::error::notSupported;
 }
-void FgGxWrapperImpl::set_sdk_param_FG_LUT_TYPE_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_RED_P0(const FieldParameterInt_s* /*element*/,
-                                                        bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_RED_P0(const FieldParameterAccess* /*block*/,
-                                                        bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_GREEN_P0(const FieldParameterInt_s* /*element*/,
-                                                          bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_GREEN_P0(const FieldParameterAccess* /*block*/,
-                                                          bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_BLUE_P0(const FieldParameterInt_s* /*element*/,
-                                                         bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_BLUE_P0(const FieldParameterAccess* /*block*/,
-                                                         bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_LUT_CUSTOM_FILE_P0(const char* /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_LUT_SAVE_FILE_P0(const char* /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_OFFSET_P0(double /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_GAIN_P0(double /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_GAMMA_P0(double /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_INVERT_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::get_sdk_param_FG_LUT_CUSTOM_FILE_P0(char* /*destination*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::get_sdk_param_FG_LUT_SAVE_FILE_P0(char* /*destination*/) {
-    throw marovine::error::notSupported;
-}
 void FgGxWrapperImpl::set_sdk_param_FG_DEBUGSOURCE_P0(unsigned int /*value*/, bool /*throwOnError*/) {
     throw marovine::error::notSupported;
 }
