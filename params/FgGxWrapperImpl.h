@@ -185,11 +185,19 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     void get_sdk_param_FG_DEBUGINENABLE_P0(std::int32_t* destination);
     void get_sdk_param_FG_DEBUGFILE_P0(char* destination);
     void get_sdk_param_FG_DEBUGOUTENABLE_P0(std::int32_t* destination);
-    void get_sdk_param_FG_DEBUGOUTXPOS_P0(std::uint32_t* destination);
-    void get_sdk_param_FG_DEBUGOUTYPOS_P0(std::uint32_t* destination);
-    void get_sdk_param_FG_DEBUGOUTPIXEL_P0(std::uint32_t* destination);
+    void get_sdk_param_FG_DEBUGOUTXPOS_P0(std::uint32_t* destination) {
+        readMonitor("_XPosition", destination);
+    }
+    void get_sdk_param_FG_DEBUGOUTYPOS_P0(std::uint32_t* destination) {
+        readMonitor("_YPosition", destination);
+    }
+    void get_sdk_param_FG_DEBUGOUTPIXEL_P0(std::uint32_t* destination) {
+        readMonitor("_PixelValue", destination);
+    }
     void get_sdk_param_FG_DEBUGREADY_P0(std::int32_t* destination);
-    void get_sdk_param_FG_DEBUGSAVECONFIG_P0(char* destination);
+    void get_sdk_param_FG_DEBUGSAVECONFIG_P0(char* destination) {
+        copyText(cache_.debug.saveConfigFile, destination);
+    }
 
     // ---- status read-outs (image/StatusReadouts.cpp) ----
 
@@ -527,6 +535,7 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     double getCamSimLinerate_P0(std::int32_t mode) const;
     void update_dynamic_range_FG_CAMERASIMULATOR_WIDTH_P0();
     // image/LookupTable.cpp
+    /// Computes the tables from the processing parameters and writes them, while they are what fills them.
     void updateLutProcessing_P0();
     /// Reads the custom file, if one is named, and writes its tables: -2076 without the file, -5001 for one
     /// that is no table.
@@ -536,6 +545,19 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     void setLutElement(marovine::LutChannel channel, const FieldParameterInt_s* element, bool throwOnError);
     void setLutBlock(marovine::LutChannel channel, const FieldParameterAccess* block, bool throwOnError);
     // image/DebugInjection.cpp
+    /// The selected debug point; -2031 when there is none of its number.
+    const marovine::DebugEntry& debugEntry() const;
+    bool debugEntryMonitors() const { return debugEntry().kind == marovine::DebugEntry::Kind::InjectMonitor; }
+    /// Full name of a parameter of the selected debug point.
+    std::string debugName(const char* ending) const;
+    /// Typed access by full name, looked up at each call; any failure is -2031.
+    int requireId(const std::string& name) const;
+    void readByName(const std::string& name, void* value, FgParamTypes type) const;
+    void writeByName(const std::string& name, const void* value, FgParamTypes type) const;
+    std::uint32_t readDebug(const char* ending) const;
+    void writeDebug(const char* ending, std::uint32_t value) const;
+    /// A position or pixel value that only a monitor has; 0 at other debug points.
+    void readMonitor(const char* ending, std::uint32_t* destination) const;
     void update_dynamic_range_FG_DEBUGOUTPIXEL_P0();
     // trigger/LineTrigger.cpp
     void update_dynamic_range_FG_LINEEXPOSURE_P0();
@@ -559,7 +581,9 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     void addRegisterGroup();
     void addDesignGroup();
     // Initialisation.cpp
+    /// A text of the design's list of debug points, cut to its room; -2031 when it cannot be read.
     std::string readDebugText(const std::string& name, std::size_t room) const;
+    int readDebugEntryCount() const;
     void readDebugEntries();
     // persistence/Configuration.cpp
     void writeStoredValue(Fg_ConfigFileParser& parser, const marovine::SdkParameter& row);
@@ -583,7 +607,6 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     marovine::ParameterCache cache_;
     marovine::SimulatorState simulator_;
     std::int32_t effectiveBayerInit_ = 0;
-    int debugEntryCount_ = 0;
     std::vector<marovine::DebugEntry> debugEntries_;
     marovine::ParameterNames names_;
     marovine::EventMaps events_;

@@ -28,18 +28,19 @@ std::string FgGxWrapperImpl::readDebugText(const std::string& name, std::size_t 
     // The design may hold more than there is room for: read into a buffer that fits any text, then cut.
     char* buffer = textBuffer_.get();
     buffer[0] = '\0';
-    try {
-        design_.get(getParameterIdByName(("Device1_Process0_Debug_" + name).c_str()), buffer, FG_TYPE_TEXT);
-    } catch (int) {
-        throw error::internalFailure;
-    }
+    readByName("Device1_Process0_Debug_" + name, buffer, FG_TYPE_TEXT);
     return std::string(buffer, std::find(buffer, buffer + room, '\0'));
 }
 
-void FgGxWrapperImpl::readDebugEntries() {
+int FgGxWrapperImpl::readDebugEntryCount() const {
+    // One decimal digit; whatever else stands there gives no sensible number, and most of it a negative one.
     const std::string count = readDebugText("Entries", kDebugCountRoom);
-    debugEntryCount_ = (count.empty() ? '\0' : count.front()) - '0';
-    for (int k = 0; k < debugEntryCount_; ++k) {
+    return (count.empty() ? '\0' : count.front()) - '0';
+}
+
+void FgGxWrapperImpl::readDebugEntries() {
+    const int count = readDebugEntryCount();
+    for (int k = 0; k < count; ++k) {
         const std::string number = std::to_string(k);
         marovine::DebugEntry entry;
         entry.name = readDebugText("Name" + number, kDebugTextRoom);

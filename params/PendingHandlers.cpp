@@ -70,57 +70,6 @@ void FgGxWrapperImpl::get_sdk_param_FG_CAMERASIMULATOR_ACTIVE_P0(std::uint32_t* 
 void FgGxWrapperImpl::get_sdk_param_FG_CAMERASIMULATOR_PASSIVE_P0(std::uint32_t* /*destination*/) {
     throw marovine::error::notSupported;
 }
-void FgGxWrapperImpl::set_sdk_param_FG_DEBUGSOURCE_P0(unsigned int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_DEBUGINENABLE_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_DEBUGFILE_P0(const char* /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_DEBUGINSERT_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_DEBUGWRITEPIXEL_P0(unsigned long /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_DEBUGWRITEFLAG_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_DEBUGOUTENABLE_P0(int /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::set_sdk_param_FG_DEBUGSAVECONFIG_P0(const char* /*value*/, bool /*throwOnError*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::get_sdk_param_FG_DEBUGSOURCENAME_P0(char* /*destination*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::get_sdk_param_FG_DEBUGINENABLE_P0(std::int32_t* /*destination*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::get_sdk_param_FG_DEBUGFILE_P0(char* /*destination*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::get_sdk_param_FG_DEBUGOUTENABLE_P0(std::int32_t* /*destination*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::get_sdk_param_FG_DEBUGOUTXPOS_P0(std::uint32_t* /*destination*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::get_sdk_param_FG_DEBUGOUTYPOS_P0(std::uint32_t* /*destination*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::get_sdk_param_FG_DEBUGOUTPIXEL_P0(std::uint32_t* /*destination*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::get_sdk_param_FG_DEBUGREADY_P0(std::int32_t* /*destination*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::get_sdk_param_FG_DEBUGSAVECONFIG_P0(char* /*destination*/) {
-    throw marovine::error::notSupported;
-}
 void FgGxWrapperImpl::get_sdk_param_FG_CAMSTATUS_P0(std::uint32_t* /*destination*/) {
     throw marovine::error::notSupported;
 }
