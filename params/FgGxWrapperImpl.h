@@ -559,6 +559,10 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     /// A position or pixel value that only a monitor has; 0 at other debug points.
     void readMonitor(const char* ending, std::uint32_t* destination) const;
     void update_dynamic_range_FG_DEBUGOUTPIXEL_P0();
+    // image/StatusReadouts.cpp
+    /// Fill level of the buffer in percent: 100 while it overflows.
+    std::uint32_t bufferFillLevel() const;
+    std::uint32_t extendedCameraStatus() const;
     // trigger/LineTrigger.cpp
     void update_dynamic_range_FG_LINEEXPOSURE_P0();
     void update_dynamic_range_FG_LINETRIGGERDELAY_P0();

@@ -70,18 +70,6 @@ void FgGxWrapperImpl::get_sdk_param_FG_CAMERASIMULATOR_ACTIVE_P0(std::uint32_t* 
 void FgGxWrapperImpl::get_sdk_param_FG_CAMERASIMULATOR_PASSIVE_P0(std::uint32_t* /*destination*/) {
     throw marovine::error::notSupported;
 }
-void FgGxWrapperImpl::get_sdk_param_FG_CAMSTATUS_P0(std::uint32_t* /*destination*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::get_sdk_param_FG_CAMSTATUS_EXTENDED_P0(std::uint32_t* /*destination*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::get_sdk_param_FG_ALTERNATIVE_BOARD_DETECTION_P0(std::int32_t* /*destination*/) {
-    throw marovine::error::notSupported;
-}
-void FgGxWrapperImpl::get_sdk_param_FG_FILLLEVEL_P0(std::uint32_t* /*destination*/) {
-    throw marovine::error::notSupported;
-}
 void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGERMODE_P0(int /*value*/, bool /*throwOnError*/) {
     throw marovine::error::notSupported;
 }
