@@ -113,7 +113,7 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     void set_sdk_param_FG_BAYERINIT_P0(int value, bool throwOnError);
     void set_sdk_param_FG_SAMPLING_RATE_P0(int value, bool throwOnError);
 
-    // ---- camera simulator (image/CameraSimulator.cpp) ----
+    // ---- camera simulator (image/CameraSimulator.cpp, getters in image/SimulatorLimits.cpp) ----
 
     void set_sdk_param_FG_CAMERASIMULATOR_ENABLE_P0(int value, bool throwOnError);
     void set_sdk_param_FG_CAMERASIMULATOR_WIDTH_P0(unsigned int value, bool throwOnError);
@@ -529,11 +529,36 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     /// Gives the colour stages the phase of a Bayer pattern in the cached window and keeps the pattern as the
     /// effective one; throws -6000 for an unknown pattern.
     void updateBayerInit_P0(std::int32_t bayerInit, std::int32_t vantagePoint);
+    // image/SimulatorLimits.cpp
+    bool inPixelFrequencyMode() const {
+        return cache_.simulator.speedMode == marovine::constant("FG_PIXEL_FREQUENCY");
+    }
+    /// Clock cycles of a line and pixels per second, read back from the design.
+    std::uint32_t simulatorSequence() const;
+    double simulatorPixelRate() const;
+    /// Line rate and frame rate in Hz that a speed mode gives now; -2075 for a mode without formula.
+    double getCamSimLinerate_P0(std::int32_t mode) const;
+    double simulatorFrameRate(std::int32_t mode) const;
+    /// Largest values that the cached speed mode allows now, in pixels, lines and Hz.
+    std::uint32_t simulatorWidthLimit() const;
+    std::uint32_t simulatorLineGapLimit() const;
+    std::uint32_t simulatorHeightLimit() const;
+    std::uint32_t simulatorFrameGapLimit() const;
+    double simulatorLineRateLimit() const;
+    double simulatorFrameRateLimit() const;
+    void update_dynamic_range_FG_CAMERASIMULATOR_WIDTH_P0();
+    void update_dynamic_range_FG_CAMERASIMULATOR_LINE_GAP_P0();
+    void update_dynamic_range_FG_CAMERASIMULATOR_HEIGHT_P0();
+    void update_dynamic_range_FG_CAMERASIMULATOR_FRAME_GAP_P0();
+    void update_dynamic_range_FG_CAMERASIMULATOR_LINERATE_P0();
+    void update_dynamic_range_FG_CAMERASIMULATOR_FRAMERATE_P0();
     // image/CameraSimulator.cpp
+    /// Make a size and its gap effective and write them; throw -6000 when they do not fit together.
     void setWidth_P0(std::uint32_t width, std::uint32_t gap);
     void setHeight_P0(std::uint32_t height, std::uint32_t gap);
-    double getCamSimLinerate_P0(std::int32_t mode) const;
-    void update_dynamic_range_FG_CAMERASIMULATOR_WIDTH_P0();
+    void writeSimulatorSequence(std::uint32_t sequence);
+    /// Gives the cached speed mode its speed again.
+    void reapplySimulatorSpeed();
     // image/LookupTable.cpp
     /// Computes the tables from the processing parameters and writes them, while they are what fills them.
     void updateLutProcessing_P0();
