@@ -62,8 +62,8 @@ LineClock generatorClock(const DesignSettings& settings, const Belt& belt) {
 }  // namespace
 
 double LineClock::startOf(std::uint64_t line) const {
-    return static_cast<double>(line / linesPerFrame) * framePeriod +
-           static_cast<double>(line % linesPerFrame) * linePeriod;
+    const std::uint64_t frames = line / linesPerFrame, rest = line % linesPerFrame;
+    return static_cast<double>(frames) * framePeriod + static_cast<double>(rest) * linePeriod;
 }
 
 double LineClock::timeFor(std::uint64_t lines) const {

@@ -55,8 +55,9 @@ void SensorScene::sample(std::uint64_t position, bool oddRow, std::uint32_t firs
 }
 
 std::uint64_t Motion::stepOf(double pixels) {
+    if (!(pixels > 0)) return 0;  // also when not a number
     // Rounded to the fraction, so that a step meant to be whole is whole after any number of lines.
-    return static_cast<std::uint64_t>(std::clamp(std::round(std::ldexp(pixels, kFractionBits)), 0.0, 0x1p40));
+    return static_cast<std::uint64_t>(std::min(std::round(std::ldexp(pixels, kFractionBits)), 0x1p40));
 }
 
 void LineScanCamera::readRow(std::uint64_t row, std::uint32_t first, std::span<std::uint8_t> out) const {

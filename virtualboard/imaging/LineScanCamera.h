@@ -40,6 +40,7 @@ struct Motion {
     std::uint16_t gain = 256;           ///< brightness by exposure time, see `expose`
 
     static constexpr unsigned kFractionBits = 20;
+    /// `pixels` as a step: 0 for what is not above 0, at most 2^20 pixels.
     static std::uint64_t stepOf(double pixels);
 };
 

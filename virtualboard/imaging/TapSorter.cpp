@@ -40,6 +40,9 @@ class Sorter {
 
     // Follows a pixel of the sorter's tap over the link's lanes back to the camera's tap.
     std::uint64_t readOut(const TapReadout& readout, std::uint32_t tap, std::uint64_t pixel) const {
+        if (readout.taps == 0 || readout.taps > readout.fromFarEnd.size() || readout.pixelsPerClock == 0) {
+            return kBlack;
+        }
         const std::uint64_t clock = pixel / pixelsPerClock_;
         const std::uint64_t lane = tap * pixelsPerClock_ + pixel % pixelsPerClock_;
         const std::uint64_t cameraTap = lane / readout.pixelsPerClock;
@@ -51,8 +54,8 @@ class Sorter {
 
     const DesignSettings& settings_;
     const CameraTraits& camera_;
-    std::uint64_t tapWidth_;
-    std::uint32_t taps_, pixelsPerClock_;
+    std::uint64_t tapWidth_, pixelsPerClock_;
+    std::uint32_t taps_;
 };
 
 bool isRun(const std::vector<std::uint64_t>& pixels, std::uint64_t step) {

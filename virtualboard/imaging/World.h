@@ -12,6 +12,7 @@ namespace virtualboard::imaging {
 
 /// How a camera's taps read its sensor: tap t delivers the t-th of `taps` equal parts of the line,
 /// `pixelsPerClock` neighbouring pixels at a time, from the far end of its part where `fromFarEnd` says so.
+/// A readout of no tap, more than ten taps or no pixel per clock delivers black lines.
 struct TapReadout {
     std::uint32_t taps = 1;
     std::uint32_t pixelsPerClock = 8;
