@@ -4,10 +4,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <barrier>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "infra/Fg_Log.h"
@@ -169,19 +172,32 @@ TEST_F(LoggingTest, ServesManyThreadsFromTheFirstCallOn) {
         constexpr int kThreads = 4;
         constexpr int kLines = 200;
         TestDispatcher& dispatcher = useTestInstallation();
-        std::vector<const Logger*> loggers(kThreads);
-        onThreads(kThreads, [&](int t) {
-            Logger& logger = *Logging::getLogger(kName);
-            loggers[static_cast<std::size_t>(t)] = &logger;
+        std::vector<std::vector<const Logger*>> loggers(kThreads);
+        // All threads leave the dispatcher together and go for the map of loggers at once.
+        std::barrier together(kThreads + 1);
+        dispatcher.onCreate = [&] { together.arrive_and_wait(); };
+        onThreads(kThreads + 1, [&](int t) {
+            if (t == kThreads) {
+                for (int i = 0; i < kLines; ++i) {
+                    // The last to arrive does not sleep: its lookup meets the insertions.
+                    std::this_thread::sleep_for(std::chrono::microseconds(100));
+                    together.arrive_and_wait();
+                    Logging::setLogLevel(&dispatcher, 0);
+                }
+                return;
+            }
             for (int i = 0; i < kLines; ++i) {
+                const std::string name = "logger " + std::to_string(i);
+                Logger& logger = *Logging::getLogger(name.c_str());
+                loggers[static_cast<std::size_t>(t)].push_back(&logger);
                 logLine(logger, 6, "line ", i);
                 logger.setEnabled(false);
                 logLine(logger, 6, "never");
                 logger.setEnabled(true);
-                dispatcher.setLevel(dispatcher.handleOf(kName), static_cast<unsigned int>(i % 7));
+                dispatcher.setLevel(dispatcher.handleOf(name), static_cast<unsigned int>(i % 7));
             }
         });
-        EXPECT_EQ(std::ranges::count(loggers, Logging::getLogger(kName)), kThreads);
+        EXPECT_EQ(std::ranges::count(loggers, loggers.front()), kThreads) << "a name has one logger";
         EXPECT_EQ(dispatcher.registrations, 1);
         EXPECT_EQ(dispatcher.messages.size(), static_cast<std::size_t>(kThreads * kLines));
     });

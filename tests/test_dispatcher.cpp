@@ -5,10 +5,15 @@ namespace {
 TestDispatcher dispatcher;
 
 void createLogger(const char* name, void** handle, unsigned int* threshold) {
-    const std::scoped_lock guard(dispatcher.mutex);
-    const auto entry = dispatcher.thresholds.try_emplace(name, 0).first;
-    *handle = &*entry;
-    *threshold = entry->second;
+    {
+        const std::scoped_lock guard(dispatcher.mutex);
+        const auto entry = dispatcher.thresholds.try_emplace(name, 0).first;
+        *handle = &*entry;
+        *threshold = entry->second;
+    }
+    if (dispatcher.onCreate) {
+        dispatcher.onCreate();
+    }
 }
 
 void log(void* handle, unsigned int level, const char* text, unsigned int number, void* extra) {
