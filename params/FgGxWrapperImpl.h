@@ -478,7 +478,7 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     template <class T>
     void applyUnchanged(T& cached, T value, marovine::Verdict verdict, marovine::DesignParameter parameter,
                         bool throwOnError) const {
-        applySetting(cached, value, verdict, throwOnError, [&] {
+        marovine::applySetting(cached, value, verdict, throwOnError, [&] {
             if constexpr (std::is_same_v<T, double>)
                 design_.write(parameter, value);
             else
@@ -595,6 +595,8 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     /// Multiplexer index and invert bit of an output; -2031 for a signal outside the mapping.
     static void getOutputMapping_P0(std::uint32_t* select, std::uint32_t* invert, std::int32_t signal,
                                     std::int32_t polarity);
+    /// Multiplexer and inverter of a route, in this order.
+    void writeRoute(marovine::Route route, std::int32_t source, std::int32_t polarity) const;
     void setRouteSource(marovine::Route route, std::int32_t source, bool throwOnError);
     void setRoutePolarity(marovine::Route route, std::int32_t polarity, bool throwOnError);
     void setLegacyCc(std::size_t line, std::int32_t value, bool throwOnError);
