@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 namespace marovine {
@@ -35,7 +36,9 @@ class ConfigFileIndex {
     struct Key {
         std::string_view name;
         std::uint32_t line;
-        auto operator<=>(const Key&) const = default;
+        friend bool operator<(const Key& a, const Key& b) {
+            return std::tie(a.name, a.line) < std::tie(b.name, b.line);
+        }
     };
 
     void findSection(std::string_view section);

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "entry/ErrorCodes.h"
 #include "infra/Fg_Log.h"
 
 using marovine::LineReader;
@@ -13,11 +14,9 @@ using marovine::nextToken;
 
 namespace {
 
-constexpr int KeyNotFound = -8000;
-
 int refuse(char* destination) {
     marovine::copyText("Error", destination);
-    return KeyNotFound;
+    return marovine::error::keyMissing;
 }
 
 /// The value in a line that starts with "key=". A value ends at a separator, so an empty one leaves the end

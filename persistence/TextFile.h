@@ -39,7 +39,7 @@ class LineReader {
 
  private:
     std::FILE* file_;
-    std::array<char, LineSize> line_{};
+    std::array<char, LineSize> line_;  // left unset until a line is read
 };
 
 /// Splits the next token off `rest`: separators before it are skipped, the one after it is consumed. None

@@ -209,7 +209,7 @@ TEST(LutFileParser, AnAbsurdCountIsRefusedAndLeavesNoValues) {
 TEST(LutFileParser, TheFlagIsTheLowByteOfItsNumber) {
     for (const auto& [text, flag] : std::initializer_list<std::pair<const char*, bool>>{
              {"0", false}, {"1", true}, {"256", false}, {"-2", true}}) {
-        const TemporaryFile file(".lut", "number="s + text + ";\nid=9;\nformat=-8;\n");
+        const TemporaryFile file(".lut", "number='"s + text + "';\nid=9;\nformat=-8;\n");
         Table table;
         EXPECT_EQ(Fg_LutFileParser().getLutFromFile(file.name(), table, "[a]"), 0);
         EXPECT_EQ(table.number, flag) << text;
@@ -233,8 +233,10 @@ TEST(LutFileParser, FilesThatCannotBeOpenedOrWrittenGiveMinusOne) {
 
     Table red, green, blue;
     red.values = new int[3];
+    green.values = new int[3];
     EXPECT_EQ(parser.getLutFromFile("/no/such/file.lut", red, green, blue), -1);
     EXPECT_EQ(red.values, nullptr);
+    EXPECT_NE(green.values, nullptr) << "the first failure ends the read";
     EXPECT_FALSE(parser.checkFileExist("/no/such/file.lut"));
     EXPECT_FALSE(parser.setOpenFile(nullptr, true));
     EXPECT_TRUE(parser.checkFileType("any name"));
