@@ -46,10 +46,19 @@ std::vector<DesignWrite> inTestForm(const std::vector<virtualboard::Write>& writ
 
 OpenApplet::OpenApplet(int flags) : device_(virtualboard::insertBoard()), control_(device_) {
     control_.recordWrites(true);
+    open(flags);
+}
+
+void OpenApplet::open(int flags) {
     int error = 1;
     record_.instance = Std_entry(device_, &error, flags);
     EXPECT_EQ(0, error);
     EXPECT_NE(nullptr, record_.instance);
+}
+
+void OpenApplet::reopen(int flags) {
+    EXPECT_EQ(0, Fg_FreeGrabber(&record_));
+    open(flags);
 }
 
 OpenApplet::~OpenApplet() {

@@ -41,6 +41,9 @@ class OpenApplet {
     OpenApplet(const OpenApplet&) = delete;
     OpenApplet& operator=(const OpenApplet&) = delete;
     ~OpenApplet();
+    /// Ends the applet and opens it again on the same board. With `flags` bit 0 the board keeps its values,
+    /// so that what was forced before is there when the applet opens.
+    void reopen(int flags);
 
     Fg_Struct* record() { return &record_; }
     virtualboard::Control& board() { return control_; }
@@ -72,6 +75,8 @@ class OpenApplet {
     static int idOf(std::string_view name);
 
  private:
+    void open(int flags);
+
     GXdevice* device_;
     virtualboard::Control control_;
     Fg_Struct record_{};
