@@ -2,11 +2,13 @@
 
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -53,13 +55,16 @@ fpga_design* loadDesign(const void* image, std::size_t size) {
 fpga_design* loadDesignFile(const char* fileName, int type) {
     if (fileName == nullptr) return nullptr;
     try {
-        std::ifstream file(fileName, std::ios::binary | std::ios::ate);
-        const std::streamoff size = file ? std::streamoff{file.tellg()} : -1;
-        std::vector<std::byte> bytes(size > 0 ? static_cast<std::size_t>(size) : 0);
-        file.seekg(0);
-        if (!file.read(reinterpret_cast<char*>(bytes.data()), size > 0 ? size : 0)) bytes.clear();
+        std::error_code none;
+        std::vector<std::byte> bytes;
+        if (std::filesystem::is_regular_file(fileName, none))
+            bytes.resize(std::filesystem::file_size(fileName));
+        std::ifstream file(fileName, std::ios::binary);
+        // A file that cannot be read whole is refused like an empty one.
+        if (!file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size())))
+            bytes.clear();
         return load(bytes, fileName, type);
-    } catch (const std::exception&) {  // a folder, or a file larger than memory
+    } catch (const std::exception&) {  // larger than memory, or gone meanwhile
         return nullptr;
     }
 }

@@ -35,16 +35,17 @@ inline constexpr std::size_t kImageChecksumOffset = 32;
 inline std::uint64_t imageChecksum(std::span<const std::byte> image) {
     std::array<std::uint64_t, 4> lanes{0x9E3779B97F4A7C15U, 0xC2B2AE3D27D4EB4FU, 0x165667B19E3779F9U,
                                        image.size()};
-    const auto mix = [&lanes](std::span<const std::byte> bytes) {
-        while (!bytes.empty()) {
-            std::array<std::uint64_t, 4> block{};
-            const std::size_t size = bytes.size() < sizeof(block) ? bytes.size() : sizeof(block);
-            std::memcpy(block.data(), bytes.data(), size);
-            for (std::size_t i = 0; i < lanes.size(); ++i) {
-                lanes[i] = std::rotl((lanes[i] ^ block[i]) * 0x9FB21C651E98DF25U, 31);
-            }
-            bytes = bytes.subspan(size);
+    const auto mixBlock = [&lanes](const std::byte* bytes, std::size_t size) {
+        std::array<std::uint64_t, 4> block{};
+        std::memcpy(block.data(), bytes, size);
+        for (std::size_t i = 0; i < lanes.size(); ++i) {
+            lanes[i] = std::rotl((lanes[i] ^ block[i]) * 0x9FB21C651E98DF25U, 31);
         }
+    };
+    const auto mix = [&mixBlock](std::span<const std::byte> bytes) {
+        constexpr std::size_t kBlock = 32;
+        for (; bytes.size() >= kBlock; bytes = bytes.subspan(kBlock)) mixBlock(bytes.data(), kBlock);
+        if (!bytes.empty()) mixBlock(bytes.data(), bytes.size());
     };
     mix(image.first(kImageChecksumOffset));
     mix(image.subspan(kImageHeaderSize));

@@ -31,7 +31,7 @@ class ByteReader {
     std::vector<std::uint32_t> numbers(std::size_t count) {
         if (count > bytes_.size() / sizeof(std::uint32_t)) endsTooEarly();
         std::vector<std::uint32_t> values(count);
-        std::memcpy(values.data(), take(count * sizeof(std::uint32_t)).data(), count * sizeof(std::uint32_t));
+        for (std::uint32_t& value : values) value = number<std::uint32_t>();
         return values;
     }
 
