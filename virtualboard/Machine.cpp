@@ -1,11 +1,15 @@
 #include "virtualboard/Machine.h"
 
+#include <cstddef>
+#include <new>
 #include <utility>
 
 namespace virtualboard {
 
 Machine& Machine::instance() {
-    static Machine machine;
+    // Never destroyed: a host may close its applet from a destructor that runs after all of ours.
+    alignas(Machine) static std::byte storage[sizeof(Machine)];
+    static Machine& machine = *new (storage) Machine;
     return machine;
 }
 

@@ -1,9 +1,11 @@
 /// libcommon-logging-dispatcher.so: writes the applet's log lines to standard error, from the level that
 /// MAROVINE_LOG_LEVEL names. Silent by default.
 
+#include <cstddef>
 #include <cstdio>
 #include <map>
 #include <mutex>
+#include <new>
 #include <string>
 
 #include "virtualboard/LogLevel.h"
@@ -21,9 +23,10 @@ struct Loggers {
     std::map<std::string, unsigned> thresholds;
 };
 
-/// Lives as long as the process: a logger may be used until the very end.
+/// Never destroyed: a logger may be used until the very end of the process.
 Loggers& loggers() {
-    static Loggers all;
+    alignas(Loggers) static std::byte storage[sizeof(Loggers)];
+    static Loggers& all = *new (storage) Loggers;
     return all;
 }
 
