@@ -82,7 +82,7 @@ TEST_F(ConfigurationTest, WritesHeaderAndKeysInListOrder) {
     EXPECT_EQ(expected, keys);
     for (const char* line : {"FG_WIDTH=1024;", "FG_DEBUGFILE='';", "FG_LINEPERIODE=200;",
                              "FG_LINETRIGGERDEBOUNCING=0.112;", "FG_TRIGGEROUT_GPO_0_SOURCE=2002;",
-                             "FG_CAMERASIMULATOR_LINERATE=10240.0262144;", "FG_DIGIO_OUTPUT=3;"})
+                             "FG_CAMERASIMULATOR_LINERATE=10240.0262145;", "FG_DIGIO_OUTPUT=3;"})
         EXPECT_THAT(text, testing::Contains(line));
 }
 
