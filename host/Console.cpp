@@ -29,12 +29,18 @@ std::size_t terminalWidth() {
 
 const char* codeOf(Style style) {
     switch (style) {
-        case Style::Bold: return "\033[1m";
-        case Style::Dim: return "\033[2m";
-        case Style::Good: return "\033[32m";
-        case Style::Bad: return "\033[31m";
-        case Style::Accent: return "\033[36m";
-        case Style::Plain: break;
+        case Style::Bold:
+            return "\033[1m";
+        case Style::Dim:
+            return "\033[2m";
+        case Style::Good:
+            return "\033[32m";
+        case Style::Bad:
+            return "\033[31m";
+        case Style::Accent:
+            return "\033[36m";
+        case Style::Plain:
+            break;
     }
     return "";
 }

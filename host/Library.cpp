@@ -41,8 +41,8 @@ void Library::Close::operator()(void* handle) const {
 Library::Library(const fs::path& file) : handle_(dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL)), file_(file) {
     if (!handle_) {
         const char* reason = dlerror();
-        throw Failure("the applet's library cannot be loaded: " + std::string(reason != nullptr ? reason : "") +
-                      " (name it with --applet)");
+        throw Failure("the applet's library cannot be loaded: " +
+                      std::string(reason != nullptr ? reason : "") + " (name it with --applet)");
     }
 }
 

@@ -14,8 +14,8 @@ namespace marovine::host {
 class Library {
  public:
     /// Loads libMarovine.so: `file`, or without one the library beside the running program, beside its
-    /// folder's lib64 or lib neighbour, or else the one that the dynamic loader finds. Throws `Failure` when it
-    /// cannot be loaded or lacks an export.
+    /// folder's lib64 or lib neighbour, or else the one that the dynamic loader finds. Throws `Failure` when
+    /// it cannot be loaded or lacks an export.
     static std::shared_ptr<const Library> load(const std::filesystem::path& file = {});
 
     Library(const Library&) = delete;

@@ -52,7 +52,8 @@ std::vector<std::string> nearestNames(std::string_view name, const std::vector<s
     std::vector<Candidate> candidates;
     for (const auto& known : names) {
         std::size_t distance = editDistance(name, known);
-        // "WIDTH" means FG_WIDTH although three letters are missing: leaving out costs less than a typing error.
+        // "WIDTH" means FG_WIDTH although three letters are missing: leaving out costs less than a typing
+        // error.
         if (wanted.size() >= 3 && lowered(known).find(wanted) != std::string::npos)
             distance = std::min(distance, 1 + (known.size() - wanted.size()) / 4);
         if (distance <= tolerance) candidates.push_back({distance, &known});

@@ -165,8 +165,8 @@ Parameter readNode(const RegisterInfo& node, std::string group) {
         case FG_KIND_ENUMERATION: {
             const auto& list = node.value.enumeration;
             for (int i = 0; i < list.count; ++i)
-                parameter.entries.push_back({textOrEmpty(list.displayNames[i]), list.values[i],
-                                             textOrEmpty(list.constantNames[i])});
+                parameter.entries.push_back(
+                    {textOrEmpty(list.displayNames[i]), list.values[i], textOrEmpty(list.constantNames[i])});
             break;
         }
         default:

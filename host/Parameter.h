@@ -35,15 +35,15 @@ struct Range {
 /// A parameter with what the description tree says about it at the time of asking. Ranges and access change
 /// when other parameters are set.
 struct Parameter {
-    std::string name;         ///< SDK name
-    std::int32_t id = 0;      ///< what the typed calls take
-    std::uint32_t kind = 0;   ///< an FG_KIND_ value
-    bool described = false;   ///< false for the runtime's own parameters, which the tree leaves out
-    std::string group;        ///< path of groups, "Digital I/O > GPO"
+    std::string name;        ///< SDK name
+    std::int32_t id = 0;     ///< what the typed calls take
+    std::uint32_t kind = 0;  ///< an FG_KIND_ value
+    bool described = false;  ///< false for the runtime's own parameters, which the tree leaves out
+    std::string group;       ///< path of groups, "Digital I/O > GPO"
     std::string displayName;
-    std::string unit;         ///< UTF-8; empty without unit
+    std::string unit;  ///< UTF-8; empty without unit
     bool readable = true;
-    bool writable = false;    ///< as reported now; the applet takes a set of a writable parameter regardless
+    bool writable = false;  ///< as reported now; the applet takes a set of a writable parameter regardless
     std::optional<Range> range;
     std::vector<Entry> entries;  ///< of an enumeration
     std::uint32_t elements = 0;  ///< of a field

@@ -1,0 +1,115 @@
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+
+#include "host/Json.h"
+#include "host/commands/Commands.h"
+
+namespace marovine::host::commands {
+
+namespace {
+
+struct Options {
+    std::filesystem::path icon;
+    std::filesystem::path design;
+    bool json = false;
+};
+
+constexpr int kIcon = 1041;
+constexpr int kDesignImage = 1042;
+
+struct Question {
+    int selector;
+    const char* name;
+};
+/// Selectors that answer with a text.
+constexpr std::array kTexts{Question{4176, "name"},
+                            Question{4192, "version"},
+                            Question{4208, "build"},
+                            Question{4112, "category"},
+                            Question{4128, "tags"},
+                            Question{1043, "design identifier"},
+                            Question{1044, "bitstream identifier"}};
+/// Selectors that answer with a number. What a host does with them is the host's affair.
+constexpr std::array kNumbers{848,  1040, 1045, 1792, 1872, 1888, 2048, 2160, 2176, 2192, 2560,
+                              2816, 3072, 3328, 4608, 4624, 4640, 4656, 4672, 4688, 4704};
+
+std::string answerText(const Library& library, int selector) {
+    void* text = nullptr;
+    if (library.info(selector, 0, 0, nullptr, &text) != 0 || text == nullptr) return {};
+    return static_cast<const char*>(text);
+}
+
+/// A block of bytes inside the library.
+std::string_view answerBytes(const Library& library, int selector) {
+    std::size_t size = 0;
+    void* bytes = nullptr;
+    if (library.info(selector, 0, 0, &size, &bytes) != 0 || bytes == nullptr) return {};
+    return {static_cast<const char*>(bytes), size};
+}
+
+void writeFile(const std::filesystem::path& file, std::string_view bytes) {
+    if (file.empty()) return;
+    std::ofstream out(file, std::ios::binary);
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    out.close();
+    if (!out) throw Failure(file.string() + " cannot be written");
+}
+
+void run(const Options& options, Session& session) {
+    const auto library = session.library();
+    const auto icon = answerBytes(*library, kIcon);
+    const auto design = answerBytes(*library, kDesignImage);
+    writeFile(options.icon, icon);
+    writeFile(options.design, design);
+
+    const std::size_t parameters = session.applet().names().size();
+    const std::size_t events = session.applet().events().size();
+    Json document = Json::object();
+    Table table;
+    for (const auto& question : kTexts) {
+        const std::string text = answerText(*library, question.selector);
+        document[question.name] = text;
+        table.add({question.name, text});
+    }
+    table.add({"icon", std::to_string(icon.size()) + " bytes"});
+    table.add({"design image", std::to_string(design.size()) + " bytes"});
+    table.add({"parameters", std::to_string(parameters)});
+    table.add({"events", std::to_string(events)});
+    table.add({"library", library->file().string()});
+    document["icon bytes"] = icon.size();
+    document["design image bytes"] = design.size();
+    document["parameters"] = parameters;
+    document["events"] = events;
+    document["library"] = library->file().string();
+
+    std::string answers;
+    for (const int selector : kNumbers) {
+        const int answer = library->info(selector, 0, 0, nullptr, nullptr);
+        document["capabilities"][std::to_string(selector)] = answer;
+        answers += (answers.empty() ? "" : ", ") + std::to_string(selector) + ": " + std::to_string(answer);
+    }
+    table.add({"capabilities", answers});
+    if (options.json) {
+        session.console().out() << printed(document) << '\n';
+    } else {
+        table.print(session.console());
+    }
+}
+
+}  // namespace
+
+void defineInfo(CLI::App& command, Session& session) {
+    auto options = std::make_shared<Options>();
+    command.add_option("--icon", options->icon, "Write the icon, a PNG picture, to this file")
+        ->type_name("FILE.png");
+    command.add_option("--design", options->design, "Write the embedded design image to this file")
+        ->type_name("FILE.hap");
+    command.add_flag("--json", options->json, "As a JSON object");
+    command.callback([options, &session] { run(*options, session); });
+}
+
+}  // namespace marovine::host::commands
