@@ -20,6 +20,7 @@ namespace {
 
 constexpr int kSize = 32;
 constexpr int kSamples = 8;
+constexpr std::size_t kRowBytes = 128;  // four bytes per pixel
 
 /// Straight colour, each part from 0 to 1.
 struct Colour {
@@ -114,7 +115,7 @@ Colour sample(double x, double y) {
     return drawCamera(drawBelt(c, x, y), x, y);
 }
 
-using Picture = std::array<std::array<png_byte, kSize * 4>, kSize>;
+using Picture = std::array<std::array<png_byte, kRowBytes>, kSize>;
 
 Picture drawPicture() {
     Picture picture{};
@@ -122,8 +123,9 @@ Picture drawPicture() {
         for (int column = 0; column < kSize; ++column) {
             Colour sum;  // weighted by alpha, so that transparent samples lend no colour
             for (int i = 0; i < kSamples * kSamples; ++i) {
-                const Colour c =
-                    sample(column + (i % kSamples + 0.5) / kSamples, row + (i / kSamples + 0.5) / kSamples);
+                const int across = i % kSamples;
+                const int down = i / kSamples;
+                const Colour c = sample(column + (across + 0.5) / kSamples, row + (down + 0.5) / kSamples);
                 sum = {sum.red + c.red * c.alpha, sum.green + c.green * c.alpha, sum.blue + c.blue * c.alpha,
                        sum.alpha + c.alpha};
             }

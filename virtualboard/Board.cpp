@@ -7,6 +7,42 @@
 
 namespace virtualboard {
 
+namespace {
+
+/// Whether a slot can hold a value: texts, fields of the right length, doubles and integers are sorts of
+/// their own, but an integer may stand for a double.
+bool isOfSort(const Slot& slot, const Value& value) {
+    const bool isText = std::holds_alternative<std::string>(value);
+    const auto* field = std::get_if<std::vector<std::uint32_t>>(&value);
+    switch (slot.kind) {
+        case ParameterKind::Text:
+            return isText;
+        case ParameterKind::UInt32Field:
+            return field != nullptr && field->size() == slot.limit;
+        case ParameterKind::Double:
+            return !isText && field == nullptr;
+        default:
+            return !isText && field == nullptr && !std::holds_alternative<double>(value);
+    }
+}
+
+/// A number as a slot of this kind keeps it; integers that are too wide lose their upper bits.
+Number numberFor(ParameterKind kind, const Value& value) {
+    return std::visit(
+        [kind](const auto& given) -> Number {
+            if constexpr (std::is_arithmetic_v<std::decay_t<decltype(given)>>) {
+                if (kind == ParameterKind::Double) return fromDouble(static_cast<double>(given));
+                if (kind == ParameterKind::UInt32) return static_cast<std::uint32_t>(given);
+                return static_cast<Number>(given);  // signed values widen with their sign
+            } else {
+                return 0;
+            }
+        },
+        value);
+}
+
+}  // namespace
+
 std::shared_ptr<const Design> Board::configure(std::shared_ptr<const Design> design, bool keepValues) {
     const Lock lock(mutex_);
     const bool same = design_ != nullptr && design_->fingerprint() == design->fingerprint();
@@ -135,32 +171,18 @@ Value Board::value(std::string_view name) {
 void Board::force(std::string_view name, const Value& value) {
     const Lock lock(mutex_);
     Slot& slot = named(name);
+    if (!isOfSort(slot, value)) {
+        throw std::invalid_argument("a value of this type cannot be forced onto '" + std::string(name) + "'");
+    }
     const BoardTime now = clock_.now();
     analyzers_.settle(now);
-    const auto unfit = [&]() -> void {
-        throw std::invalid_argument("a value of this type cannot be forced onto '" + std::string(name) + "'");
-    };
-    std::visit(
-        [&](const auto& given) {
-            using T = std::decay_t<decltype(given)>;
-            if constexpr (std::is_same_v<T, std::string>) {
-                if (slot.kind != ParameterKind::Text) return unfit();
-                texts_[slot.store] = given;
-            } else if constexpr (std::is_same_v<T, std::vector<std::uint32_t>>) {
-                if (slot.kind != ParameterKind::UInt32Field || given.size() != slot.limit) return unfit();
-                fields_[slot.store] = given;
-            } else if (slot.kind == ParameterKind::Text || slot.kind == ParameterKind::UInt32Field) {
-                unfit();
-            } else if (slot.kind == ParameterKind::Double) {
-                slot.value = fromDouble(static_cast<double>(given));
-            } else if constexpr (std::is_same_v<T, double>) {
-                unfit();
-            } else {
-                const bool unsigned32 = slot.kind == ParameterKind::UInt32;
-                slot.value = unsigned32 ? static_cast<std::uint32_t>(given) : static_cast<Number>(given);
-            }
-        },
-        value);
+    if (const auto* text = std::get_if<std::string>(&value)) {
+        texts_[slot.store] = *text;
+    } else if (const auto* field = std::get_if<std::vector<std::uint32_t>>(&value)) {
+        fields_[slot.store] = *field;
+    } else {
+        slot.value = numberFor(slot.kind, value);
+    }
     if (slot.live) slot.pinned = true;
     if (slot.live || slot.acts) analyzers_.changed(slot, now);
 }

@@ -101,7 +101,7 @@ void checkValue(const ParameterData& parameter) {
 std::string DesignBuilder::fullName(std::int32_t group, std::string_view leaf) const {
     std::string name(leaf);
     for (; group >= 0; group = data_.groups[static_cast<std::size_t>(group)].parent) {
-        name = data_.groups[static_cast<std::size_t>(group)].name + "_" + name;
+        name.insert(0, 1, '_').insert(0, data_.groups[static_cast<std::size_t>(group)].name);
     }
     if (name.size() > 1023) refuse("'" + std::string(leaf) + "' stands too deep in its groups");
     return name;

@@ -143,8 +143,8 @@ void SignalAnalyzers::settle(BoardTime now) {
                   static_cast<std::uint32_t>(analyzer.count->value + static_cast<Number>(fresh)));
         }
         if (analyzer.seen < 2) continue;  // one pulse has no period
-        const double period =
-            static_cast<double>(analyzer.train->period / kClockPeriod) / kClocksPerMicrosecond;
+        const BoardTime clocks = analyzer.train->period / kClockPeriod;
+        const double period = static_cast<double>(clocks) / kClocksPerMicrosecond;
         store(analyzer.periodCurrent, fromDouble(period));
         const double longest = analyzer.periodMax != nullptr ? toDouble(analyzer.periodMax->value) : 0;
         store(analyzer.periodMax, fromDouble(std::max(longest, period)));
