@@ -53,14 +53,19 @@ constexpr auto legacySources = std::to_array<LegacySource>({
     {constant("FG_SIGNAL_FRONT_GPI_3"), constant("CC_FRONT_GPI_3"), constant("CC_NOT_FRONT_GPI_3")},
 });
 
+constexpr bool selects(const LegacySource& row, std::int32_t selection) {
+    return row.plain == selection || row.inverted == selection;
+}
+
 /// The row that has a legacy selection; null for one that names no source.
 constexpr const LegacySource* findLegacy(std::int32_t selection) {
     for (const auto& row : legacySources)
-        if (row.plain == selection || row.inverted == selection) return &row;
+        if (selects(row, selection)) return &row;
     return nullptr;
 }
 static_assert(std::ranges::all_of(marovine::CcSignalMappingLineExtended, [](const auto& entry) {
-    return entry.value == constant("FG_OTHER") || findLegacy(entry.value) != nullptr;
+    return entry.value == constant("FG_OTHER") ||
+           std::ranges::any_of(legacySources, [&](const auto& row) { return selects(row, entry.value); });
 }));
 
 /// The legacy selection that a source and a polarity amount to.

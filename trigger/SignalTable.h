@@ -52,7 +52,10 @@ constexpr const Signal* findSignal(std::int32_t value) {
 
 /// Whether a route that offers these entries can be given a multiplexer index for each.
 constexpr bool areSignals(EntryList entries) {
-    return std::ranges::all_of(entries, [](const auto& entry) { return findSignal(entry.value) != nullptr; });
+    return std::ranges::all_of(entries, [](const auto& entry) {
+        return std::ranges::any_of(signalTable,
+                                   [&](const Signal& signal) { return signal.value == entry.value; });
+    });
 }
 static_assert(areSignals(SignalMappingLine_1Cam) && areSignals(SignalMappingAnalyzer_1Cam));
 static_assert(signalTable.size() == SignalMappingAnalyzer_1Cam.size());
