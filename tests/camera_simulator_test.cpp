@@ -5,7 +5,7 @@
 #include <limits>
 #include <map>
 
-#include "tests/SettingChecks.h"
+#include "tests/LoadedValue.h"
 
 namespace marovine::test {
 namespace {
@@ -15,6 +15,8 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 using Writes = std::vector<DesignWrite>;
+
+constexpr int kRefusal = -777;
 
 constexpr const char* kSequence = "Device1_Process0_CameraSimulator_PixelFrequency_SequenceLength_ImageWidth";
 
@@ -182,6 +184,27 @@ TEST_F(CameraSimulatorTest, RequestedGapsOutliveTheSpeedModesThatDropThem) {
     EXPECT_EQ(100, read("FRAME_GAP"));
 }
 
+TEST_F(CameraSimulatorTest, SpeedGoesOnWhenItsModeIsAppliedAgain) {
+    struct Case {
+        std::vector<std::pair<const char*, double>> settings;
+        SpeedMode mode;
+        int sequence;
+    };
+    const Case cases[] = {
+        {{{"SELECT_MODE", FrameRate}, {"FRAMERATE", 500}}, FrameRate, 244},
+        {{{"SELECT_MODE", PixelFrequency}}, FrameRate, 3200},
+        {{}, LineRate, 12207},
+        // A line that has become too long for its rate gets the highest rate that it allows.
+        {{{"LINERATE", 900000}, {"SELECT_MODE", PixelFrequency}, {"WIDTH", 2048}}, LineRate, 257},
+    };
+    for (const auto& [settings, mode, sequence] : cases) {
+        for (const auto& [name, value] : settings) ASSERT_EQ(0, set(name, value)) << name;
+        takeWrites();
+        EXPECT_EQ(0, set("SELECT_MODE", mode));
+        EXPECT_THAT(takeWrites(), testing::Contains(sequenceWrites(sequence)[0])) << sequence;
+    }
+}
+
 // ---- speeds ----
 
 TEST_F(CameraSimulatorTest, PixelFrequencyBecomesTheActivePartOfASequence) {
@@ -340,16 +363,14 @@ TEST_F(CameraSimulatorTest, FrameRateLimitsWidthAndHeight) {
 
 // ---- failures ----
 
-TEST_F(CameraSimulatorTest, FailedWritesAreUndone) {
-    expectFailedWritesUndone(applet, full("ENABLE"), 1);
-    expectFailedWritesUndone(applet, full("PATTERN"), 1);
-    expectFailedWritesUndone(applet, full("PATTERN_OFFSET"), 9U);
-    expectFailedWritesUndone(applet, full("ROLL"), 0);
-    expectFailedWritesUndone(applet, full("TRIGGER_MODE"), 8);
-    expectFailedWritesUndone(applet, full("HEIGHT"), 512U);
-    expectFailedWritesUndone(applet, full("SELECT_MODE"), 2);
-    expectFailedWritesUndone(applet, full("HEIGHT"), 256U);  // with the frame rate applied again
-    expectFailedWritesUndone(applet, full("SELECT_MODE"), 0);
+TEST_F(CameraSimulatorTest, HeightIsPutBackWhenItsFrameRateFails) {
+    arrange({{"SELECT_MODE", FrameRate}});
+    for (unsigned failing = 1; failing <= 8; ++failing) {
+        applet.board().refuseNthWrite(failing, kRefusal);
+        EXPECT_EQ(kRefusal, set("HEIGHT", 512));
+        EXPECT_THAT(takeWrites(), SizeIs(failing));
+        EXPECT_EQ(1024, read("HEIGHT"));
+    }
 }
 
 TEST_F(CameraSimulatorTest, FailedWriteKeepsTheRequestButNotTheEffect) {

@@ -3,7 +3,7 @@
 #include <array>
 #include <optional>
 
-#include "tests/SettingChecks.h"
+#include "tests/LoadedValue.h"
 
 namespace marovine::test {
 namespace {
@@ -318,20 +318,6 @@ TEST_F(CameraWindowTest, RefusesToWorkForAnUnknownCameraFormat) {
     }
     EXPECT_EQ(xOffsetMaximum, maximum("FG_XOFFSET"));
     EXPECT_EQ(0, set("FG_HEIGHT", 512));
-}
-
-TEST_F(CameraWindowTest, FailedWritesAreUndone) {
-    expectFailedWritesUndone(applet, "FG_CAMERA_LINK_CAMTYPE", 310);
-    expectFailedWritesUndone(applet, "FG_USEDVAL", 0);
-    expectFailedWritesUndone(applet, "FG_CAMERA_LINK_CORE_RESET", 1U);
-    expectFailedWritesUndone(applet, "FG_TIMEOUT", 5U);
-    expectFailedWritesUndone(applet, "FG_TAPGEOMETRY", constantOf("FG_GEOMETRY_10X"));
-    expectFailedWritesUndone(applet, "FG_SENSORWIDTH", 4096U);
-    expectFailedWritesUndone(applet, "FG_VANTAGEPOINT", 1);
-    expectFailedWritesUndone(applet, "FG_WIDTH", 512U);
-    expectFailedWritesUndone(applet, "FG_HEIGHT", 512U);
-    expectFailedWritesUndone(applet, "FG_XOFFSET", 64U);
-    expectFailedWritesUndone(applet, "FG_YOFFSET", 64U);
 }
 
 }  // namespace

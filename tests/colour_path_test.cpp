@@ -3,10 +3,12 @@
 #include <array>
 #include <cmath>
 
-#include "tests/SettingChecks.h"
+#include "tests/LoadedValue.h"
 
 namespace marovine::test {
 namespace {
+
+constexpr int kRefusal = -777;
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -175,16 +177,6 @@ TEST_F(ColourPathTest, SelectedImageLiesWithinThePeriod) {
         else
             EXPECT_THAT(applet.takeWrites(), IsEmpty());
     }
-}
-
-TEST_F(ColourPathTest, FailedWritesAreUndone) {
-    expectFailedWritesUndone(applet, "FG_SCALINGFACTOR_RED", 2.0);
-    expectFailedWritesUndone(applet, "FG_SCALINGFACTOR_GREEN", 2.0);
-    expectFailedWritesUndone(applet, "FG_SCALINGFACTOR_BLUE", 2.0);
-    expectFailedWritesUndone(applet, "FG_BAYERINIT", 1);
-    expectFailedWritesUndone(applet, "FG_SAMPLING_RATE", 1);
-    expectFailedWritesUndone(applet, "FG_IMG_SELECT_PERIOD", 8U);
-    expectFailedWritesUndone(applet, "FG_IMG_SELECT", 3U);
 }
 
 }  // namespace
