@@ -73,9 +73,9 @@ void Trace::collect(const std::string& cause) {
     }
 }
 
-void Trace::print(const Console& console) const {
+void Trace::print(const Console& console, std::size_t indent) const {
     if (writes_.empty()) {
-        console.out() << "no design write\n";
+        console.paragraph("no design write", indent);
         return;
     }
     constexpr std::string_view prefix = "Device1_";
@@ -93,7 +93,7 @@ void Trace::print(const Console& console) const {
         const Style style = write.result != 0 ? Style::Bad : moved ? Style::Plain : Style::Dim;
         table.add({std::to_string(++order), std::move(name), std::move(value)}, style);
     }
-    table.print(console);
+    table.print(console, indent);
 }
 
 Json Trace::json() const {

@@ -31,7 +31,7 @@ class Trace {
     const std::vector<TracedWrite>& writes() const { return writes_; }
 
     /// Prints a numbered list: name, value, and the value before where it differs.
-    void print(const Console& console) const;
+    void print(const Console& console, std::size_t indent = 0) const;
     /// All writes as an array of objects.
     Json json() const;
     /// Writes all to a file, as JSON or CSV by its ending (.json, .csv). Throws `Failure` when it cannot.

@@ -1,12 +1,13 @@
 /// The command `marovine`.
 
-#include <cstdio>
+#include <algorithm>
 #include <iostream>
 #include <string>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 
+#include "host/Names.h"
 #include "host/Session.h"
 #include "host/commands/Commands.h"
 
@@ -63,6 +64,19 @@ void printFailure(Session& session, const std::string& message, const std::vecto
     for (const auto& line : advice) std::cerr << "  " << line << '\n';
 }
 
+/// The message about a word that stands where a command should; empty when there is none.
+std::string unknownCommand(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const auto& command : commands::all) names.emplace_back(command.name);
+    for (const auto& word : app.remaining()) {
+        if (word.starts_with('-')) continue;
+        const auto nearest = nearestNames(word, names, 1);
+        return "no command is named " + word +
+               (nearest.empty() ? "; marovine --help lists them" : "; did you mean " + nearest.front() + "?");
+    }
+    return {};
+}
+
 int run(CLI::App& app, Session& session, std::vector<std::string> arguments) {
     try {
         std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the back
@@ -71,6 +85,13 @@ int run(CLI::App& app, Session& session, std::vector<std::string> arguments) {
         if (!std::cout) throw Failure("the results could not be written to standard output");
         return session.status;
     } catch (const CLI::ParseError& error) {
+        if (app.get_subcommands().empty() && error.get_exit_code() != 0) {
+            const auto unknown = unknownCommand(app);
+            if (!unknown.empty()) {
+                printFailure(session, unknown);
+                return kUsage;
+            }
+        }
         return app.exit(error) == 0 ? kSuccess : kUsage;
     } catch (const UsageError& error) {
         printFailure(session, error.what());

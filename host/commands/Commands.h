@@ -12,6 +12,7 @@
 namespace marovine::host::commands {
 
 /// Adds a command's options and arguments to its parser and sets what it does.
+void defineDemo(CLI::App& command, Session& session);
 void defineDescribe(CLI::App& command, Session& session);
 void defineEvents(CLI::App& command, Session& session);
 void defineGet(CLI::App& command, Session& session);
@@ -28,6 +29,7 @@ struct Command {
 
 /// All commands, in the order of the help.
 inline constexpr std::array all{
+    Command{"demo", "Watch the applet at work", defineDemo},
     Command{"info", "Who the applet is and what it can do", defineInfo},
     Command{"list", "Parameters with their values", defineList},
     Command{"tree", "Parameters in the groups in which a host shows them", defineTree},
