@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <limits>
 
 #include "params/FgGxWrapperImpl.h"
@@ -59,7 +60,7 @@ constexpr std::array encoderParameters{
 
 /// Period of the prescaler in front of the input filter, to the nearest of its steps of three 8 ns clocks.
 std::uint32_t debouncePrescale(double time) {
-    return static_cast<std::uint32_t>(125.0 * time / 3.0 + 0.5);
+    return static_cast<std::uint32_t>(std::trunc(125.0 * time / 3.0 + 0.5));
 }
 
 /// Longest exposure of a setting: a generator that keeps its own period cannot expose longer than that.
