@@ -7,10 +7,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
-#include <set>
 
 #include "params/Catalogue.h"
-#include "params/EventTable.h"
 #include "tests/AppletFixture.h"
 #include "wrapper/FgGxWrapper.h"
 
@@ -176,26 +174,6 @@ TEST_F(AppletTest, FindsNothingUnderUnknownNamesAndIndices) {
         EXPECT_EQ(error::invalidArgument, applet.lastError());
         EXPECT_EQ(error::invalidArgument, Fg_getParameterId(applet.record(), index));
     }
-}
-
-TEST_F(AppletTest, NamesEventsByMaskAndBack) {
-    std::set<std::uint64_t> masks;
-    for (const auto& event : sdkEvents) {
-        const auto mask = Fg_getEventMask(applet.record(), event.sdkName);
-        EXPECT_TRUE(mask != 0 && (mask & (mask - 1)) == 0) << event.sdkName;
-        EXPECT_STREQ(event.sdkName, Fg_getEventName(applet.record(), mask));
-        EXPECT_EQ(0, applet.lastError());
-        masks.insert(mask);
-    }
-    EXPECT_EQ(31u, masks.size());
-    for (const char* name : {"fg_custom_signal_event_1", "Device1_Process0_Overflow_Overflow", "", "x"}) {
-        EXPECT_EQ(0u, Fg_getEventMask(applet.record(), name)) << name;
-        EXPECT_EQ(error::invalidArgument, applet.lastError());
-    }
-    EXPECT_EQ(0u, Fg_getEventMask(applet.record(), nullptr));
-    EXPECT_EQ(nullptr, Fg_getEventName(applet.record(), 0));
-    EXPECT_EQ(nullptr, Fg_getEventName(applet.record(), 3));
-    EXPECT_EQ(error::invalidArgument, applet.lastError());
 }
 
 // ---- the description tree ----
