@@ -335,7 +335,7 @@ TEST_F(LookupTableTest, GivesFileNamesIntoTheCallersBufferAndCutsEndlessOnes) {
                                          buffer.data(), 0, FG_TYPE_TEXT));
     EXPECT_STREQ("some.lut", buffer.data());
     EXPECT_EQ(0, applet.setText("FG_LUT_CUSTOM_FILE", std::string(700000, 'x').c_str()));
-    EXPECT_EQ(std::string(655360, 'x'), applet.getText("FG_LUT_CUSTOM_FILE"));
+    EXPECT_EQ(655360u, applet.getText("FG_LUT_CUSTOM_FILE").size());
 }
 
 }  // namespace
