@@ -69,8 +69,7 @@ void FgGxWrapperImpl::executeInitRoutines() {
 void FgGxWrapperImpl::setDefaultValues() {
     for (std::size_t i = 0; i < marovine::sdkParameterCount; ++i) {
         const auto apply = [&]<class V, class T>(const V& value, marovine::Setter<T> set) {
-            if constexpr (std::is_convertible_v<V, T>)
-                marovine::leavingErrors(false, [&] { (this->*set)(static_cast<T>(value), false); });
+            if constexpr (std::is_convertible_v<V, T>) (this->*set)(static_cast<T>(value), false);
         };
         std::visit(
             [&]<class V, class H>(const V& value, const H& handler) {
