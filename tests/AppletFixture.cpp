@@ -30,8 +30,14 @@ std::ostream& operator<<(std::ostream& out, const DesignWrite& write) {
     return out << write.name << " := " << write.value;
 }
 
-std::vector<DesignWrite> inTestForm(const std::vector<virtualboard::Write>& writes) {
-    std::vector<DesignWrite> result;
+Writes joined(std::initializer_list<Writes> parts) {
+    Writes all;
+    for (const auto& part : parts) all.insert(all.end(), part.begin(), part.end());
+    return all;
+}
+
+Writes inTestForm(const std::vector<virtualboard::Write>& writes) {
+    Writes result;
     for (const auto& write : writes) {
         std::string name = write.name;
         for (const std::string_view prefix : {"Device1_Process0_", "Device1_Process1_"})

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,8 +31,14 @@ struct DesignWrite {
 
 std::ostream& operator<<(std::ostream& out, const DesignWrite& write);
 
+/// Design writes, oldest first.
+using Writes = std::vector<DesignWrite>;
+
+/// Writes that follow each other.
+Writes joined(std::initializer_list<Writes> parts);
+
 /// What a virtual board recorded, in the tests' form.
-std::vector<DesignWrite> inTestForm(const std::vector<virtualboard::Write>& writes);
+Writes inTestForm(const std::vector<virtualboard::Write>& writes);
 
 /// A board with the applet open on it.
 class OpenApplet {
@@ -68,7 +75,7 @@ class OpenApplet {
     int lastError() { return Fg_getLastErrorNumber(&record_); }
 
     /// The design writes since the last call (or since opening), oldest first.
-    std::vector<DesignWrite> takeWrites() { return inTestForm(control_.takeWrites()); }
+    Writes takeWrites() { return inTestForm(control_.takeWrites()); }
     /// The registry node of a parameter; fails the test when there is none.
     const RegisterInfo& node(std::string_view name);
 

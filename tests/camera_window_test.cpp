@@ -12,8 +12,6 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
 
-using Writes = std::vector<DesignWrite>;
-
 constexpr const char* kPlainOrder = "[0] 0, 1, 2, 3, 4, 5, 6, 7, 8, 8";
 constexpr const char* kNoMirror = "[0] 0, 0, 0, 0, 0, 0, 0, 0, 0, 0";
 
@@ -51,12 +49,6 @@ Writes triggerWindow(const char* length, const char* offset, const char* height)
             {"Trigger_Trigger_YLength", length},
             {"Trigger_Trigger_YOffset", offset},
             {"ImageHeight_ImageHeight", height}};
-}
-
-Writes joined(std::initializer_list<Writes> parts) {
-    Writes all;
-    for (const auto& part : parts) all.insert(all.end(), part.begin(), part.end());
-    return all;
 }
 
 class CameraWindowTest : public AppletTest {
