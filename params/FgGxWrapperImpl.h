@@ -597,8 +597,10 @@ class FgGxWrapperImpl final : public FgGxWrapper {
                                     std::int32_t polarity);
     /// Multiplexer and inverter of a route, in this order.
     void writeRoute(marovine::Route route, std::int32_t source, std::int32_t polarity) const;
+    /// Sets one of a route's two values, computing the design's from it and from the other in force.
     void setRouteSource(marovine::Route route, std::int32_t source, bool throwOnError);
     void setRoutePolarity(marovine::Route route, std::int32_t polarity, bool throwOnError);
+    /// Source and polarity of control line 0 to 3 as one legacy selection.
     void setLegacyCc(std::size_t line, std::int32_t value, bool throwOnError);
     void getLegacyCc(std::size_t line, std::int32_t* destination) const;
 

@@ -79,6 +79,7 @@ constexpr std::int32_t legacySelection(std::int32_t source, std::int32_t polarit
 /// Legacy digital output when one of its two outputs is driven by a signal; setting it changes nothing.
 constexpr std::int32_t kOtherLevels = -1;
 
+/// The source that gives an output a static level.
 constexpr std::int32_t staticLevel(bool high) {
     return high ? constant("VCC") : constant("GND");
 }

@@ -12,6 +12,7 @@
 
 namespace marovine {
 
+/// The parameters of a route on both sides, and what it may be given.
 struct RouteRow {
     const char* source;    ///< SDK name of the source parameter
     const char* polarity;  ///< SDK name of the polarity parameter
@@ -58,6 +59,7 @@ inline constexpr std::array<RouteRow, kRouteCount> routeTable{
 };
 // clang-format on
 
+/// The row of a route.
 constexpr const RouteRow& rowOf(Route route) {
     return routeTable[static_cast<std::size_t>(route)];
 }
