@@ -6,7 +6,6 @@
 #include <string>
 #include <type_traits>
 #include <variant>
-#include <vector>
 
 #include "tests/AppletFixture.h"
 
@@ -19,7 +18,7 @@ using SettingValue = std::variant<std::int32_t, std::uint32_t, double>;
 struct Setting {
     std::string name;
     SettingValue value;
-    std::vector<DesignWrite> writes;
+    Writes writes;
 };
 
 inline constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
@@ -36,7 +35,7 @@ inline SettingValue readLike(OpenApplet& applet, std::string_view name, const Se
 }
 
 /// The first `count` of some writes: what a fault at the last of them leaves in the journal.
-inline std::vector<DesignWrite> firstOf(const std::vector<DesignWrite>& writes, std::size_t count) {
+inline Writes firstOf(const Writes& writes, std::size_t count) {
     return {writes.begin(), writes.begin() + static_cast<std::ptrdiff_t>(count)};
 }
 
@@ -81,19 +80,6 @@ void expectReadOut(OpenApplet& applet, const std::string& name, const std::strin
     EXPECT_EQ(kInjected,
               Fg_getParameterWithType(applet.record(), OpenApplet::idOf(name), &unused, 0, FG_TYPE_UINT32));
     applet.board().refuseReads(design, 0);
-}
-
-/// The writes, from a journal, of the parameters whose names begin with one of these.
-inline std::vector<DesignWrite> writesOf(const std::vector<DesignWrite>& journal,
-                                         const std::vector<std::string_view>& prefixes) {
-    std::vector<DesignWrite> result;
-    for (const auto& write : journal)
-        for (const auto prefix : prefixes)
-            if (write.name.starts_with(prefix)) {
-                result.push_back(write);
-                break;
-            }
-    return result;
 }
 
 }  // namespace marovine::test

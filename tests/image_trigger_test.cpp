@@ -16,12 +16,18 @@ constexpr int kFvalMultiFrame = 9;
 constexpr int kSingleSampling = 1;
 
 /// The trigger window's writes, as lengths and offset in lines.
-std::vector<DesignWrite> windowWrites(const std::string& length, const std::string& offset,
-                                      const std::string& height) {
+Writes windowWrites(const std::string& length, const std::string& offset, const std::string& height) {
     return {{"Trigger_Trigger_YOffset", "0"},
             {"Trigger_Trigger_YLength", length},
             {"Trigger_Trigger_YOffset", offset},
             {"ImageHeight_ImageHeight", height}};
+}
+
+Writes modeWrites(const std::string& fval, const std::string& design, const std::string& maxGated) {
+    return {{"Camera_FvalMode", "0"},
+            {"Trigger_CameraFVALMode_SelectSource", fval},
+            {"Trigger_Trigger_ImgTriggerMode", design},
+            {"Trigger_Trigger_MaxGatedHeight", maxGated}};
 }
 
 class ImageTrigger : public AppletTest {
@@ -124,13 +130,9 @@ TEST_F(ImageTrigger, ModeDecidesAccessDesignModeAndLength) {
         expectFlags();
         applet.takeWrites();
 
-        std::vector<DesignWrite> writes{{"Camera_FvalMode", "0"},
-                                        {"Trigger_CameraFVALMode_SelectSource", row.fval},
-                                        {"Trigger_Trigger_ImgTriggerMode", row.design},
-                                        {"Trigger_Trigger_MaxGatedHeight", row.maxGated}};
-        const auto window = windowWrites(row.length, "10", "1000");
-        writes.insert(writes.end(), window.begin(), window.end());
-        expectSetting(applet, {"FG_IMGTRIGGERMODE", row.mode, writes});
+        expectSetting(applet, {"FG_IMGTRIGGERMODE", row.mode,
+                               joined({modeWrites(row.fval, row.design, row.maxGated),
+                                       windowWrites(row.length, "10", "1000")})});
         expectFlags();
     }
 }
@@ -140,12 +142,10 @@ TEST_F(ImageTrigger, SingleSamplingHalvesTheWindowButNotTheMultiBufferHeight) {
     given("FG_YOFFSET", 10U);
     given("FG_SAMPLING_RATE", kSingleSampling);
     given("FG_IMGTRIGGER_ASYNC_HEIGHT", 78U);
-    applet.set("FG_IMGTRIGGERMODE", kAsync);
-    EXPECT_EQ(windowWrites("500", "5", "500"),
-              writesOf(applet.takeWrites(), {"Trigger_Trigger_Y", "ImageHeight"}));
-    applet.set("FG_IMGTRIGGERMODE", kAsyncMultiFrame);
-    EXPECT_EQ(windowWrites("78", "5", "500"),
-              writesOf(applet.takeWrites(), {"Trigger_Trigger_Y", "ImageHeight"}));
+    expectSetting(applet, {"FG_IMGTRIGGERMODE", kAsync,
+                           joined({modeWrites("0", "1", "0"), windowWrites("500", "5", "500")})});
+    expectSetting(applet, {"FG_IMGTRIGGERMODE", kAsyncMultiFrame,
+                           joined({modeWrites("0", "1", "0"), windowWrites("78", "5", "500")})});
 
     // Set in its mode, the height takes the offset as it is.
     expectSetting(applet, {"FG_IMGTRIGGER_ASYNC_HEIGHT",
@@ -170,33 +170,6 @@ TEST_F(ImageTrigger, BusyFlagIsReadFromTheDesignAndCannotBeSet) {
         expectReadOut(applet, "FG_IMGTRIGGER_IS_BUSY", "Device1_Process0_Trigger_Trigger_ImgTrgIsBusy",
                       value);
     EXPECT_EQ(error::notAllowed, applet.set("FG_IMGTRIGGER_IS_BUSY", 1));
-}
-
-TEST(ImageTriggerDefaults, AreWrittenInOrderAndLeaveTheInputReadOnly) {
-    OpenApplet applet;
-    const std::vector<DesignWrite> expected{
-        {"Camera_FvalMode", "0"},
-        {"Trigger_CameraFVALMode_SelectSource", "0"},
-        {"Trigger_Trigger_ImgTriggerMode", "0"},
-        {"Trigger_Trigger_MaxGatedHeight", "0"},
-        {"Trigger_Trigger_ImgTriggerEnable", "1"},
-        {"Trigger_Trigger_FlashEnable", "1"},
-        {"Trigger_Trigger_ImgTrgInSource", "2"},
-        {"Trigger_InputSignal_ImgTrgInSource_Input_Select", "0"},
-        {"Trigger_Trigger_ImgTrgInPolarity", "0"},
-        {"Trigger_Trigger_ImgTrgDelay", "0"},
-        {"Trigger_Trigger_ImgTrgDebouncingTime", "0.112"},
-        {"Trigger_Trigger_FlashPolarity", "0"},
-        {"Trigger_Trigger_FlashDelay", "0"},
-        {"Trigger_Trigger_SoftwareTrgInput", "0"},
-    };
-    EXPECT_EQ(expected,
-              writesOf(applet.takeWrites(),
-                       {"Camera_Fval", "Trigger_CameraFVAL", "Trigger_Trigger_Img", "Trigger_Trigger_Max",
-                        "Trigger_InputSignal_Img", "Trigger_Trigger_Flash", "Trigger_Trigger_Software"}));
-    EXPECT_EQ(1, applet.node("FG_IMGTRIGGERINSRC").accessFlags);
-    EXPECT_EQ(1, applet.node("FG_IMGTRIGGER_ASYNC_HEIGHT").accessFlags);
-    EXPECT_EQ(1024U, applet.get<std::uint32_t>("FG_IMGTRIGGER_ASYNC_HEIGHT"));
 }
 
 }  // namespace

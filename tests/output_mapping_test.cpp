@@ -1,6 +1,5 @@
 /// Which signal drives which output, control line, analyzer and custom event, and the legacy views on that.
 
-#include <array>
 #include <map>
 
 #include "tests/LoadedValue.h"
@@ -15,7 +14,6 @@ constexpr int kHigh = 1;
 constexpr int kGnd = 4;
 constexpr int kVcc = 5;
 constexpr int kExsync = 2000;
-constexpr int kExsync2 = 2001;
 constexpr int kFlash = 2002;
 constexpr int kLval = 2007;
 constexpr int kLineStart = 2100;  ///< first of the four transfer signals
@@ -39,13 +37,12 @@ int invertBit(int signal, int polarity) {
 struct Route {
     std::string parameter;  ///< without "_SOURCE" and "_POLARITY"
     std::string design;     ///< without "_SelectSignal_Select" and "_Polarity_Invert"
-    int defaultSignal;
-    bool watches = false;  ///< whether the transfer signals are offered
+    bool watches = false;   ///< whether the transfer signals are offered
 
     std::string source() const { return parameter + "_SOURCE"; }
     std::string polarity() const { return parameter + "_POLARITY"; }
     bool offers(int signal) const { return watches || signal < kLineStart; }
-    std::vector<DesignWrite> writes(int signal, int polarityValue) const {
+    Writes writes(int signal, int polarityValue) const {
         return {{design + "_SelectSignal_Select", std::to_string(signalIndices().at(signal))},
                 {design + "_Polarity_Invert", std::to_string(invertBit(signal, polarityValue))}};
     }
@@ -53,32 +50,22 @@ struct Route {
 
 Route controlLine(int n) {
     const std::string number = std::to_string(n);
-    return {"FG_CC" + number, "Trigger_OutputMapping_CamTrigger0_CC" + number, n == 1 ? kExsync : kVcc};
+    return {"FG_CC" + number, "Trigger_OutputMapping_CamTrigger0_CC" + number};
 }
-Route gpo(int n, bool front = false) {
+Route gpo(int n) {
     const std::string number = std::to_string(n);
-    constexpr auto defaults = std::to_array({kFlash, kExsync2, kExsync, kVcc, kVcc, kVcc, kVcc, kVcc});
-    return {
-        (front ? "FG_TRIGGEROUT_FRONT_GPO_" : "FG_TRIGGEROUT_GPO_") + number,
-        (front ? "Trigger_OutputMapping_SelectFrontGPO_Select" : "Trigger_OutputMapping_SelectGPO_Select") +
-            number,
-        defaults[static_cast<std::size_t>(n)]};
+    return {"FG_TRIGGEROUT_GPO_" + number, "Trigger_OutputMapping_SelectGPO_Select" + number};
 }
 std::vector<Route> allRoutes() {
     std::vector<Route> routes;
     for (int n = 1; n <= 4; ++n) routes.push_back(controlLine(n));
     for (int n = 0; n < 8; ++n) routes.push_back(gpo(n));
-    for (int n = 0; n < 2; ++n) routes.push_back(gpo(n, true));
-    routes.push_back({"FG_SIGNAL_ANALYZER_0", "Trigger_Analyzer_Analyzer0_Select", kExsync, true});
-    routes.push_back({"FG_SIGNAL_ANALYZER_1", "Trigger_Analyzer_Analyzer1_Select", kLineStart, true});
-    routes.push_back({"FG_CUSTOM_SIGNAL_EVENT_0", "Trigger_Events_SelectCustomSignalEvent0", kExsync, true});
-    routes.push_back({"FG_CUSTOM_SIGNAL_EVENT_1", "Trigger_Events_SelectCustomSignalEvent1", kFlash, true});
+    for (const std::string n : {"0", "1"}) {
+        routes.push_back({"FG_TRIGGEROUT_FRONT_GPO_" + n, "Trigger_OutputMapping_SelectFrontGPO_Select" + n});
+        routes.push_back({"FG_SIGNAL_ANALYZER_" + n, "Trigger_Analyzer_Analyzer" + n + "_Select", true});
+        routes.push_back({"FG_CUSTOM_SIGNAL_EVENT_" + n, "Trigger_Events_SelectCustomSignalEvent" + n, true});
+    }
     return routes;
-}
-
-std::vector<DesignWrite> operator+(std::vector<DesignWrite> a, const std::vector<DesignWrite>& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
 }
 
 class OutputMapping : public AppletTest {
@@ -142,7 +129,7 @@ TEST_F(OutputMapping, LegacyDigitalOutputSetsGpo3ThenGpo7) {
     for (const int value : {0, 1, 2, 3}) {
         const int level3 = (value & 1) != 0 ? kVcc : kGnd;
         const int level7 = (value & 2) != 0 ? kVcc : kGnd;
-        const auto writes = gpo(3).writes(level3, kHigh) + gpo(7).writes(level7, kHigh);
+        const auto writes = joined({gpo(3).writes(level3, kHigh), gpo(7).writes(level7, kHigh)});
         given("FG_TRIGGEROUT_GPO_7_SOURCE", kGpi2);
         for (unsigned n = 1; n <= 4; ++n) {
             given("FG_TRIGGEROUT_GPO_3_SOURCE", kFlash);
@@ -195,7 +182,7 @@ TEST_F(OutputMapping, LegacySelectionSetsSourceThenPolarity) {
             SCOPED_TRACE(name + " = " + std::to_string(selection));
             const auto [source, polarity] = meaning;
             const int polarityBefore = 1 - polarity;
-            const auto writes = line.writes(source, polarityBefore) + line.writes(source, polarity);
+            const auto writes = joined({line.writes(source, polarityBefore), line.writes(source, polarity)});
             for (unsigned refused = 1; refused <= 5; ++refused) {  // the fifth does not come
                 given(line.source(), kLval);
                 given(line.polarity(), polarityBefore);
@@ -261,26 +248,6 @@ TEST_F(OutputMapping, AnUnknownSignalHasNoMapping) {
     EXPECT_TRUE(applet.takeWrites().empty());
     EXPECT_EQ(kHigh, applet.get<int>("FG_CC1_POLARITY"));
     expectSetting(applet, {"FG_CC1_SOURCE", kFlash, controlLine(1).writes(kFlash, kHigh)});
-}
-
-TEST(OutputMappingDefaults, AreWrittenInOrder) {
-    OpenApplet applet;
-    std::vector<DesignWrite> expected;
-    const auto expect = [&](const Route& route) {
-        // Source, then polarity: both setters write both.
-        const auto writes = route.writes(route.defaultSignal, kHigh);
-        expected = expected + writes + writes;
-    };
-    const auto routes = allRoutes();
-    for (int i = 0; i < 14; ++i) expect(routes[i]);
-    expected = expected + gpo(3).writes(kVcc, kHigh) + gpo(7).writes(kVcc, kHigh);
-    for (int i = 14; i < 16; ++i) expect(routes[i]);
-    expected.push_back({"Trigger_Analyzer_Clear_Value", "1"});
-    expected.push_back({"Trigger_Analyzer_Clear_Value", "0"});
-    for (int i = 0; i < 4; ++i) expect(routes[i]);  // the legacy selections
-    for (int i = 16; i < 18; ++i) expect(routes[i]);
-    EXPECT_EQ(expected,
-              writesOf(applet.takeWrites(), {"Trigger_OutputMapping", "Trigger_Analyzer", "Trigger_Events"}));
 }
 
 }  // namespace
