@@ -1,5 +1,8 @@
 /// The exported functions that act on an open instance. Each checks its handle and calls; none holds logic.
 
+#include <cstdint>
+#include <cstring>
+
 #include "entry/ErrorCodes.h"
 #include "entry/marovine.h"
 #include "wrapper/FgGxWrapper.h"
@@ -84,7 +87,7 @@ int Fg_getParameterWithType(Fg_Struct* record, int id, void* value, int dmaIndex
     return call(record, error::invalidHandle, [&](FgGxWrapper& instance) {
         // A 32-bit answer must leave no stale upper half in a 64-bit location.
         if ((type == FG_TYPE_INT64 || type == FG_TYPE_UINT64) && value != nullptr)
-            *static_cast<uint64_t*>(value) = 0;
+            std::memset(value, 0, sizeof(std::uint64_t));
         return instance.Fg_getParameterWithType(id, value, dmaIndex, type);
     });
 }

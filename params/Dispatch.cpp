@@ -29,7 +29,8 @@ struct Overloaded : Cases... {
 template <class... Cases>
 Overloaded(Cases...) -> Overloaded<Cases...>;
 
-/// A result in the type of `T` behind the caller's untyped pointer.
+/// A result in the type of `T` behind the caller's untyped pointer, which may point anywhere: the pointer of
+/// a text goes where the name of a parameter stood.
 template <class T>
 void store(void* place, T value) {
     std::memcpy(place, &value, sizeof value);
@@ -212,7 +213,7 @@ void FgGxWrapperImpl::giveText(void* value, FgParamTypes type, WriteText&& write
     buffer[0] = '\0';
     writeText(buffer);
     buffer[marovine::kTextRoom] = '\0';
-    *static_cast<char**>(value) = handedOutTexts_.handOut(buffer);
+    store(value, handedOutTexts_.handOut(buffer));
 }
 
 void FgGxWrapperImpl::giveDescription(void* value, FgParamTypes type) {

@@ -306,14 +306,16 @@ TEST_F(AppletTest, DescribesParametersByName) {
         EXPECT_EQ(0, getById(applet, description, text.data(), 0, FG_TYPE_TEXT));
         EXPECT_STREQ("-", text.data());
     }
-    union {
-        char name[sizeof(char*)];
-        char* text;
-    } place{"FG_FORM"};
-    EXPECT_EQ(0, getById(applet, description, &place, 0, FG_TYPE_TEXT_POINTER));
-    EXPECT_STREQ("-", place.text);
+    // A name may stand at any address; the text's own takes its place.
+    alignas(char*) std::array<char, 32> place{};
+    char* const name = place.data() + 1;
+    std::strcpy(name, "FG_WIDTH");
+    EXPECT_EQ(0, getById(applet, description, name, 0, FG_TYPE_TEXT_POINTER));
+    char* handedOut = nullptr;
+    std::memcpy(&handedOut, name, sizeof handedOut);
+    EXPECT_STREQ("Image width of the acquisition ROI.", handedOut);
     EXPECT_EQ(
-        0, Fg_freeParameterStringWithType(applet.record(), description, place.text, 0, FG_TYPE_TEXT_POINTER));
+        0, Fg_freeParameterStringWithType(applet.record(), description, handedOut, 0, FG_TYPE_TEXT_POINTER));
 }
 
 TEST_F(AppletTest, PassesForwardedParametersToTheInnerHandle) {
