@@ -76,6 +76,11 @@ TEST(Concurrency, BoardsAreIndependentOfEachOther) {
         const std::uint32_t period = 2 + static_cast<std::uint32_t>(t);
         EXPECT_EQ(0, applet.set("FG_IMG_SELECT_PERIOD", period));
         EXPECT_EQ(period, applet.get<std::uint32_t>("FG_IMG_SELECT_PERIOD"));
+        for (const int selector : {4144, 4160}) {
+            void* handle = nullptr;
+            EXPECT_EQ(0, Info(selector, 0, 0, &handle, nullptr));
+            EXPECT_NE(nullptr, handle) << "board and design of the last one opened";
+        }
     });
 }
 

@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <string>
 
@@ -96,14 +97,15 @@ void FgGxWrapper::initHandles(GXdevice* device, fpga_design* design) {
     private_->design = design;
 }
 
+// Each is atomic for itself: boards may be opened on several threads while others ask.
 GXdevice* FgGxWrapper::accessDeviceHandle(GXdevice* device) {
-    static GXdevice* handle = nullptr;
-    return device != nullptr ? handle = device : handle;
+    static std::atomic<GXdevice*> handle = nullptr;
+    return device != nullptr ? handle = device : handle.load();
 }
 
 fpga_design* FgGxWrapper::accessDesignHandle(fpga_design* design) {
-    static fpga_design* handle = nullptr;
-    return design != nullptr ? handle = design : handle;
+    static std::atomic<fpga_design*> handle = nullptr;
+    return design != nullptr ? handle = design : handle.load();
 }
 
 int FgGxWrapper::Fg_getLastErrorNumberGx() const {

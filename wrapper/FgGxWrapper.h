@@ -94,7 +94,8 @@ class FgGxWrapper {
     void initHandles(GXdevice* device, fpga_design* design);
 
     /// The board and the design of the most recently opened instance of the process: a non-null argument is
-    /// stored, a null one asks. Plain statics, as the host expects: the last opening wins.
+    /// stored, a null one asks. The last opening wins; a handle stays after its instance has ended. Usable
+    /// from any thread.
     static GXdevice* accessDeviceHandle(GXdevice* device);
     static fpga_design* accessDesignHandle(fpga_design* design);
 
