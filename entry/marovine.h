@@ -2,8 +2,9 @@
  * The interface of libMarovine.so: the functions it exports, and the records that host and applet share.
  *
  * Usable from C11 and C++20. Every function takes the host's `Fg_Struct` record, whose first field is the
- * applet instance that `Std_entry` returned. Results: 0 or positive for success, a negative code otherwise;
- * the code of the last call on an instance is kept and answered by `Fg_getLastErrorNumber`.
+ * applet instance that `Std_entry` returned; without one the answer is -2001, null or an event mask of 0.
+ * Results: 0 or positive for success, a negative code otherwise. Each call on an instance keeps its code for
+ * `Fg_getLastErrorNumber` unless its description says otherwise.
  */
 #ifndef MAROVINE_H
 #define MAROVINE_H
@@ -167,30 +168,67 @@ int Info(int selector, unsigned int a, unsigned int b, void* p, void** q);
 
 /* ---- parameters ---- */
 
+/** How many parameters can be listed: 177, and more when direct access is switched on. Keeps no code. */
 int Fg_getNrOfParameter(Fg_Struct* record);
-/** The name under a list index, owned by the instance; null when there is none. */
+/** The name under a list index from 0 on, owned by the instance; null, with the code -2070, past the list. */
 const char* Fg_getParameterName(Fg_Struct* record, int index);
+/** The id under a list index; -2070 past the list and for names that cannot be looked up. */
 int Fg_getParameterId(Fg_Struct* record, int index);
+/** The id of exactly this name; -2070 for a name that is unknown, empty or null. */
 int Fg_getParameterIdByName(Fg_Struct* record, const char* name);
-/** Sets a parameter; `value` points to a value of the parameter's own type (a text: the text itself). */
+/**
+ * Sets a parameter; `value` points to a value of the parameter's own type (a text: the text itself). `type`
+ * counts for lookup tables and for ids above 2000000. `dmaIndex` is 0. Results: 0, or -2070 (unknown id,
+ * wrong DMA index, null value), -12 (read-only), -6000 (out of range), -7080 (wrong step), another code of
+ * the parameter's or the host runtime's. A refused value leaves the parameter as it was.
+ */
 int Fg_setParameterWithType(Fg_Struct* record, int id, const void* value, int dmaIndex,
                             enum FgParamTypes type);
-/** Reads a parameter into `value`, in the parameter's own type. */
+/**
+ * Reads a parameter into `value`, in the parameter's own type. A text goes into the caller's buffer, which
+ * must be large enough; with FG_TYPE_TEXT_POINTER `value` receives the address of a copy. With the 64-bit
+ * types 64 bits are cleared first. Results: 0, or -2070 (unknown id, wrong DMA index, null value), another
+ * code of the parameter's or the host runtime's.
+ */
 int Fg_getParameterWithType(Fg_Struct* record, int id, void* value, int dmaIndex, enum FgParamTypes type);
-/** Gives back a text that a get with FG_TYPE_TEXT_POINTER handed out; `value` is the text's address. */
+/**
+ * Gives back a text that a get with FG_TYPE_TEXT_POINTER handed out; `value` is the text's address. 0, -2070
+ * for a text that is not out, or -2078 for another type. Keeps neither 0 nor -2078 as the last code.
+ */
 int Fg_freeParameterStringWithType(Fg_Struct* record, int id, void* value, int dmaIndex,
                                    enum FgParamTypes type);
-/** The first node of the description tree of a port; null when there is none. */
+/** The first node of the description tree of a port; null when there is none. Keeps no code. */
 RegisterInfo* Fg_getParameterInfo(Fg_Struct* record, int port);
-/** Copies the XML description; with a null buffer only stores the size needed. */
+/**
+ * Copies the XML description of a port into a buffer of `*size` bytes and stores the size it needs, with its
+ * terminating zero, in `*size`; with a null buffer only stores the size. 0, -500 for a buffer that is too
+ * small (the size then stays), -2075 for a port without description, -2070 for a null size.
+ */
 int Fg_getParameterInfoXML(Fg_Struct* record, int port, char* buffer, size_t* size);
+/**
+ * Writes the configuration to a file whose name holds ".mcf". 0, or -5001 when the file cannot be created. A
+ * parameter that cannot be read is left out, and a full disk goes unnoticed.
+ */
 int Fg_saveConfig(Fg_Struct* record, const char* fileName);
+/**
+ * Reads a configuration and sets what it holds; a value that a parameter refuses is skipped. 0, -2076 (with
+ * the last code -5000) when there is no file of that name or its name does not hold ".mcf", or -5000 when it
+ * is none of this applet's or a key is missing; keys before a missing one are then already taken over.
+ */
 int Fg_loadConfig(Fg_Struct* record, const char* fileName);
+/** The code that the last call kept. */
 int Fg_getLastErrorNumber(Fg_Struct* record);
+/** The mask, one bit, of the event of exactly this name; 0, with the code -2070, when there is none. */
 uint64_t Fg_getEventMask(Fg_Struct* record, const char* name);
+/** The name of the event of exactly this mask, owned by the instance; null, with the code -2070, for none. */
 const char* Fg_getEventName(Fg_Struct* record, uint64_t mask);
 
-/* ---- acquisition, passed through to the host runtime ---- */
+/*
+ * ---- acquisition, passed through to the host runtime ----
+ *
+ * Arguments and results are the runtime's own. -12 when the runtime lacks the function; after a negative
+ * result the last code is the runtime's last error number.
+ */
 
 int Fg_getAppletId(Fg_Struct* record, void* reserved);
 int64_t Fg_getStatusEx(Fg_Struct* record, int parameter, int64_t data, unsigned int dmaIndex,
@@ -201,7 +239,11 @@ int64_t Fg_getLastPicNumberEx(Fg_Struct* record, unsigned int dmaIndex, dma_mem*
 int64_t Fg_getLastPicNumberBlockingEx(Fg_Struct* record, int64_t picture, unsigned int dmaIndex, int timeout,
                                       dma_mem* memory);
 
-/* ---- shading, which this applet does not offer ---- */
+/*
+ * ---- shading, which this applet does not offer ----
+ *
+ * `Fg_AllocShading` gives null with the code -1, all others -2130.
+ */
 
 ShadingMaster* Fg_AllocShading(Fg_Struct* record, int set, int port);
 int Fg_FreeShading(Fg_Struct* record, ShadingMaster* shading);
