@@ -44,10 +44,12 @@ Number numberFor(ParameterKind kind, const Value& value) {
 }  // namespace
 
 std::shared_ptr<const Design> Board::configure(std::shared_ptr<const Design> design, bool keepValues) {
-    const Lock lock(mutex_);
-    const bool same = design_ != nullptr && design_->fingerprint() == design->fingerprint();
-    if (!same) design_ = std::move(design);
-    if (!same || !keepValues) reset();
+    Lock lock(mutex_);
+    const auto same = [&] { return design_ != nullptr && design_->fingerprint() == design->fingerprint(); };
+    if (same() && keepValues) return design_;
+    acquisition_.end(lock, nullptr);
+    if (!same()) design_ = std::move(design);
+    reset();
     return design_;
 }
 
@@ -80,12 +82,12 @@ void Board::reset() {
     }
     applyNamedFaults();
     for (const RegisterData& description : data.registers) registers_.push_back(description.start);
-    analyzers_.attach(
-        [this](std::string_view name) -> Slot* {
-            const auto index = design_->indexOf(name);
-            return index.has_value() ? &slots_[*index] : nullptr;
-        },
-        clock_.now());
+    const auto find = [this](std::string_view name) -> Slot* {
+        const auto index = design_->indexOf(name);
+        return index.has_value() ? &slots_[*index] : nullptr;
+    };
+    analyzers_.attach(find, clock_.now());
+    attachAcquisition(find);
 }
 
 Slot* Board::find(int id) {
@@ -148,7 +150,7 @@ void Board::watchWrites(std::function<void(const Write&)> watcher) {
 Value Board::value(std::string_view name) {
     const Lock lock(mutex_);
     Slot& slot = named(name);
-    if (slot.live) analyzers_.settle(clock_.now());
+    if (slot.live) settle();
     switch (slot.kind) {
         case ParameterKind::UInt32:
             return static_cast<std::uint32_t>(slot.value);
@@ -174,17 +176,17 @@ void Board::force(std::string_view name, const Value& value) {
     if (!isOfSort(slot, value)) {
         throw std::invalid_argument("a value of this type cannot be forced onto '" + std::string(name) + "'");
     }
-    const BoardTime now = clock_.now();
-    analyzers_.settle(now);
-    if (const auto* text = std::get_if<std::string>(&value)) {
-        texts_[slot.store] = *text;
-    } else if (const auto* field = std::get_if<std::vector<std::uint32_t>>(&value)) {
-        fields_[slot.store] = *field;
-    } else {
-        slot.value = numberFor(slot.kind, value);
-    }
-    if (slot.live) slot.pinned = true;
-    if (slot.live || slot.acts) analyzers_.changed(slot, now);
+    change(slot, [&] {
+        if (const auto* text = std::get_if<std::string>(&value)) {
+            texts_[slot.store] = *text;
+        } else if (const auto* field = std::get_if<std::vector<std::uint32_t>>(&value)) {
+            fields_[slot.store] = *field;
+        } else {
+            slot.value = numberFor(slot.kind, value);
+        }
+        if (slot.live) slot.pinned = true;
+        return int{kOk};
+    });
 }
 
 std::vector<std::string> Board::parameterNames() {
@@ -248,9 +250,11 @@ void Board::clearFaults() {
     applyNamedFaults();
 }
 
-void Board::setClockManual(bool manual) {
+void Board::setClockMode(ClockMode mode) {
     const Lock lock(mutex_);
-    clock_.setManual(manual);
+    settle();
+    clock_.setMode(mode);
+    acquisition_.clockChanged();
 }
 
 void Board::advanceClock(double seconds) {
@@ -258,6 +262,8 @@ void Board::advanceClock(double seconds) {
     if (!(seconds >= 0 && seconds < 1e9))
         throw std::invalid_argument("the clock moves forward only, by less than 30 years");
     clock_.advance(std::llround(seconds * 1e9));
+    settle();
+    acquisition_.clockChanged();
 }
 
 }  // namespace virtualboard

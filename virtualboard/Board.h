@@ -43,7 +43,16 @@ class Board {
     int readRegister(int number, std::uint64_t& value);
     int writeRegister(int number, std::uint64_t value);
 
-    Acquisition& acquisition() { return acquisition_; }
+    // ---- acquisition; `handle` stands for the host's handle, `memory` for what the host hands over ----
+
+    int acquire(const Design* design, std::int64_t pictures, std::shared_ptr<FrameRing> memory,
+                const void* handle);
+    int stopAcquisition(const dma_mem* memory);
+    std::int64_t lastPicture(const dma_mem* memory);
+    std::int64_t lastPictureBlocking(std::int64_t picture, int timeout, const dma_mem* memory);
+    std::int64_t acquisitionStatus(int parameter, std::int64_t data, const dma_mem* memory);
+    /// Ends what this handle started, or whatever runs when it is null.
+    void endAcquisition(const void* handle);
 
     // ---- control interface; the functions that take a name throw std::out_of_range naming it ----
 
@@ -58,8 +67,12 @@ class Board {
     void refuseNthWrite(unsigned n, int code);
     void refuseNthRead(unsigned n, int code);
     void clearFaults();
-    void setClockManual(bool manual);
+    void setClockMode(ClockMode mode);
     void advanceClock(double seconds);
+    void setInput(unsigned input, bool high);
+    void setScene(std::shared_ptr<const imaging::Image> scene, std::uint32_t fieldWidth);
+    void setCamera(const imaging::CameraTraits& camera);
+    void setBelt(const imaging::Belt& belt);
 
  private:
     using Lock = std::unique_lock<std::mutex>;
@@ -67,6 +80,7 @@ class Board {
     Slot* find(int id);
     Slot& named(std::string_view name);
     void reset();
+    void attachAcquisition(const std::function<Slot*(std::string_view)>& find);
     std::size_t indexOf(const Slot& slot) const { return static_cast<std::size_t>(&slot - slots_.data()); }
 
     int write(Slot* slot, const void* value, FgParamTypes type);
@@ -79,8 +93,22 @@ class Board {
     int loadField(const Slot& slot, void* value, FgParamTypes type) const;
     void applyNamedFaults();
     void setNamedFault(std::map<std::string, int, std::less<>>& faults, std::string_view name, int code);
+    /// Brings the values that the board itself changes up to date.
+    void settle();
     /// Checks a read and brings a live value up to date.
     int prepareRead(const Design* design, Slot* slot);
+    /// Changes a slot by `store`, with everything that follows from it; not when `store` returns a code.
+    template <typename Store>
+    int change(Slot& slot, Store store) {
+        const BoardTime now = clock_.now();
+        if (slot.acts || slot.live) analyzers_.settle(now);
+        if (slot.drivesPictures || slot.live) acquisition_.settle(now);
+        const int code = store();
+        if (code != 0) return code;
+        if (slot.acts || slot.live) analyzers_.changed(slot, now);
+        if (slot.drivesPictures) acquisition_.changed(slot, now);
+        return code;
+    }
     void updateNoticed() { noticed_ = recording_ || watcher_ != nullptr || faults_.any(); }
 
     std::mutex mutex_;
@@ -92,7 +120,7 @@ class Board {
     std::vector<std::uint64_t> registers_;
     BoardClock clock_;
     SignalAnalyzers analyzers_;
-    Acquisition acquisition_;
+    Acquisition acquisition_{mutex_, clock_, analyzers_};
 
     bool noticed_ = false;  ///< somebody records, watches or refuses: a write takes the long way
     bool recording_ = false;

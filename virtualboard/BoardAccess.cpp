@@ -174,12 +174,8 @@ int Board::write(Slot* slot, const void* value, FgParamTypes type) {
     if (slot == nullptr) return kUnknownParameter;
     if (value == nullptr) return kNullPointer;
     if (slot->readOnly) return kReadOnly;
-    if (!slot->acts) return store(*slot, value, type);
-    const BoardTime now = clock_.now();
-    analyzers_.settle(now);
-    const int code = store(*slot, value, type);
-    if (code == kOk) analyzers_.changed(*slot, now);
-    return code;
+    if (!slot->acts && !slot->drivesPictures) return store(*slot, value, type);
+    return change(*slot, [&] { return store(*slot, value, type); });
 }
 
 int Board::set(const Design* design, int id, const void* value, FgParamTypes type) {
@@ -265,7 +261,7 @@ int Board::prepareRead(const Design* design, Slot* slot) {
         if (slot != nullptr && slot->readFault != kOk) return slot->readFault;
     }
     if (slot == nullptr) return kUnknownParameter;
-    if (slot->live) analyzers_.settle(clock_.now());
+    if (slot->live) settle();
     return kOk;
 }
 

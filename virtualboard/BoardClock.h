@@ -2,43 +2,50 @@
 
 /// The board's own clock.
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
+
+#include "virtualboard/ClockMode.h"
 
 namespace virtualboard {
 
 /// Nanoseconds since the board was inserted.
 using BoardTime = std::int64_t;
 
-/// Runs in real time until it is made manual; from then on it moves only when it is told to.
+/// Runs in real time until another mode is set. A change of the mode makes no jump.
 class BoardClock {
  public:
-    BoardTime now() const { return manual_ ? manualTime_ : base_ + sinceStart(); }
+    BoardTime now() const { return running() ? base_ + sinceStart() : stoodAt_; }
 
-    /// Stops the clock at the present time, or lets it run on from there.
-    void setManual(bool manual) {
-        if (manual == manual_) return;
-        if (manual) {
-            manualTime_ = now();
+    ClockMode mode() const { return mode_; }
+    void setMode(ClockMode mode) {
+        const BoardTime time = now();
+        mode_ = mode;
+        if (running()) {
+            base_ = time - sinceStart();
         } else {
-            base_ = manualTime_ - sinceStart();
+            stoodAt_ = time;
         }
-        manual_ = manual;
     }
 
-    /// Moves the clock forward, whether it is manual or not.
-    void advance(BoardTime time) { (manual_ ? manualTime_ : base_) += time; }
+    /// Moves the clock forward, in any mode.
+    void advance(BoardTime time) { (running() ? base_ : stoodAt_) += time; }
+
+    /// Moves a clock that does not run by itself to a time, if that is still to come.
+    void moveTo(BoardTime time) { stoodAt_ = std::max(stoodAt_, time); }
 
  private:
+    bool running() const { return mode_ == ClockMode::RealTime; }
     BoardTime sinceStart() const {
         return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now() - start_)
             .count();
     }
 
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-    BoardTime base_ = 0;
-    BoardTime manualTime_ = 0;
-    bool manual_ = false;
+    ClockMode mode_ = ClockMode::RealTime;
+    BoardTime base_ = 0;     ///< what the running clock showed at `start_`
+    BoardTime stoodAt_ = 0;  ///< what the standing clock shows
 };
 
 }  // namespace virtualboard

@@ -29,6 +29,17 @@ enum Code : int {
     kNoPictureSource = -31018,
     kNotHandedOut = -31019,
     kInternalFailure = -31020,
+    kNotAcquiring = -31021,
+    kAlreadyAcquiring = -31022,
+    kUnknownMemory = -31023,
+    kForeignMemory = -31024,
+    kMemoryInUse = -31025,
+    kMemoryTooSmall = -31026,
+    kTimeout = -31027,
+    kStopped = -31028,
+    kNoMorePictures = -31029,
+    kPictureGone = -31030,
+    kUnknownStatus = -31031,
 };
 
 struct CodeMeaning {
@@ -55,9 +66,20 @@ inline constexpr std::array kCodeMeanings{
     CodeMeaning{kRegisterOutOfRange, "the value is wider than the register"},
     CodeMeaning{kFileError, "the file cannot be written"},
     CodeMeaning{kNotSupported, "the board does not offer this function"},
-    CodeMeaning{kNoPictureSource, "the board has no source of pictures"},
+    CodeMeaning{kNoPictureSource, "the design lacks a parameter that taking pictures needs"},
     CodeMeaning{kNotHandedOut, "the text was not handed out by this handle"},
     CodeMeaning{kInternalFailure, "the board ran out of memory or a watcher of it failed"},
+    CodeMeaning{kNotAcquiring, "no acquisition was started"},
+    CodeMeaning{kAlreadyAcquiring, "an acquisition runs already; stop it first"},
+    CodeMeaning{kUnknownMemory, "the picture memory was not created here or was freed"},
+    CodeMeaning{kForeignMemory, "the acquisition takes its pictures into another memory"},
+    CodeMeaning{kMemoryInUse, "another acquisition takes its pictures into this memory"},
+    CodeMeaning{kMemoryTooSmall, "the memory's buffers are smaller than a picture"},
+    CodeMeaning{kTimeout, "the picture did not come in time"},
+    CodeMeaning{kStopped, "the acquisition was stopped before the picture came"},
+    CodeMeaning{kNoMorePictures, "the acquisition ends before this picture"},
+    CodeMeaning{kPictureGone, "the memory does not hold this picture, or no longer"},
+    CodeMeaning{kUnknownStatus, "the board has no status read-out of this number"},
 };
 
 /// The meaning of one of the board's codes; null for a code that is not the board's.

@@ -69,11 +69,27 @@ void Control::clearFaults() {
     boardOf(board_)->clearFaults();
 }
 
-void Control::setClockManual(bool manual) {
-    boardOf(board_)->setClockManual(manual);
+void Control::setClockMode(ClockMode mode) {
+    boardOf(board_)->setClockMode(mode);
 }
 void Control::advanceClock(double seconds) {
     boardOf(board_)->advanceClock(seconds);
+}
+
+void Control::setScene(const imaging::Image& scene, std::uint32_t fieldWidth) {
+    boardOf(board_)->setScene(std::make_shared<const imaging::Image>(scene), fieldWidth);
+}
+void Control::showTestChart() {
+    boardOf(board_)->setScene(nullptr, 0);
+}
+void Control::setCamera(const imaging::CameraTraits& camera) {
+    boardOf(board_)->setCamera(camera);
+}
+void Control::setBelt(const imaging::Belt& belt) {
+    boardOf(board_)->setBelt(belt);
+}
+void Control::setInput(unsigned input, bool high) {
+    boardOf(board_)->setInput(input, high);
 }
 
 void Control::refuseDesign(bool on) {

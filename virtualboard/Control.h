@@ -14,6 +14,9 @@
 #include <vector>
 
 #include "entry/marovine.h"
+#include "virtualboard/ClockMode.h"
+#include "virtualboard/imaging/Image.h"
+#include "virtualboard/imaging/World.h"
 
 #pragma GCC visibility push(default)
 
@@ -35,7 +38,7 @@ struct Write {
 
 /// Puts a new board into the machine; it holds no design yet. Boards are independent of each other.
 GXdevice* insertBoard();
-/// Takes a board out. No applet may still be open on it.
+/// Takes a board out and ends its acquisition. No applet may still be open on it.
 void removeBoard(GXdevice* board);
 
 /// Handle to one board's control interface; copies refer to the same board. Thread-safe. Every function
@@ -59,8 +62,9 @@ class Control {
     Value value(std::string_view name) const;
     /// Sets a value past all range checks, the journal and the faults: also how read-outs such as
     /// temperature, fill level or input levels are set. A forced read-out of an analyzer stays until the
-    /// analyzers are cleared. Throws `std::out_of_range` for an unknown name and `std::invalid_argument` for
-    /// a text, a field or a number where the parameter is of another sort.
+    /// analyzers are cleared, one that follows the acquisition until the board is opened anew. Throws
+    /// `std::out_of_range` for an unknown name and `std::invalid_argument` for a text, a field or a number
+    /// where the parameter is of another sort.
     void force(std::string_view name, const Value& value);
     /// Names of all parameters of the design, in the design's order.
     std::vector<std::string> parameterNames() const;
@@ -81,11 +85,31 @@ class Control {
 
     // ---- the board's clock ----
 
-    /// Stops the board's clock, so that it moves only with `advanceClock`; false lets it run on. The pulse
-    /// counts and periods of the analyzers follow this clock.
-    void setClockManual(bool manual = true);
+    /// How the clock runs; in real time at first. Lines, pictures, pulse counts and periods follow this
+    /// clock.
+    void setClockMode(ClockMode mode);
+    /// Stops the board's clock, so that it moves only with `advanceClock`; false lets it run on.
+    void setClockManual(bool manual = true) {
+        setClockMode(manual ? ClockMode::Manual : ClockMode::RealTime);
+    }
     /// Moves the clock forward by 0 to 1e9 seconds; throws `std::invalid_argument` for anything else.
     void advanceClock(double seconds);
+
+    // ---- what stands around the board; a running acquisition follows from its next picture on ----
+
+    /// What lies on the belt, endlessly repeated. `fieldWidth` is the number of sensor pixels over which the
+    /// optics spread it; 0 shows one scene pixel per sensor pixel.
+    void setScene(const imaging::Image& scene, std::uint32_t fieldWidth = 0);
+    /// Lays the built-in chart on the belt, as at first.
+    void showTestChart();
+    /// The belt's speed, the pixel pitch on it and the encoder on its drive.
+    void setBelt(const imaging::Belt& belt);
+    /// The camera.
+    void setCamera(const imaging::CameraTraits& camera);
+    /// The level at an input: 0 to 7 are the inputs, 8 to 11 the front inputs. An image trigger that listens
+    /// to it takes a rising edge (a falling one where it is low active) as a trigger, and the level as a
+    /// gate. Throws `std::invalid_argument` for another input.
+    void setInput(unsigned input, bool high);
 
     // ---- how the next opening behaves, on whichever board of this process ----
 

@@ -32,11 +32,12 @@ auto onHandle(Fg_Struct* record, Call call) -> decltype(call(std::declval<Handle
     return code;
 }
 
+/// Runs a call on the board of an open handle, whose one DMA channel is number 0.
 template <typename Call>
-auto onDma(Fg_Struct* record, unsigned dmaIndex, Call call) -> decltype(call(std::declval<Acquisition&>())) {
-    using Result = decltype(call(std::declval<Acquisition&>()));
+auto onDma(Fg_Struct* record, unsigned dmaIndex, Call call) -> decltype(call(std::declval<Board&>())) {
+    using Result = decltype(call(std::declval<Board&>()));
     return onHandle(record, [&](Handle& handle) -> Result {
-        return dmaIndex == 0 ? call(handle.board->acquisition()) : Result{kUnknownDma};
+        return dmaIndex == 0 ? call(*handle.board) : Result{kUnknownDma};
     });
 }
 
@@ -182,30 +183,34 @@ int designType(Fg_Struct* record) {
     return onHandle(record, [](Handle& handle) { return static_cast<int>(handle.design->data().type); });
 }
 
-int acquire(Fg_Struct* record, unsigned dmaIndex, std::int64_t pictures, int flags, dma_mem* memory) {
-    return onDma(record, dmaIndex,
-                 [&](Acquisition& acquisition) { return acquisition.acquire(pictures, flags, memory); });
+int acquire(Fg_Struct* record, unsigned dmaIndex, std::int64_t pictures, int, dma_mem* memory) {
+    return onHandle(record, [&](Handle& handle) -> int {
+        if (dmaIndex != 0) return kUnknownDma;
+        if (memory == nullptr) return kNullPointer;
+        auto ring = Machine::instance().memory(memory);
+        if (ring == nullptr) return kUnknownMemory;
+        return handle.board->acquire(handle.design.get(), pictures, std::move(ring), &handle);
+    });
 }
 
-int stopAcquire(Fg_Struct* record, unsigned dmaIndex, dma_mem* memory, int flags) {
-    return onDma(record, dmaIndex, [&](Acquisition& acquisition) { return acquisition.stop(flags, memory); });
+int stopAcquire(Fg_Struct* record, unsigned dmaIndex, dma_mem* memory, int) {
+    return onDma(record, dmaIndex, [&](Board& board) { return board.stopAcquisition(memory); });
 }
 
 std::int64_t lastPicture(Fg_Struct* record, unsigned dmaIndex, dma_mem* memory) {
-    return onDma(record, dmaIndex, [&](Acquisition& acquisition) { return acquisition.lastPicture(memory); });
+    return onDma(record, dmaIndex, [&](Board& board) { return board.lastPicture(memory); });
 }
 
 std::int64_t lastPictureBlocking(Fg_Struct* record, std::int64_t picture, unsigned dmaIndex, int timeout,
                                  dma_mem* memory) {
-    return onDma(record, dmaIndex, [&](Acquisition& acquisition) {
-        return acquisition.lastPictureBlocking(picture, timeout, memory);
-    });
+    return onDma(record, dmaIndex,
+                 [&](Board& board) { return board.lastPictureBlocking(picture, timeout, memory); });
 }
 
 std::int64_t acquisitionStatus(Fg_Struct* record, int parameter, std::int64_t data, unsigned dmaIndex,
                                dma_mem* memory) {
     return onDma(record, dmaIndex,
-                 [&](Acquisition& acquisition) { return acquisition.status(parameter, data, memory); });
+                 [&](Board& board) { return board.acquisitionStatus(parameter, data, memory); });
 }
 
 }  // namespace virtualboard

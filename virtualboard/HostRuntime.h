@@ -14,7 +14,7 @@ namespace virtualboard {
 /// carries the same design keeps its values; else every value starts anew. Null on failure, with the
 /// process-wide last error set.
 Fg_Struct* openHandle(const char* designName, GXdevice* device, fpga_design* design, int flags);
-/// Frees a handle and the texts it still has out.
+/// Frees a handle and the texts it still has out; ends the acquisition that it started.
 int freeHandle(Fg_Struct* record);
 /// The last code of a handle; with a null record that of the last opening.
 int lastError(Fg_Struct* record);
@@ -32,6 +32,8 @@ RegisterInfo* parameterTree(Fg_Struct* record, int port);
 int saveConfiguration(Fg_Struct* record, const char* fileName);
 /// Identifier of the design; positive.
 int designType(Fg_Struct* record);
+
+// Taking pictures; FrameMemory.h says what the values mean. Flags are not used.
 
 int acquire(Fg_Struct* record, unsigned dmaIndex, std::int64_t pictures, int flags, dma_mem* memory);
 int stopAcquire(Fg_Struct* record, unsigned dmaIndex, dma_mem* memory, int flags);

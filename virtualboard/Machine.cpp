@@ -22,8 +22,15 @@ GXdevice* Machine::insert() {
 }
 
 void Machine::remove(GXdevice* device) {
-    const std::lock_guard lock(mutex_);
-    boards_.erase(device);
+    std::shared_ptr<Board> board;
+    {
+        const std::lock_guard lock(mutex_);
+        const auto found = boards_.find(device);
+        if (found == boards_.end()) return;
+        board = std::move(found->second);
+        boards_.erase(found);
+    }
+    board->endAcquisition(nullptr);  // handles may still be open
 }
 
 std::shared_ptr<Board> Machine::board(GXdevice* device) {
@@ -59,12 +66,38 @@ Fg_Struct* Machine::addHandle(std::unique_ptr<Handle> handle) {
 }
 
 bool Machine::removeHandle(Fg_Struct* record) {
-    std::unique_ptr<Handle> handle;  // freed after the lock is
+    std::unique_ptr<Handle> handle;
+    {
+        const std::lock_guard lock(mutex_);
+        const auto found = handles_.find(record);
+        if (found == handles_.end()) return false;
+        handle = std::move(found->second);
+        handles_.erase(found);
+    }
+    handle->board->endAcquisition(handle.get());
+    return true;
+}
+
+dma_mem* Machine::addMemory(std::shared_ptr<FrameRing> ring) {
+    auto* key = reinterpret_cast<dma_mem*>(ring.get());
     const std::lock_guard lock(mutex_);
-    const auto found = handles_.find(record);
-    if (found == handles_.end()) return false;
-    handle = std::move(found->second);
-    handles_.erase(found);
+    memories_.emplace(key, std::move(ring));
+    return key;
+}
+
+std::shared_ptr<FrameRing> Machine::memory(dma_mem* memory) {
+    const std::lock_guard lock(mutex_);
+    const auto found = memories_.find(memory);
+    return found == memories_.end() ? nullptr : found->second;
+}
+
+bool Machine::removeMemory(dma_mem* memory) {
+    std::shared_ptr<FrameRing> ring;  // freed after the lock is
+    const std::lock_guard lock(mutex_);
+    const auto found = memories_.find(memory);
+    if (found == memories_.end()) return false;
+    ring = std::move(found->second);
+    memories_.erase(found);
     return true;
 }
 

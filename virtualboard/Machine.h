@@ -10,6 +10,7 @@
 #include <string>
 
 #include "virtualboard/Board.h"
+#include "virtualboard/FrameRing.h"
 
 namespace virtualboard {
 
@@ -36,12 +37,13 @@ inline Handle* handleOf(Fg_Struct* record) {
     return record != nullptr ? static_cast<Handle*>(record->instance) : nullptr;
 }
 
-/// The boards, designs and handles of this process. Thread-safe.
+/// The boards, designs, handles and picture memories of this process. Thread-safe.
 class Machine {
  public:
     static Machine& instance();
 
     GXdevice* insert();
+    /// Ends the board's acquisition and takes it out.
     void remove(GXdevice* device);
     /// Null for a pointer that is not a board of this machine.
     std::shared_ptr<Board> board(GXdevice* device);
@@ -52,8 +54,14 @@ class Machine {
     std::shared_ptr<const Design> design(fpga_design* design);
 
     Fg_Struct* addHandle(std::unique_ptr<Handle> handle);
-    /// False for a record that is no open handle.
+    /// Ends the acquisition that the handle started. False for a record that is no open handle.
     bool removeHandle(Fg_Struct* record);
+
+    dma_mem* addMemory(std::shared_ptr<FrameRing> ring);
+    /// Null for a pointer that is no picture memory of this machine.
+    std::shared_ptr<FrameRing> memory(dma_mem* memory);
+    /// False for a pointer that is no picture memory of this machine.
+    bool removeMemory(dma_mem* memory);
 
     OpeningFaults openingFaults();
     void changeOpeningFaults(const std::function<void(OpeningFaults&)>& change);
@@ -66,6 +74,7 @@ class Machine {
     std::map<GXdevice*, std::shared_ptr<Board>> boards_;
     std::map<fpga_design*, std::shared_ptr<const Design>> designs_;
     std::map<Fg_Struct*, std::unique_ptr<Handle>> handles_;
+    std::map<dma_mem*, std::shared_ptr<FrameRing>> memories_;
     OpeningFaults openingFaults_;
 };
 

@@ -128,6 +128,23 @@ void SignalAnalyzers::restartTrains(BoardTime now) {
     }
 }
 
+/// Takes fresh pulses into an analyzer's read-outs; `time` lies before the last of them.
+void SignalAnalyzers::count(Analyzer& analyzer, std::int64_t pulses, BoardTime time) {
+    analyzer.seen += pulses;
+    if (analyzer.count != nullptr) {
+        store(analyzer.count,
+              static_cast<std::uint32_t>(analyzer.count->value + static_cast<Number>(pulses)));
+    }
+    if (analyzer.seen < 2) return;  // one pulse has no period
+    const BoardTime clocks = time / kClockPeriod;
+    const double period = static_cast<double>(clocks) / kClocksPerMicrosecond;
+    store(analyzer.periodCurrent, fromDouble(period));
+    const double longest = analyzer.periodMax != nullptr ? toDouble(analyzer.periodMax->value) : 0;
+    store(analyzer.periodMax, fromDouble(std::max(longest, period)));
+    const double shortest = analyzer.periodMin != nullptr ? toDouble(analyzer.periodMin->value) : 0;
+    store(analyzer.periodMin, fromDouble(shortest > 0 ? std::min(shortest, period) : period));
+}
+
 void SignalAnalyzers::settle(BoardTime now) {
     bool counted = false;
     for (Analyzer& analyzer : analyzers_) {
@@ -137,19 +154,18 @@ void SignalAnalyzers::settle(BoardTime now) {
         if (fresh <= 0) continue;
         counted = true;
         analyzer.counted = pulses;
-        analyzer.seen += fresh;
-        if (analyzer.count != nullptr) {
-            store(analyzer.count,
-                  static_cast<std::uint32_t>(analyzer.count->value + static_cast<Number>(fresh)));
-        }
-        if (analyzer.seen < 2) continue;  // one pulse has no period
-        const BoardTime clocks = analyzer.train->period / kClockPeriod;
-        const double period = static_cast<double>(clocks) / kClocksPerMicrosecond;
-        store(analyzer.periodCurrent, fromDouble(period));
-        const double longest = analyzer.periodMax != nullptr ? toDouble(analyzer.periodMax->value) : 0;
-        store(analyzer.periodMax, fromDouble(std::max(longest, period)));
-        const double shortest = analyzer.periodMin != nullptr ? toDouble(analyzer.periodMin->value) : 0;
-        store(analyzer.periodMin, fromDouble(shortest > 0 ? std::min(shortest, period) : period));
+        count(analyzer, fresh, analyzer.train->period);
+    }
+    if (counted) updateDifference();
+}
+
+void SignalAnalyzers::pulse(Number signal, BoardTime time) {
+    bool counted = false;
+    for (Analyzer& analyzer : analyzers_) {
+        if (read(analyzer.select, 0) != signal) continue;
+        counted = true;
+        count(analyzer, 1, time - analyzer.lastPulse);
+        analyzer.lastPulse = time;
     }
     if (counted) updateDifference();
 }

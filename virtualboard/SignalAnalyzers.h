@@ -27,6 +27,10 @@ struct PulseTrain {
 /// brought up to date by `settle`; nothing runs in between.
 class SignalAnalyzers {
  public:
+    // Signals that come one by one, by their number in an analyzer's selector.
+    static constexpr Number kFrameStart = 35;
+    static constexpr Number kFrameEnd = 36;
+
     /// Finds a slot by the parameter's full name; null when the design lacks it.
     using FindSlot = std::function<Slot*(std::string_view)>;
 
@@ -38,6 +42,9 @@ class SignalAnalyzers {
 
     /// Follows a change of an acting slot.
     void changed(const Slot& slot, BoardTime now);
+
+    /// Counts a pulse of a signal that comes one by one.
+    void pulse(Number signal, BoardTime time);
 
     /// The train that carries lines from the camera or the generator.
     const PulseTrain& lines() const { return lines_; }
@@ -52,12 +59,14 @@ class SignalAnalyzers {
         const PulseTrain* train = nullptr;  ///< null when the selected signal does not pulse
         std::int64_t counted = 0;           ///< pulses of the present train that are in the count
         std::int64_t seen = 0;              ///< pulses in a row, from which periods can be told
+        BoardTime lastPulse = 0;            ///< of a signal that comes one by one
     };
 
     const PulseTrain* trainOf(Number signal) const;
     void restartTrains(BoardTime now);
     void follow(Analyzer& analyzer, BoardTime now);
     void clear(BoardTime now);
+    static void count(Analyzer& analyzer, std::int64_t pulses, BoardTime time);
     void updateDifference();
 
     Slot* mode_ = nullptr;
