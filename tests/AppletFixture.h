@@ -54,6 +54,7 @@ class OpenApplet {
 
     Fg_Struct* record() { return &record_; }
     virtualboard::Control& board() { return control_; }
+    GXdevice* device() { return device_; }
 
     /// Sets a parameter by name. `T` must be the parameter's own type: std::int32_t for enumerations.
     template <class T>

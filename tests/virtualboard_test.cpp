@@ -14,6 +14,7 @@
 #include "tests/BoardFixture.h"
 #include "virtualboard/Codes.h"
 #include "virtualboard/DesignData.h"
+#include "virtualboard/FrameMemory.h"
 
 namespace virtualboard::test {
 namespace {
@@ -247,12 +248,20 @@ TEST_F(VirtualBoardTest, SavesItsConfigurationAsText) {
     std::filesystem::remove(path);
 }
 
-TEST_F(VirtualBoardTest, SaysThatItHasNoPictures) {
-    EXPECT_EQ(kNoPictureSource, acquire(handle, 0, 1, 0, nullptr));
-    EXPECT_EQ(kNoPictureSource, lastError(handle));
-    EXPECT_EQ(kNoPictureSource, lastPicture(handle, 0, nullptr));
+TEST_F(VirtualBoardTest, TakesPicturesIntoAMemoryOnly) {
+    EXPECT_EQ(kNullPointer, acquire(handle, 0, 1, 0, nullptr));
+    EXPECT_EQ(kNullPointer, lastError(handle));
+    EXPECT_EQ(kNotAcquiring, lastPicture(handle, 0, nullptr));
     EXPECT_EQ(kUnknownDma, acquire(handle, 1, 1, 0, nullptr));
     EXPECT_EQ(kInvalidHandle, acquisitionStatus(nullptr, 0, 0, 0, nullptr));
+}
+
+TEST_F(VirtualBoardTest, TakesNoPicturesByADesignThatLacksWhatTheyNeed) {
+    const FrameMemory memory(1, 1024 * 1024 * 3);
+    close();
+    control.hide("Device1_Process0_ImageHeight_ImageHeight");
+    open(0);
+    EXPECT_EQ(kNoPictureSource, acquire(handle, 0, 1, 0, memory.get()));
 }
 
 }  // namespace

@@ -1,0 +1,447 @@
+/// The board takes pictures: through the exports, as a host does it.
+
+#include <chrono>
+#include <functional>
+#include <thread>
+
+#include "tests/AppletFixture.h"
+#include "tests/Threads.h"
+#include "virtualboard/Codes.h"
+#include "virtualboard/FrameMemory.h"
+#include "virtualboard/imaging/Scene.h"
+
+namespace marovine::test {
+namespace {
+
+using namespace virtualboard;
+using imaging::Image;
+using imaging::Pixel;
+
+constexpr int kSeconds = 60;  // for what comes sooner or later on a busy machine
+
+/// A scene whose pixels follow from their place.
+Image sceneOf(std::uint32_t width, std::uint32_t height,
+              const std::function<Pixel(std::uint32_t, std::uint32_t)>& at) {
+    Image scene(width, height);
+    for (std::uint32_t y = 0; y < height; ++y)
+        for (std::uint32_t x = 0; x < width; ++x) scene.at(x, y) = at(x, y);
+    return scene;
+}
+constexpr Pixel grey(std::uint32_t value) {
+    const auto byte = static_cast<std::uint8_t>(value);
+    return {byte, byte, byte};
+}
+/// Grey values rise by 3 per column: interpolation leaves such a ramp as it is, but for the outermost
+/// columns.
+Image columnRamp(std::uint32_t width) {
+    return sceneOf(width, 8, [](auto x, auto) { return grey(3 * x); });
+}
+/// Every row is as grey as its number says.
+Image rowRamp(std::uint32_t rows) {
+    return sceneOf(64, rows, [](auto, auto y) { return grey(y); });
+}
+
+Image copyOf(const FrameMemoryPicture& picture) {
+    Image copy(picture.width, picture.height);
+    std::copy_n(picture.pixels, copy.bytes().size(), copy.bytes().begin());
+    return copy;
+}
+
+class AcquisitionTest : public AppletTest {
+ protected:
+    AcquisitionTest() { applet.board().setClockMode(ClockMode::AsFastAsPossible); }
+
+    template <class T>
+    void set(const char* name, T value) {
+        ASSERT_EQ(0, applet.set(name, value)) << name;
+    }
+    void set(const char* name, const char* constant) { set(name, constantOf(constant)); }
+    void setWindow(std::uint32_t width, std::uint32_t height) {
+        set("FG_WIDTH", width);
+        set("FG_HEIGHT", height);
+    }
+
+    int acquire(const FrameMemory& memory, std::int64_t pictures = -1) {
+        return Fg_AcquireEx(applet.record(), 0, pictures, 0, memory.get());
+    }
+    int stop(const FrameMemory& memory) { return Fg_stopAcquireEx(applet.record(), 0, memory.get(), 0); }
+    std::int64_t waitFor(const FrameMemory& memory, std::int64_t picture, int timeout = kSeconds) {
+        return Fg_getLastPicNumberBlockingEx(applet.record(), picture, 0, timeout, memory.get());
+    }
+    std::int64_t status(const FrameMemory& memory, int parameter, std::int64_t data = 0) {
+        return Fg_getStatusEx(applet.record(), parameter, data, 0, memory.get());
+    }
+
+    /// The first picture of an acquisition.
+    Image take() {
+        const FrameMemory memory(1, std::size_t{64} * 64 * 3);
+        EXPECT_EQ(0, acquire(memory, 1));
+        EXPECT_EQ(1, waitFor(memory, 1));
+        const Image picture = copyOf(memory.picture(1));
+        EXPECT_EQ(0, stop(memory));
+        return picture;
+    }
+    std::int32_t read(const char* name) { return applet.get<std::int32_t>(name); }
+};
+
+/// Every `lines` lines a picture of 64 pixels' width, on a clock that stands still.
+class ManualClockTest : public AcquisitionTest {
+ protected:
+    ManualClockTest() {
+        applet.board().setClockManual();
+        applet.board().setScene(rowRamp(256));
+        setWindow(64, 100);
+    }
+    void pass(int lines) { applet.board().advanceClock(lines * 200e-6); }
+};
+
+// ---- what the picture shows ----
+
+TEST_F(AcquisitionTest, GammaMapsThePictureThroughItsTable) {
+    applet.board().setScene(sceneOf(64, 64, [](auto x, auto y) {
+        return Pixel{grey(4 * x).blue, grey(3 * y).green, grey(255 - x).red};
+    }));
+    setWindow(64, 64);
+    const Image plain = take();
+    set("FG_PROCESSING_GAMMA", 2.2);
+    const Image bright = take();
+    const auto table = std::get<std::vector<std::uint32_t>>(
+        applet.board().value("Device1_Process0_LookupTable_G_LUTcontent"));
+    EXPECT_NE(table[100], 100u);
+    for (std::size_t i = 0; i < plain.bytes().size(); ++i)
+        ASSERT_EQ(table[plain.bytes()[i]], bright.bytes()[i]) << "byte " << i;
+}
+
+TEST_F(AcquisitionTest, BayerPhaseAndGainsColourThePicture) {
+    setWindow(64, 8);
+    const Pixel orange{.blue = 10, .green = 60, .red = 200};
+    applet.board().setScene(Image(64, 8, orange));
+    EXPECT_EQ(orange, take().at(20, 4));
+    // The white balance takes sensor pixels by the same phase; gains of 1 keep it out of this.
+    set("FG_BAYERINIT", 1);
+    EXPECT_EQ((Pixel{200, 60, 10}), take().at(20, 4)) << "red and blue change places";
+    set("FG_BAYERINIT", 2);
+    set("FG_SCALINGFACTOR_RED", 0.5);
+    set("FG_SCALINGFACTOR_BLUE", 3.0);
+    EXPECT_EQ((Pixel{30, 60, 100}), take().at(20, 4));
+}
+
+TEST_F(AcquisitionTest, WindowLiesFromTheVantagePoint) {
+    applet.board().setScene(columnRamp(64));
+    set("FG_SENSORWIDTH", 64u);
+    setWindow(32, 8);
+    set("FG_XOFFSET", 16u);
+    const Image fromLeft = take();
+    set("FG_VANTAGEPOINT", "FG_VANTAGEPOINT_TOP_RIGHT");
+    const Image fromRight = take();
+    for (std::uint32_t x = 1; x + 1 < 32; ++x) {
+        EXPECT_EQ(grey(3 * (16 + x)), fromLeft.at(x, 3)) << x;
+        EXPECT_EQ(grey(3 * (63 - 16 - x)), fromRight.at(x, 3)) << x;
+    }
+}
+
+TEST_F(AcquisitionTest, GeneratorReplacesTheCamera) {
+    setWindow(64, 8);
+    set("FG_CAMERASIMULATOR_WIDTH", 64u);
+    set("FG_CAMERASIMULATOR_HEIGHT", 8u);
+    set("FG_CAMERASIMULATOR_ENABLE", 1);
+    set("FG_CAMERASIMULATOR_PATTERN", "FG_HORIZONTAL");
+    const Image picture = take();
+    for (std::uint32_t x = 1; x < 63; ++x) EXPECT_EQ(grey(x), picture.at(x, 4)) << x;
+}
+
+TEST_F(AcquisitionTest, SelectorPassesOneOfEachPeriod) {
+    applet.board().setScene(rowRamp(256));
+    setWindow(64, 4);
+    set("FG_IMG_SELECT_PERIOD", 4u);
+    set("FG_IMG_SELECT", 2u);
+    const FrameMemory memory(3, 64 * 4 * 3);
+    ASSERT_EQ(0, acquire(memory));
+    for (const std::uint32_t number : {1u, 2u, 3u}) {
+        ASSERT_EQ(number, waitFor(memory, number));
+        const std::uint32_t skipped = 2 + 4 * (number - 1);
+        EXPECT_EQ(grey(4 * skipped + 1), copyOf(memory.picture(number)).at(10, 1));
+    }
+    EXPECT_EQ(0, status(memory, FRAME_STATUS_LOST));
+}
+
+TEST_F(AcquisitionTest, FollowsSceneBeltAndCameraUnderWay) {
+    applet.board().setScene(rowRamp(256));
+    setWindow(64, 4);
+    const FrameMemory memory(2, 64 * 4 * 3);
+    ASSERT_EQ(0, acquire(memory));
+    ASSERT_EQ(1, waitFor(memory, 1));
+    EXPECT_EQ(grey(2), copyOf(memory.picture(1)).at(10, 2));
+    applet.board().setBelt({.speed = 5000, .objectPixel = 1});
+    applet.board().setScene(Image(64, 4, grey(100)));
+    imaging::CameraTraits darker;
+    darker.neutralExposure = 38;
+    applet.board().setCamera(darker);
+    ASSERT_EQ(2, waitFor(memory, 2));
+    EXPECT_EQ(grey(50), copyOf(memory.picture(2)).at(10, 2));
+    EXPECT_EQ(0, stop(memory));
+    applet.board().showTestChart();
+    EXPECT_THROW(applet.board().setInput(12, true), std::invalid_argument);
+}
+
+// ---- the stream ----
+
+TEST_F(AcquisitionTest, AHundredLargePicturesComeInOrderAndNoneIsLost) {
+    setWindow(2048, 1024);
+    set("FG_SIGNAL_ANALYZER_0_SOURCE", "FG_SIGNAL_CAM0_FRAME_END");
+    set("FG_SIGNAL_ANALYZER_CLEAR", 1);
+    const FrameMemory memory(4, std::size_t{2048} * 1024 * 3);
+    ASSERT_EQ(0, acquire(memory, 100));
+    for (std::int64_t number = 1; number <= 100; ++number) {
+        ASSERT_EQ(number, waitFor(memory, number));
+        const FrameMemoryPicture picture = memory.picture(number);
+        ASSERT_EQ(number, picture.number);
+        ASSERT_EQ(2048u, picture.width);
+        ASSERT_EQ(1024u, picture.height);
+    }
+    EXPECT_EQ(kNoMorePictures, waitFor(memory, 101));
+    EXPECT_EQ(0, status(memory, FRAME_STATUS_LOST));
+    EXPECT_EQ(100u, applet.get<std::uint32_t>("FG_SIGNAL_ANALYZER_0_PULSE_COUNT"));
+    EXPECT_EQ(102400u, applet.get<std::uint32_t>("FG_SIGNAL_ANALYZER_1_PULSE_COUNT")) << "lines";
+    EXPECT_EQ(204800.0, applet.get<double>("FG_SIGNAL_ANALYZER_0_PERIOD_CURRENT"));
+    EXPECT_EQ(0, stop(memory));
+    EXPECT_EQ(100, Fg_getLastPicNumberEx(applet.record(), 0, memory.get())) << "counts outlast the stop";
+}
+
+TEST_F(AcquisitionTest, APollingHostGetsPicturesToo) {
+    setWindow(64, 4);
+    const FrameMemory memory(1, 64 * 4 * 3);
+    ASSERT_EQ(0, acquire(memory));
+    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(kSeconds);
+    while (Fg_getLastPicNumberEx(applet.record(), 0, memory.get()) < 3) {
+        ASSERT_LT(std::chrono::steady_clock::now(), giveUp);
+        std::this_thread::yield();
+    }
+}
+
+TEST_F(ManualClockTest, AHostThatDoesNotReadLosesPictures) {
+    const FrameMemory memory(4, 64 * 100 * 3);
+    ASSERT_EQ(0, acquire(memory));
+    pass(299);
+    EXPECT_EQ(50, read("FG_FILLLEVEL"));
+    EXPECT_EQ(0, read("FG_OVERFLOW"));
+    pass(301);  // six pictures for four buffers
+    EXPECT_EQ(1, read("FG_OVERFLOW"));
+    EXPECT_EQ(100, read("FG_FILLLEVEL"));
+    EXPECT_EQ(2, status(memory, FRAME_STATUS_LOST));
+    ASSERT_EQ(4, waitFor(memory, 4)) << "the host has done with three";
+    EXPECT_EQ(1, status(memory, FRAME_STATUS_UNREAD));
+    EXPECT_EQ(1, read("FG_OVERFLOW")) << "until a picture finds room";
+    pass(100);
+    ASSERT_EQ(5, waitFor(memory, 5));
+    EXPECT_EQ(0, read("FG_OVERFLOW"));
+    EXPECT_EQ(25, read("FG_FILLLEVEL"));
+    // Picture 5 is the seventh of the stream: lost ones leave no gap in the numbers but one on the belt.
+    EXPECT_EQ(grey((600 + 50) % 256), copyOf(memory.picture(5)).at(10, 50));
+    EXPECT_EQ(0, status(memory, FRAME_STATUS_BUFFER, 5));
+    EXPECT_EQ(kPictureGone, status(memory, FRAME_STATUS_BUFFER, 1)) << "overwritten";
+    EXPECT_EQ(nullptr, memory.picture(1).pixels);
+    EXPECT_EQ(0, stop(memory));
+    EXPECT_EQ(0, read("FG_FILLLEVEL"));
+}
+
+TEST_F(ManualClockTest, ANewLinePeriodCountsOnFromTheLineThatRuns) {
+    const FrameMemory memory(4, 64 * 100 * 3);
+    ASSERT_EQ(0, acquire(memory));
+    pass(50);
+    set("FG_LINEPERIODE", 400.0);
+    pass(98);  // 49 lines
+    EXPECT_EQ(0, read("FG_FILLLEVEL"));
+    pass(2);
+    ASSERT_EQ(1, waitFor(memory, 1));
+    set("FG_EXSYNCON", 0);
+    pass(1000);
+    EXPECT_EQ(1, status(memory, FRAME_STATUS_UNREAD)) << "no ExSync, no lines";
+    set("FG_EXSYNCON", 1);
+    pass(200);
+    EXPECT_EQ(2, waitFor(memory, 2));
+}
+
+TEST_F(AcquisitionTest, InRealTimePicturesComeByThemselves) {
+    applet.board().setClockMode(ClockMode::RealTime);
+    setWindow(64, 10);  // 2 ms each
+    const FrameMemory memory(4, 64 * 10 * 3);
+    ASSERT_EQ(0, acquire(memory));
+    ASSERT_LE(1, waitFor(memory, 1));
+    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(kSeconds);
+    while (status(memory, FRAME_STATUS_LOST) < 3) {
+        ASSERT_LT(std::chrono::steady_clock::now(), giveUp);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    EXPECT_EQ(1, read("FG_OVERFLOW"));
+    EXPECT_LE(8, waitFor(memory, 8)) << "the host reads again";
+}
+
+// ---- the image trigger ----
+
+TEST_F(ManualClockTest, ASoftwareTriggerStartsAPicture) {
+    set("FG_IMGTRIGGERMODE", "ASYNC_TRIGGER");
+    set("FG_IMGTRIGGERINSRC", "TRGINSOFTWARE");
+    const FrameMemory memory(4, 64 * 100 * 3);
+    ASSERT_EQ(0, acquire(memory));
+    pass(250);
+    EXPECT_EQ(kTimeout, waitFor(memory, 1, 0));
+    EXPECT_EQ(0, read("FG_IMGTRIGGER_IS_BUSY"));
+    set("FG_SENDSOFTWARETRIGGER", 1);
+    EXPECT_EQ(1, read("FG_IMGTRIGGER_IS_BUSY"));
+    pass(50);
+    set("FG_SENDSOFTWARETRIGGER", 1);  // comes while the picture lasts
+    pass(500);
+    EXPECT_EQ(0, read("FG_IMGTRIGGER_IS_BUSY"));
+    ASSERT_EQ(1, waitFor(memory, 1));
+    EXPECT_EQ(grey(250 + 3), copyOf(memory.picture(1)).at(10, 3));
+    EXPECT_EQ(kTimeout, waitFor(memory, 2, 0));
+    set("FG_IMGTRIGGERINSRC", "TRGINSRC_GPI_0");
+    set("FG_SENDSOFTWARETRIGGER", 1);
+    EXPECT_EQ(0, read("FG_IMGTRIGGER_IS_BUSY")) << "the software is not the source";
+}
+
+TEST_F(ManualClockTest, AnInputTriggersAndGates) {
+    struct Case {
+        const char* mode;
+        const char* polarity;
+        bool level;  // that is active
+        std::uint32_t rows;
+    };
+    for (const auto& c : {Case{"ASYNC_TRIGGER", "HIGH_ON_ZERO_HIGH", true, 100},
+                          Case{"ASYNC_TRIGGER", "HIGH_ON_ZERO_LOW", false, 100},
+                          Case{"ASYNC_GATED", "HIGH_ON_ZERO_HIGH", true, 40},
+                          Case{"ASYNC_GATED", "HIGH_ON_ZERO_LOW", false, 40}}) {
+        SCOPED_TRACE(std::string(c.mode) + ", " + c.polarity);
+        set("FG_IMGTRIGGERMODE", c.mode);
+        set("FG_IMGTRIGGERINSRC", "TRGINSRC_FRONT_GPI_2");
+        set("FG_IMGTRIGGERINPOLARITY", c.polarity);
+        applet.board().setInput(10, !c.level);
+        const FrameMemory memory(4, 64 * 100 * 3);
+        ASSERT_EQ(0, acquire(memory));
+        pass(10);
+        applet.board().setInput(3, true);  // another input
+        EXPECT_EQ(0, read("FG_IMGTRIGGER_IS_BUSY"));
+        applet.board().setInput(10, c.level);
+        EXPECT_EQ(1, read("FG_IMGTRIGGER_IS_BUSY"));
+        pass(40);
+        applet.board().setInput(10, !c.level);
+        pass(300);
+        EXPECT_EQ(1, waitFor(memory, 1));
+        EXPECT_EQ(c.rows, memory.picture(1).height);
+        EXPECT_EQ(1, status(memory, FRAME_STATUS_UNREAD));
+        applet.board().setInput(3, false);
+        EXPECT_EQ(0, stop(memory));
+    }
+}
+
+// ---- refusals and endings ----
+
+TEST_F(AcquisitionTest, RefusesWhatMakesNoSense) {
+    setWindow(64, 8);
+    const FrameMemory memory(2, 64 * 8 * 3), other(2, 64 * 8 * 3), small(2, 64 * 8 * 3 - 1);
+    EXPECT_EQ(kNotAcquiring, stop(memory));
+    EXPECT_EQ(kNotAcquiring, applet.lastError());
+    EXPECT_EQ(kNotAcquiring, waitFor(memory, 1));
+    EXPECT_EQ(kNotAcquiring, status(memory, FRAME_STATUS_LOST));
+    EXPECT_EQ(kNullPointer, Fg_AcquireEx(applet.record(), 0, 1, 0, nullptr));
+    EXPECT_EQ(kUnknownMemory, Fg_AcquireEx(applet.record(), 0, 1, 0, reinterpret_cast<dma_mem*>(this)));
+    EXPECT_EQ(kUnknownDma, Fg_AcquireEx(applet.record(), 1, 1, 0, memory.get()));
+    EXPECT_EQ(kMemoryTooSmall, acquire(small));
+    EXPECT_EQ(kOutOfRange, acquire(memory, 0));
+    EXPECT_EQ(kOutOfRange, acquire(memory, -2));
+
+    ASSERT_EQ(0, acquire(memory, 3));
+    EXPECT_EQ(kAlreadyAcquiring, acquire(other));
+    EXPECT_EQ(kForeignMemory, stop(other));
+    EXPECT_EQ(kForeignMemory, waitFor(other, 1));
+    EXPECT_EQ(kNullPointer, Fg_getLastPicNumberEx(applet.record(), 0, nullptr));
+    EXPECT_EQ(kOutOfRange, waitFor(memory, 0));
+    EXPECT_EQ(kOutOfRange, waitFor(memory, 1, -1));
+    EXPECT_EQ(kNoMorePictures, waitFor(memory, 4));
+    EXPECT_EQ(kUnknownStatus, status(memory, 99));
+    EXPECT_EQ(3, waitFor(memory, 3));
+    EXPECT_EQ(1, status(memory, FRAME_STATUS_RUNNING)) << "until the stop";
+    {
+        OpenApplet second;
+        EXPECT_EQ(0, second.set("FG_HEIGHT", 4u));
+        EXPECT_EQ(0, second.set("FG_WIDTH", 64u));
+        EXPECT_EQ(kMemoryInUse, Fg_AcquireEx(second.record(), 0, 1, 0, memory.get()));
+    }
+    EXPECT_EQ(0, stop(memory));
+    EXPECT_EQ(0, status(memory, FRAME_STATUS_RUNNING));
+    EXPECT_EQ(nullptr, FrameMemoryCreate(0, 100));
+    EXPECT_EQ(nullptr, FrameMemoryCreate(1, std::size_t{1} << 62));
+    EXPECT_EQ(kUnknownMemory, FrameMemoryFree(reinterpret_cast<dma_mem*>(this)));
+    EXPECT_EQ(kNullPointer, FrameMemoryRead(memory.get(), 1, nullptr));
+}
+
+TEST_F(ManualClockTest, APictureThatDoesNotComeTimesOut) {
+    const FrameMemory memory(2, 64 * 100 * 3);
+    ASSERT_EQ(0, acquire(memory));
+    const auto before = std::chrono::steady_clock::now();
+    EXPECT_EQ(kTimeout, waitFor(memory, 1, 1));
+    EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::seconds(1));
+    EXPECT_EQ(kTimeout, applet.lastError());
+}
+
+TEST_F(ManualClockTest, AWaitingHostIsTold) {
+    const FrameMemory memory(2, 64 * 100 * 3);
+    ASSERT_EQ(0, acquire(memory));
+    std::thread waiting([&] { EXPECT_EQ(kStopped, waitFor(memory, 1)); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(0, stop(memory));
+    waiting.join();
+}
+
+TEST_F(AcquisitionTest, EndsWithMemoryHandleAndBoard) {
+    setWindow(64, 4);
+    applet.board().setClockMode(ClockMode::RealTime);
+    {
+        const FrameMemory passing(2, 64 * 4 * 3);
+        ASSERT_EQ(0, acquire(passing));
+        ASSERT_LE(1, waitFor(passing, 1));
+    }
+    applet.reopen(1);  // frees the handle that acquires
+    const FrameMemory memory(2, 64 * 4 * 3);
+    ASSERT_EQ(0, acquire(memory));
+    EXPECT_EQ(1u, applet.get<std::uint32_t>("FG_DMASTATUS"));
+    ASSERT_LE(1, waitFor(memory, 1));
+    removeBoard(applet.device());
+    EXPECT_EQ(kStopped, waitFor(memory, 1'000'000));
+    EXPECT_EQ(kNotAcquiring, stop(memory));
+}
+
+TEST_F(AcquisitionTest, ServesSeveralThreads) {
+    applet.board().setClockMode(ClockMode::RealTime);
+    setWindow(64, 4);
+    const FrameMemory memory(3, 64 * 64 * 3);
+    for (int round = 0; round < 3; ++round) {
+        ASSERT_EQ(0, acquire(memory));
+        onThreads(4, [&](int thread) {
+            for (int i = 1; i <= 25; ++i) {
+                if (thread == 0) {
+                    const std::int64_t last = waitFor(memory, i);
+                    EXPECT_LE(i, last);
+                    const FrameMemoryPicture picture = memory.picture(last);
+                    ASSERT_EQ(last, picture.number) << "not done with: stays";
+                    EXPECT_NE(0u, picture.pixels[0] + picture.width);
+                } else if (thread == 1) {
+                    EXPECT_EQ(0, applet.set("FG_HEIGHT", i % 2 == 0 ? 4u : 64u));
+                    EXPECT_EQ(0, applet.set("FG_PROCESSING_GAMMA", 1.0 + i / 100.0));
+                } else if (thread == 2) {
+                    applet.board().setInput(0, i % 2 == 0);
+                    applet.board().setBelt({.speed = 100.0 * i});
+                    EXPECT_LE(0, status(memory, FRAME_STATUS_UNREAD));
+                } else {
+                    EXPECT_LE(0, read("FG_FILLLEVEL"));
+                    EXPECT_LE(0, read("FG_SIGNAL_ANALYZER_0_PULSE_COUNT"));
+                }
+            }
+        });
+        ASSERT_EQ(0, stop(memory));
+    }
+}
+
+}  // namespace
+}  // namespace marovine::test
