@@ -17,19 +17,22 @@ Applet& withStoppedClock(Applet& applet) {
 
 }  // namespace
 
-void addTraceOption(CLI::App& command, TraceOption& option) {
-    command
-        .add_option("--trace", option.text,
-                    "Print every design write in order; with FILE.json or FILE.csv, keep them there")
-        ->type_name("[FILE]")
-        ->check([](const std::string& text) {
-            const bool good = text == "-" || text.ends_with(".json") || text.ends_with(".csv");
-            return good ? std::string() : text + " ends neither in .json nor in .csv";
-        });
+void addTraceOption(CommandLine command, TraceOption& option) {
+    command.option("--trace", &option.text,
+                   "Print every design write in order; with FILE.json or FILE.csv, keep them there",
+                   {.type = "[FILE]"});
+}
+
+std::filesystem::path TraceOption::file() const {
+    if (text == "-") return {};
+    if (!text.empty() && !text.ends_with(".json") && !text.ends_with(".csv"))
+        throw UsageError(text + " ends neither in .json nor in .csv");
+    return text;
 }
 
 ChangeReport::ChangeReport(Applet& applet, TraceOption trace)
     : applet_(withStoppedClock(applet)), option_(std::move(trace)), before_(applet) {
+    static_cast<void>(option_.file());  // a name without meaning is told before anything is set
     if (option_.wanted()) trace_.emplace(applet_);
 }
 
@@ -64,8 +67,9 @@ void ChangeReport::print(const Console& console) const {
     printMoved(console);
     if (!trace_) return;
     if (!option_.file().empty()) {
-        console.out() << trace_->writes().size() << " design writes kept in " << option_.file().string()
-                      << '\n';
+        const auto count = trace_->writes().size();
+        console.out() << count << (count == 1 ? " design write" : " design writes") << " kept in "
+                      << option_.file().string() << '\n';
         return;
     }
     console.out() << '\n';
@@ -75,20 +79,20 @@ void ChangeReport::print(const Console& console) const {
 
 void ChangeReport::printSettings(const Console& console) const {
     for (const auto& setting : settings_) {
-        const auto* was = before_.find(setting.parameter);
         const auto* is = after_->find(setting.parameter);
-        if (is == nullptr || !is->value) {
-            console.out() << setting.parameter << " = " << setting.requested << '\n';
-            continue;
+        const auto moved = std::find_if(changes_.begin(), changes_.end(), [&](const auto& change) {
+            return change.parameter == setting.parameter && isRequested(change);
+        });
+        std::string value = setting.requested;
+        if (moved != changes_.end()) {
+            value = moved->after + (moved->unit.empty() ? "" : " " + moved->unit);
+        } else if (is != nullptr && is->value && !std::holds_alternative<Field>(*is->value)) {
+            value = is->parameter.textWithUnit(*is->value);
         }
-        const Parameter& parameter = is->parameter;
-        console.out() << console.styled(Style::Bold, parameter.name) << " = "
-                      << parameter.textWithUnit(*is->value);
-        if (was != nullptr && was->value)
-            console.out() << console.styled(
-                Style::Dim, *was->value == *is->value ? "  (as before)"
-                                                      : "  (was " + parameter.textOf(*was->value) + ")");
-        console.out() << '\n';
+        console.out() << console.styled(Style::Bold, setting.parameter) << " = " << value << "  "
+                      << console.styled(Style::Dim, moved != changes_.end() ? "(was " + moved->before + ")"
+                                                                            : "(as before)")
+                      << '\n';
     }
 }
 
@@ -96,13 +100,16 @@ void ChangeReport::printMoved(const Console& console) const {
     Table table;
     for (const auto& change : changes_) {
         if (isRequested(change)) continue;
-        const std::string unit =
-            change.unit.empty() || change.aspect == Change::Aspect::Access ? "" : " " + change.unit;
-        table.add({change.parameter, nameOf(change.aspect), change.before + " -> " + change.after + unit});
+        const bool bare = change.unit.empty() || change.aspect == Change::Aspect::Access;
+        table.add({change.parameter, nameOf(change.aspect),
+                   change.before + " -> " + change.after + (bare ? "" : " " + change.unit)});
     }
-    if (table.empty()) return;
-    console.out() << '\n';
-    console.heading("Also moved");
+    if (settings_.empty()) {
+        console.heading(table.empty() ? "Nothing moved" : "Moved");
+    } else if (!table.empty()) {
+        console.out() << '\n';
+        console.heading("Also moved");
+    }
     table.print(console);
 }
 

@@ -8,9 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "host/Client.h"
+#include "host/CommandLine.h"
 #include "host/Console.h"
 #include "host/Json.h"
 #include "host/Snapshot.h"
@@ -23,10 +22,11 @@ struct TraceOption {
     std::string text;  ///< empty without the option, "-" without a file
 
     bool wanted() const { return !text.empty(); }
-    std::filesystem::path file() const { return text == "-" ? "" : text; }
+    /// The file to keep the writes in; empty without one. Throws `UsageError` for another ending.
+    std::filesystem::path file() const;
 };
 
-void addTraceOption(CLI::App& command, TraceOption& option);
+void addTraceOption(CommandLine command, TraceOption& option);
 
 /// Watches an applet while settings are changed. The board's clock stands still from the making of the object
 /// until `finish`, so that running counters are not taken for changes.

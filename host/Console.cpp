@@ -76,11 +76,14 @@ std::vector<std::string> wrapped(std::string_view text, std::size_t columns) {
     std::vector<std::string> lines;
     while (columnsOf(text) > columns) {
         const std::size_t fits = bytesOf(text, columns);
-        std::size_t end = text.rfind(' ', fits);
-        const bool atBlank = end != std::string_view::npos && end > 0;
-        if (!atBlank) end = fits;
-        lines.emplace_back(text.substr(0, end));
-        text.remove_prefix(atBlank ? end + 1 : end);
+        // A blank may stand just behind the line, a comma must still fit.
+        std::size_t end = std::max(text.rfind(' ', fits) + 1, fits == 0 ? 0 : text.rfind(',', fits - 1) + 1);
+        if (end <= 1) end = text.find_first_of(" ,", fits) + 1;
+        if (end == 0) break;
+        std::string line(text.substr(0, end));
+        if (line.ends_with(' ')) line.pop_back();
+        lines.push_back(std::move(line));
+        text.remove_prefix(end);
     }
     lines.emplace_back(text);
     return lines;

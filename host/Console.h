@@ -20,7 +20,7 @@ enum class Style { Plain, Bold, Dim, Good, Bad, Accent };
 std::size_t columnsOf(std::string_view text);
 /// A text padded with blanks to a number of columns.
 std::string padded(std::string_view text, std::size_t columns);
-/// A text broken at blanks into lines of at most `columns`; a longer word is cut.
+/// A text broken at blanks and behind commas into lines of at most `columns`; a longer word stays whole.
 std::vector<std::string> wrapped(std::string_view text, std::size_t columns);
 
 /// Where a command writes its results.

@@ -99,14 +99,10 @@ void explainNumber(Rehearsal& rehearsal, const Parameter& parameter, const Setti
     result.causes = causesAgainst(rehearsal, setting);
     if (!result.causes.empty()) return;
     // No other parameter admits this value; but the limit itself may still have moved.
-    const auto widest = widestRange(parameter);
     const auto next = beyond(parameter, limit, upwards);
-    if (!widest || !next) return;
+    if (!next) return;
     result.causes = causesAgainst(rehearsal, {parameter.name, *next});
     for (auto& cause : result.causes) cause.remedies.clear();
-    if (result.causes.empty()) return;
-    const Value& end = upwards ? widest->second : widest->first;
-    result.rule += (upwards ? " and above " : " and below ") + textOf(end) + ", where the widest range ends";
 }
 
 /// The write that the design refused, when the board still has it in its journal.
@@ -130,6 +126,7 @@ std::string causesText(const std::vector<Cause>& causes) {
 }
 
 std::string remedyText(const Cause& cause) {
+    if (cause.remedies.empty()) return "no value of " + cause.parameter + " alone makes room for it";
     std::string text = "set " + cause.parameter + " to " + joined(cause.remedies, "or");
     if (cause.direction == Cause::Direction::OrMore) text += " or more";
     if (cause.direction == Cause::Direction::OrLess) text += " or less";
@@ -150,9 +147,11 @@ std::vector<std::string> Explanation::advice() const {
     if (code != error::wrongStep && !nearest.empty())
         lines.push_back("nearest accepted: " + joined(nearest, "and"));
     std::size_t named = 0;
-    for (const auto& cause : causes)
-        if (!cause.remedies.empty() && named++ < kNamedCauses)
-            lines.push_back((named == 1 ? "or first " : "or ") + remedyText(cause));
+    for (const auto& cause : causes) {
+        if (named++ == kNamedCauses) break;
+        const std::string start = cause.remedies.empty() ? "" : named == 1 ? "or first " : "or ";
+        lines.push_back(start + remedyText(cause));
+    }
     if (!accepted.empty()) lines.push_back("accepted now: " + accepted);
     return lines;
 }

@@ -25,7 +25,10 @@ SettingText parseSetting(std::string_view text) {
 }
 
 const Console& Session::console() {
-    if (!console_) console_.emplace(options.colour);
+    if (!console_)
+        console_.emplace(options.colour == "always"  ? Colour::Always
+                         : options.colour == "never" ? Colour::Never
+                                                     : Colour::Auto);
     return *console_;
 }
 

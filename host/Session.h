@@ -42,7 +42,7 @@ struct GlobalOptions {
     std::vector<std::string> settings;  ///< --set, applied after the configuration
     bool attach = false;                ///< --attach: no defaults
     std::optional<int> logLevel;        ///< --log
-    Colour colour = Colour::Auto;       ///< --color
+    std::string colour = "auto";        ///< --color: auto, always or never
 };
 
 class Session {

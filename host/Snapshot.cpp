@@ -22,6 +22,26 @@ std::string accessText(const Parameter& parameter) {
     return parameter.writable ? "read and write" : "read only";
 }
 
+/// The differing stretch of two fields, "[3] 9 8" for the elements 3 and 4.
+std::string stretchText(const Field& field, std::size_t first, std::size_t end) {
+    const auto begin = field.begin();
+    return "[" + std::to_string(first) + "] " +
+           textOf(
+               Field(begin + static_cast<std::ptrdiff_t>(first), begin + static_cast<std::ptrdiff_t>(end)));
+}
+
+Change changeOf(const Field& before, const Field& after) {
+    const auto [was, is] = std::mismatch(before.begin(), before.end(), after.begin(), after.end());
+    const auto first = static_cast<std::size_t>(was - before.begin());
+    const auto [lastWas, lastIs] =
+        std::mismatch(before.rbegin(), before.rend(), after.rbegin(), after.rend());
+    return {.parameter = {},
+            .aspect = Change::Aspect::HeldValue,
+            .before = stretchText(before, first, static_cast<std::size_t>(lastWas.base() - before.begin())),
+            .after = stretchText(after, first, static_cast<std::size_t>(lastIs.base() - after.begin())),
+            .unit = {}};
+}
+
 void compare(const ParameterState& before, const ParameterState& after, std::vector<Change>& changes) {
     const Parameter& was = before.parameter;
     const Parameter& is = after.parameter;
@@ -29,9 +49,15 @@ void compare(const ParameterState& before, const ParameterState& after, std::vec
         if (from != to) changes.push_back({is.name, aspect, std::move(from), std::move(to), is.unit});
     };
     if (before.value && after.value && *before.value != *after.value) {
-        // The whole values differ even if their shortened texts do not.
-        changes.push_back({is.name, Change::Aspect::HeldValue, was.textOf(*before.value),
-                           is.textOf(*after.value), is.unit});
+        Change change{is.name, Change::Aspect::HeldValue, was.textOf(*before.value), is.textOf(*after.value),
+                      is.unit};
+        const auto* fieldBefore = std::get_if<Field>(&*before.value);
+        const auto* fieldAfter = std::get_if<Field>(&*after.value);
+        if (fieldBefore != nullptr && fieldAfter != nullptr) {
+            change = changeOf(*fieldBefore, *fieldAfter);
+            change.parameter = is.name;
+        }
+        changes.push_back(std::move(change));
     }
     if (was.range && is.range) {
         add(Change::Aspect::Minimum, textOf(was.range->minimum), textOf(is.range->minimum));

@@ -11,7 +11,7 @@ namespace marovine::host {
 namespace {
 
 /// Elements of a long field that are printed before and after the gap.
-constexpr std::size_t kShownElements = 8;
+constexpr std::size_t kShownElements = 5;
 
 std::string textOfField(const Field& field, bool whole) {
     std::string text;

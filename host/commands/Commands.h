@@ -5,26 +5,31 @@
 
 #include <array>
 
-#include <CLI/CLI.hpp>
-
+#include "host/CommandLine.h"
 #include "host/Session.h"
 
 namespace marovine::host::commands {
 
 /// Adds a command's options and arguments to its parser and sets what it does.
-void defineDemo(CLI::App& command, Session& session);
-void defineDescribe(CLI::App& command, Session& session);
-void defineEvents(CLI::App& command, Session& session);
-void defineGet(CLI::App& command, Session& session);
-void defineInfo(CLI::App& command, Session& session);
-void defineList(CLI::App& command, Session& session);
-void defineSet(CLI::App& command, Session& session);
-void defineTree(CLI::App& command, Session& session);
+void defineDefaults(CommandLine command, Session& session);
+void defineDemo(CommandLine command, Session& session);
+void defineDescribe(CommandLine command, Session& session);
+void defineEvents(CommandLine command, Session& session);
+void defineGet(CommandLine command, Session& session);
+void defineInfo(CommandLine command, Session& session);
+void defineList(CommandLine command, Session& session);
+void defineLoad(CommandLine command, Session& session);
+void defineSave(CommandLine command, Session& session);
+void defineSet(CommandLine command, Session& session);
+void defineStatus(CommandLine command, Session& session);
+void defineTree(CommandLine command, Session& session);
+void defineWiring(CommandLine command, Session& session);
+void defineXml(CommandLine command, Session& session);
 
 struct Command {
     const char* name;
     const char* summary;
-    void (*define)(CLI::App& command, Session& session);
+    void (*define)(CommandLine command, Session& session);
 };
 
 /// All commands, in the order of the help.
@@ -37,6 +42,12 @@ inline constexpr std::array all{
     Command{"set", "Set parameters and see what else moves", defineSet},
     Command{"describe", "Explain a parameter: range, what limits it, what it drives", defineDescribe},
     Command{"events", "Events with the masks to wait for them", defineEvents},
+    Command{"status", "All read-outs: camera, buffer, inputs, analyzers, board", defineStatus},
+    Command{"wiring", "Which signal drives which output", defineWiring},
+    Command{"defaults", "The defaults, and what differs from them", defineDefaults},
+    Command{"save", "Save the configuration to a file", defineSave},
+    Command{"load", "Load a configuration and see what it changes", defineLoad},
+    Command{"xml", "The XML description of all parameters", defineXml},
 };
 
 }  // namespace marovine::host::commands

@@ -203,9 +203,9 @@ void run(Session& session) {
 
 }  // namespace
 
-void defineDemo(CLI::App& command, Session& session) {
+void defineDemo(CommandLine command, Session& session) {
     command.footer("Opens an applet of its own: --config and --set do not touch it.");
-    command.callback([&session] { run(session); });
+    command.action([&session] { run(session); });
 }
 
 }  // namespace marovine::host::commands

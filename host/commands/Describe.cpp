@@ -104,14 +104,14 @@ void run(const Options& options, Session& session) {
 
 }  // namespace
 
-void defineDescribe(CLI::App& command, Session& session) {
+void defineDescribe(CommandLine command, Session& session) {
     auto options = std::make_shared<Options>();
-    command.add_option("NAME", options->name, "The parameter")->required();
-    command.add_flag("--json", options->json, "As a JSON object");
+    command.argument("NAME", &options->name, "The parameter", {.required = true});
+    command.flag("--json", options->json, "As a JSON object");
     command.footer(
         "What limits a value, and which design parameters it drives, is tried out on a second instance in\n"
         "the same state; nothing of it reaches the first.");
-    command.callback([options, &session] { run(*options, session); });
+    command.action([options, &session] { run(*options, session); });
 }
 
 }  // namespace marovine::host::commands

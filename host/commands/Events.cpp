@@ -39,10 +39,10 @@ void run(bool json, Session& session) {
 
 }  // namespace
 
-void defineEvents(CLI::App& command, Session& session) {
+void defineEvents(CommandLine command, Session& session) {
     auto json = std::make_shared<bool>(false);
-    command.add_flag("--json", *json, "As a JSON array");
-    command.callback([json, &session] { run(*json, session); });
+    command.flag("--json", *json, "As a JSON array");
+    command.action([json, &session] { run(*json, session); });
 }
 
 }  // namespace marovine::host::commands

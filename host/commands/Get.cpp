@@ -34,14 +34,14 @@ void run(const Options& options, Session& session) {
 
 }  // namespace
 
-void defineGet(CLI::App& command, Session& session) {
+void defineGet(CommandLine command, Session& session) {
     auto options = std::make_shared<Options>();
-    command.add_option("NAME", options->names, "Parameters to read")->required();
-    command.add_flag("--json", options->json, "As a JSON object, name to value");
+    command.argument("NAME", &options->names, "Parameters to read", {.required = true});
+    command.flag("--json", options->json, "As a JSON object, name to value");
     command.footer(
         "One parameter prints its bare value, several print NAME=VALUE lines that `marovine set` takes.\n"
         "Enumerations show the constant's name; `marovine describe NAME` gives units and ranges.");
-    command.callback([options, &session] { run(*options, session); });
+    command.action([options, &session] { run(*options, session); });
 }
 
 }  // namespace marovine::host::commands

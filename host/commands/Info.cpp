@@ -1,11 +1,11 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <string>
 
 #include "host/Json.h"
+#include "host/SafeFile.h"
 #include "host/commands/Commands.h"
 
 namespace marovine::host::commands {
@@ -51,20 +51,12 @@ std::string_view answerBytes(const Library& library, int selector) {
     return {static_cast<const char*>(bytes), size};
 }
 
-void writeFile(const std::filesystem::path& file, std::string_view bytes) {
-    if (file.empty()) return;
-    std::ofstream out(file, std::ios::binary);
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    out.close();
-    if (!out) throw Failure(file.string() + " cannot be written");
-}
-
 void run(const Options& options, Session& session) {
     const auto library = session.library();
     const auto icon = answerBytes(*library, kIcon);
     const auto design = answerBytes(*library, kDesignImage);
-    writeFile(options.icon, icon);
-    writeFile(options.design, design);
+    if (!options.icon.empty()) writeSafely(options.icon, icon);
+    if (!options.design.empty()) writeSafely(options.design, design);
 
     const std::size_t parameters = session.applet().names().size();
     const std::size_t events = session.applet().events().size();
@@ -102,14 +94,14 @@ void run(const Options& options, Session& session) {
 
 }  // namespace
 
-void defineInfo(CLI::App& command, Session& session) {
+void defineInfo(CommandLine command, Session& session) {
     auto options = std::make_shared<Options>();
-    command.add_option("--icon", options->icon, "Write the icon, a PNG picture, to this file")
-        ->type_name("FILE.png");
-    command.add_option("--design", options->design, "Write the embedded design image to this file")
-        ->type_name("FILE.hap");
-    command.add_flag("--json", options->json, "As a JSON object");
-    command.callback([options, &session] { run(*options, session); });
+    command.option("--icon", &options->icon, "Write the icon, a PNG picture, to this file",
+                   {.type = "FILE.png"});
+    command.option("--design", &options->design, "Write the embedded design image to this file",
+                   {.type = "FILE.hap"});
+    command.flag("--json", options->json, "As a JSON object");
+    command.action([options, &session] { run(*options, session); });
 }
 
 }  // namespace marovine::host::commands

@@ -56,13 +56,13 @@ void run(const Options& options, Session& session) {
 
 }  // namespace
 
-void defineList(CLI::App& command, Session& session) {
+void defineList(CommandLine command, Session& session) {
     auto options = std::make_shared<Options>();
-    command.add_option("PATTERN", options->pattern,
-                       "Part of a name or title, or the whole with * and ?, without regard to case");
-    command.add_flag("--ranges", options->ranges, "Also show ranges and entries as they are now");
-    command.add_flag("--json", options->json, "As a JSON array with ranges and entries");
-    command.callback([options, &session] { run(*options, session); });
+    command.argument("PATTERN", &options->pattern,
+                     "Part of a name or title, or the whole with * and ?, without regard to case");
+    command.flag("--ranges", options->ranges, "Also show ranges and entries as they are now");
+    command.flag("--json", options->json, "As a JSON array with ranges and entries");
+    command.action([options, &session] { run(*options, session); });
 }
 
 }  // namespace marovine::host::commands

@@ -68,16 +68,16 @@ void run(const Options& options, Session& session) {
 
 }  // namespace
 
-void defineSet(CLI::App& command, Session& session) {
+void defineSet(CommandLine command, Session& session) {
     auto options = std::make_shared<Options>();
-    command.add_option("NAME=VALUE", options->settings, "Settings, applied in this order")->required();
+    command.argument("NAME=VALUE", &options->settings, "Settings, applied in this order", {.required = true});
     addTraceOption(command, options->trace);
-    command.add_flag("--json", options->json, "Report as JSON");
+    command.flag("--json", options->json, "Report as JSON");
     command.footer(
         "VALUE is a number (0x.. for hexadecimal), the name of an enumeration's constant, or a text.\n"
         "Elements of a table: NAME[INDEX]=VALUE,VALUE,...\n"
         "The first refused value ends the command; what was set before stays set.");
-    command.callback([options, &session] { run(*options, session); });
+    command.action([options, &session] { run(*options, session); });
 }
 
 }  // namespace marovine::host::commands

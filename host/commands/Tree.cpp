@@ -76,10 +76,10 @@ void run(bool json, Session& session) {
 
 }  // namespace
 
-void defineTree(CLI::App& command, Session& session) {
+void defineTree(CommandLine command, Session& session) {
     auto json = std::make_shared<bool>(false);
-    command.add_flag("--json", *json, "As nested JSON");
-    command.callback([json, &session] { run(*json, session); });
+    command.flag("--json", *json, "As nested JSON");
+    command.action([json, &session] { run(*json, session); });
 }
 
 }  // namespace marovine::host::commands

@@ -1,0 +1,72 @@
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "host/ChangeReport.h"
+#include "host/ConfigFile.h"
+#include "host/commands/Commands.h"
+
+namespace marovine::host::commands {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct Options {
+    fs::path file;
+    TraceOption trace;
+    bool json = false;
+};
+
+void loadOrSayWhy(Applet& applet, const fs::path& file) {
+    try {
+        applet.load(file);
+    } catch (const Refused& refusal) {
+        std::string message = refusal.what();
+        for (const auto& reason : reasonsAgainstLoading(file)) message += "\n  " + reason;
+        throw Failure(message);
+    }
+}
+
+void run(const Options& options, Session& session) {
+    Applet& applet = session.applet();
+    ChangeReport report(applet, options.trace);
+    loadOrSayWhy(applet, options.file);
+    report.note("loading " + options.file.string());
+    report.finish();
+    const ConfigFile file = ConfigFile::read(options.file);
+    const auto skipped = skippedValues(applet, file);
+    if (!skipped.empty()) session.status = kFailed;
+
+    const Console& console = session.console();
+    if (options.json) {
+        Json document = report.json();
+        document["skipped"] = Json::array();
+        for (const auto& value : skipped)
+            document["skipped"].push_back({{"line", value.line->number}, {"sentence", value.why.sentence()}});
+        console.out() << printed(document) << '\n';
+        return;
+    }
+    report.print(console);
+    if (skipped.empty()) return;
+    console.out() << '\n';
+    console.heading("Skipped: the parameter reads as the file says, but the design keeps what it had");
+    for (const auto& value : skipped)
+        console.out() << "line " << value.line->number << ": "
+                      << console.styled(Style::Bad, value.why.sentence()) << '\n';
+}
+
+}  // namespace
+
+void defineLoad(CommandLine command, Session& session) {
+    auto options = std::make_shared<Options>();
+    command.argument("FILE.mcf", &options->file, "The configuration", {.required = true});
+    addTraceOption(command, options->trace);
+    command.flag("--json", options->json, "Report as JSON");
+    command.footer(
+        "Shows what the file changes. The applet skips refused values in silence; this command names them\n"
+        "and ends with status 1. To work in the loaded state, give --config FILE.mcf to another command.");
+    command.action([options, &session] { run(*options, session); });
+}
+
+}  // namespace marovine::host::commands

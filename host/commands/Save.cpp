@@ -1,0 +1,61 @@
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "host/ConfigFile.h"
+#include "host/SafeFile.h"
+#include "host/commands/Commands.h"
+#include "params/SdkParameterTable.h"
+
+namespace marovine::host::commands {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Compares what a file says with what the applet holds. The applet itself reports a save as done even when
+/// the disk was full. Throws `Failure`, which names the first difference.
+void compare(Applet& applet, const fs::path& file) {
+    const ConfigFile saved = ConfigFile::read(file);
+    for (const auto& row : sdkParameters) {
+        if (row.fileUse == FileUse::NotStored) continue;
+        const Parameter parameter = applet.parameter(row.name);
+        const auto* line = saved.find(row.name);
+        if (line == nullptr) throw Failure(std::string(row.name) + " is missing in what was written");
+        // Read-outs move on between the save and the comparison.
+        if (row.fileUse == FileUse::StoredOnly) continue;
+        const Value now = applet.get(row.name);
+        if (!sameInFile(configValue(parameter, *line), now))
+            throw Failure(std::string(row.name) + " is " + parameter.textOf(now) + " but was written as " +
+                          line->value);
+    }
+}
+
+void run(const fs::path& target, Session& session) {
+    if (target.filename().string().find(".mcf") == std::string::npos)
+        throw UsageError("the name of a configuration file ends in .mcf; " + target.string() + " does not");
+    Applet& applet = session.applet();
+    SafeFile file(target);
+    try {
+        applet.save(file.temporary());
+        compare(applet, file.temporary());
+    } catch (const Failure& failure) {
+        throw Failure("nothing saved to " + target.string() + ": " + failure.what() +
+                      (fs::exists(target) ? "; the file that was there is as before" : ""));
+    }
+    file.commit();
+    session.console().out() << "saved to " << target.string() << ", read back and compared\n";
+}
+
+}  // namespace
+
+void defineSave(CommandLine command, Session& session) {
+    auto target = std::make_shared<fs::path>();
+    command.argument("FILE.mcf", target.get(), "Where to save", {.required = true});
+    command.footer(
+        "Writes beside the file, reads it back, compares, and only then replaces what was there.\n"
+        "For instance: marovine save fast.mcf --set FG_LINEPERIODE=20 --set FG_LINEEXPOSURE=10");
+    command.action([target, &session] { run(*target, session); });
+}
+
+}  // namespace marovine::host::commands
