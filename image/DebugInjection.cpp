@@ -13,6 +13,8 @@ using marovine::accepted;
 using marovine::applySetting;
 using marovine::constant;
 using marovine::entriesOf;
+using marovine::kAccessReadOnly;
+using marovine::kAccessReadWrite;
 using marovine::limits;
 using marovine::oneOf;
 using marovine::sdkId;
@@ -22,9 +24,6 @@ namespace {
 /// Bits of a debug point's operation mode.
 constexpr std::uint32_t kInjecting = 1;
 constexpr std::uint32_t kMonitoring = 2;
-
-constexpr int kReadOnly = 1;
-constexpr int kReadWrite = 7;
 
 constexpr const char* kOperationMode = "_OperationMode";
 constexpr const char* kFile = "_DebugFile";
@@ -88,7 +87,8 @@ void FgGxWrapperImpl::set_sdk_param_FG_DEBUGSOURCE_P0(unsigned int value, bool t
     marovine::leavingErrors(throwOnError, [&] {
         const std::int64_t count = readDebugEntryCount();
         applySetting(cache_.debug.source, value, accepted(value < count), true, [&] {
-            setAccessFlags(sdkId("FG_DEBUGOUTENABLE"), debugEntryMonitors() ? kReadWrite : kReadOnly);
+            setAccessFlags(sdkId("FG_DEBUGOUTENABLE"),
+                           debugEntryMonitors() ? kAccessReadWrite : kAccessReadOnly);
             update_dynamic_range_FG_DEBUGOUTPIXEL_P0();
         });
     });

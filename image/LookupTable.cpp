@@ -14,6 +14,8 @@ using marovine::constant;
 using marovine::DesignParameter;
 using marovine::designParameter;
 using marovine::entriesOf;
+using marovine::kAccessReadOnly;
+using marovine::kAccessReadWrite;
 using marovine::kLutEntries;
 using marovine::leavingErrors;
 using marovine::limits;
@@ -44,9 +46,6 @@ constexpr const Channel& channelOf(LutChannel channel) {
 constexpr int kMaximum = 255;
 /// Where values are cut before they become entries.
 constexpr double kCeiling = 256.0;
-
-constexpr int kReadOnly = 1;
-constexpr int kReadWrite = 7;
 
 /// What the processing parameters make of each input.
 LookupTable processedTable(const LookupTableSettings& settings) {
@@ -137,10 +136,10 @@ void FgGxWrapperImpl::set_sdk_param_FG_LUT_TYPE_P0(int value, bool throwOnError)
             loadCustomTables();
         else
             updateLutProcessing_P0();
-        setAccessFlags(sdkId("FG_LUT_CUSTOM_FILE"), custom ? kReadWrite : kReadOnly);
+        setAccessFlags(sdkId("FG_LUT_CUSTOM_FILE"), custom ? kAccessReadWrite : kAccessReadOnly);
         for (const int id : {sdkId("FG_PROCESSING_GAIN"), sdkId("FG_PROCESSING_GAMMA"),
                              sdkId("FG_PROCESSING_OFFSET"), sdkId("FG_PROCESSING_INVERT")})
-            setAccessFlags(id, custom ? kReadOnly : kReadWrite);
+            setAccessFlags(id, custom ? kAccessReadOnly : kAccessReadWrite);
     });
 }
 

@@ -6,11 +6,12 @@
 #include <string_view>
 #include <vector>
 
+#include "entry/ErrorCodes.h"
+
 namespace {
 
 using Memory = std::pmr::polymorphic_allocator<>;
 
-constexpr int kCannotStore = -500;
 constexpr std::size_t kLongestEntryName = 255;
 
 char* copyText(Memory memory, std::string_view text) {
@@ -157,10 +158,11 @@ RegisterInfo* Fg_ParameterInfo::addInfoEnum(RegisterInfo* parent, const char* di
 
 int Fg_ParameterInfo::addEnumNameValue(RegisterInfo* node, int index, const char* displayName,
                                        std::int32_t value, const char* constantName) {
-    if (node == nullptr || node->kind != FG_KIND_ENUMERATION || displayName == nullptr) return kCannotStore;
+    if (node == nullptr || node->kind != FG_KIND_ENUMERATION || displayName == nullptr)
+        return marovine::error::bufferTooSmall;
     Process* const tree = processAt(node->process);
     auto& entries = node->value.enumeration;
-    if (tree == nullptr || index < 0 || index >= entries.count) return kCannotStore;
+    if (tree == nullptr || index < 0 || index >= entries.count) return marovine::error::bufferTooSmall;
 
     Memory memory = tree->memory();
     entries.displayNames[index] = copyText(memory, {displayName, strnlen(displayName, kLongestEntryName)});

@@ -52,7 +52,7 @@ int FgGxWrapper::Fg_loadConfig(Fg_Struct* /*inner*/, const char* fileName) {
         setError(error::configurationRejected);
         return error::fileNotFound;
     }
-    std::array<char, 256> text{};
+    std::array<char, marovine::LineSize> text{};
     int activePort = 0;
     const bool loaded = parser.parseKeyFromLine(kManufacturerKey, text.data()) == 0 &&
                         parser.parseKeyFromLine(kTypeKey, text.data()) == 0 &&
