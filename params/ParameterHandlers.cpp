@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <string_view>
+#include <type_traits>
 
 namespace marovine {
 
@@ -242,6 +243,39 @@ consteval bool rowsFollowTheParameterTable() {
 }
 static_assert(rows.size() == sdkParameterCount);
 static_assert(rowsFollowTheParameterTable());
+
+/// Whether a default reaches its setter as it stands: none, or one of the setter's kind.
+constexpr bool fits(const DefaultValue& value, const SetHandler& set) {
+    return std::visit(
+        []<class V, class H>(const V&, const H&) {
+            if constexpr (std::is_same_v<V, std::monostate>)
+                return true;
+            else if constexpr (std::is_same_v<V, std::int32_t>)
+                return std::is_same_v<H, Setter<int>> || std::is_same_v<H, Setter<unsigned int>>;
+            else
+                return std::is_same_v<H, Setter<V>>;
+        },
+        value, set);
+}
+
+consteval bool defaultsFitTheirSetters() {
+    for (std::size_t i = 0; i < sdkParameterCount; ++i)
+        if (!fits(sdkParameters[i].defaultValue, rows[i].set)) return false;
+    return true;
+}
+static_assert(defaultsFitTheirSetters(), "a default of another kind would be skipped or cut");
+
+consteval bool loadedParametersHaveAField() {
+    for (std::size_t i = 0; i < sdkParameterCount; ++i) {
+        const bool loaded =
+            sdkParameters[i].fileUse == FileUse::Preloaded || sdkParameters[i].fileUse == FileUse::Applied;
+        if (loaded && (std::holds_alternative<std::monostate>(rows[i].slot) ||
+                       std::holds_alternative<CacheField<LookupTable>>(rows[i].slot)))
+            return false;
+    }
+    return true;
+}
+static_assert(loadedParametersHaveAField(), "a key without a field would be passed over, even when missing");
 
 }  // namespace
 

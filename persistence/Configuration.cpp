@@ -1,6 +1,7 @@
 /// The content of a configuration file: one line per stored parameter, written in list order and read back in
 /// two passes. Both hold the instance lock throughout, so that no other call comes between the passes.
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <string>
@@ -20,15 +21,20 @@ namespace {
 
 constexpr int kPort = 0;
 
-/// Room for a value's text, as the parser fills it.
-using ValueText = std::array<char, 256>;
+// The file holds texts, doubles, one wide counter, and 32-bit numbers.
+static_assert(std::none_of(marovine::sdkParameters.begin(), marovine::sdkParameters.end(),
+                           [](const SdkParameter& row) {
+                               return row.fileUse != FileUse::NotStored &&
+                                      (row.type == ValueType::UInt64 || row.type == ValueType::UInt32Field ||
+                                       row.type == ValueType::Forwarded);
+                           }));
 
 /// Reads a key's value in the type of a cache field or a setter; false when the key is missing.
 bool readKey(Fg_ConfigFileParser& parser, const char* key, double& value) {
     return parser.parseDoubleKeySection(kPort, key, &value) == 0;
 }
 bool readKey(Fg_ConfigFileParser& parser, const char* key, std::string& value) {
-    ValueText text{};
+    std::array<char, marovine::LineSize> text{};
     if (parser.parseKeySection(kPort, key, text.data()) != 0) return false;
     value = text.data();
     return true;
