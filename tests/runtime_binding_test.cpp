@@ -66,6 +66,25 @@ TEST(Child, DISABLED_Open) {
     reportOpening();
 }
 
+/// Passes one call after the other on to the runtime and prints what came back.
+TEST(Child, DISABLED_Acquire) {
+    GXdevice* board = virtualboard::insertBoard();
+    Fg_Struct record{Std_entry(board, nullptr, 5)};
+    auto* const memory = reinterpret_cast<dma_mem*>(0x77);
+    const auto report = [&](auto result) {
+        std::printf("gave %lld, last error %d\n", static_cast<long long>(result),
+                    Fg_getLastErrorNumber(&record));
+    };
+    report(Fg_getAppletId(&record, memory));
+    report(Fg_getStatusEx(&record, 1, std::int64_t{1} << 40, 2, memory));
+    report(Fg_AcquireEx(&record, 1, std::int64_t{1} << 40, -3, memory));
+    report(Fg_stopAcquireEx(&record, 1, memory, 2));
+    report(Fg_getLastPicNumberEx(&record, 1, memory));
+    report(Fg_getLastPicNumberBlockingEx(&record, std::int64_t{1} << 40, 1, 2, memory));
+    std::printf("freeing gave %d\n", Fg_FreeGrabber(&record));
+    virtualboard::removeBoard(board);
+}
+
 TEST(RuntimeBinding, FailsWithoutTheLibrary) {
     const auto [status, output] = runChild(runtimeAt("unloadable"), "Open");
     EXPECT_EQ(0, status) << output;
@@ -103,6 +122,31 @@ TEST(RuntimeBinding, OpensOnARuntimeThatCanOnlyOpenAndRefusesTheRest) {
                              "forwarded -12", "info none", "free 0",
                              "|cannot retrieve GX id for GX parameter: 'Device1_Process0_Camera_FullMode'"})
         EXPECT_THAT(output, HasSubstr(line));
+}
+
+TEST(RuntimeBinding, PassesAcquisitionOnToTheInnerHandle) {
+    struct Case {
+        std::string result;
+        std::string lastError;
+    };
+    // After a failure the last error is what the runtime says of itself, not what the call gave.
+    for (const auto& [result, lastError] : {Case{"3", "0"}, Case{"0", "0"}, Case{"-5", "-4711"}}) {
+        const auto [status, output] =
+            runChild(runtimeAt("echoing") + " FAKE_RUNTIME_RESULT=" + result, "Acquire");
+        EXPECT_EQ(0, status) << output;
+        const std::string answer = "\ngave " + result + ", last error " + lastError + "\n";
+        EXPECT_THAT(output, HasSubstr("open Marovine.hap with flags 5\n"));
+        for (const char* call : {
+                 "id on the inner handle: 119",
+                 "status on the inner handle: 1 1099511627776 2 119",
+                 "acquire on the inner handle: 1 1099511627776 -3 119",
+                 "stop on the inner handle: 1 119 2",
+                 "last on the inner handle: 1 119",
+                 "wait on the inner handle: 1099511627776 1 2 119",
+             })
+            EXPECT_THAT(output, HasSubstr(call + answer));
+        EXPECT_THAT(output, HasSubstr("free on the inner handle:\nfreeing gave " + result + "\n"));
+    }
 }
 
 TEST(RuntimeBinding, StaysSilentUnlessAskedToSpeak) {
