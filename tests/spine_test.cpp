@@ -398,17 +398,32 @@ TEST(DirectAccess, ReachesDesignParametersById) {
         EXPECT_EQ(error::invalidArgument, Fg_getParameterIdByName(applet.record(), name.c_str()));
         last = name;
     }
-    const std::function<const RegisterInfo*(const RegisterInfo*, std::string_view)> find =
-        [&](const RegisterInfo* node, std::string_view name) -> const RegisterInfo* {
-        if (node->kind != FG_KIND_GROUP) return node->name == name ? node : nullptr;
-        for (int i = 0; i < node->value.group.childCount; ++i)
-            if (const auto* found = find(node->value.group.children[i], name)) return found;
-        return nullptr;
-    };
-    const auto* node = find(Fg_getParameterInfo(applet.record(), 0),
-                            "DGXA_Device1_Process0_ImageSelector_FG_IMG_SELECT_PERIOD_Divisor");
+    // The groups on the way to a parameter make up its name on this board.
+    std::map<std::string, const RegisterInfo*> nodes;
+    const std::function<void(const RegisterInfo&, const std::string&)> collect =
+        [&](const RegisterInfo& group, const std::string& path) {
+            for (int i = 0; i < group.value.group.childCount; ++i) {
+                const RegisterInfo& child = *group.value.group.children[i];
+                const std::string full = path + child.displayName;
+                if (child.kind != FG_KIND_GROUP) {
+                    EXPECT_EQ("DGXA_" + full, child.name);
+                    EXPECT_TRUE(nodes.emplace(child.name, &child).second);
+                } else {
+                    EXPECT_EQ(group.depth + 1, child.depth) << full;
+                    EXPECT_STREQ(group.displayName, child.parentName) << full;
+                    collect(child, full + "_");
+                }
+            }
+        };
+    collect(*Fg_getParameterInfo(applet.record(), 0), "");
+    EXPECT_EQ(static_cast<std::size_t>(count) - 177, nodes.size());
+
+    const auto* node = nodes["DGXA_Device1_Process0_ImageSelector_FG_IMG_SELECT_PERIOD_Divisor"];
     ASSERT_NE(nullptr, node);
-    EXPECT_GT(node->depth + 1, 0u);
+    ASSERT_EQ(unsigned{FG_KIND_UINT32}, node->kind);
+    EXPECT_EQ(1u, node->value.uint32.minimum);
+    EXPECT_EQ(256u, node->value.uint32.maximum);
+    EXPECT_STREQ("image", node->unit);
     EXPECT_EQ(0, setById(plain, node->address, 7));
     EXPECT_EQ(7u, std::get<std::uint32_t>(
                       plain.board().value("Device1_Process0_ImageSelector_FG_IMG_SELECT_PERIOD_Divisor")));
