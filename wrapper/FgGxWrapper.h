@@ -45,6 +45,7 @@ class FgGxWrapper {
     virtual bool loadConfig(Fg_ConfigFileParser& parser) = 0;
     /// Writes the applet's own content; the front-end ignores the result.
     virtual bool saveConfig(Fg_ConfigFileParser& parser) = 0;
+    // Layout of the DMA channels; an applet without them throws std::runtime_error.
     virtual int processChannelToDma(int process, int channel) = 0;
     virtual int mapDmaToFormat(int dmaIndex) = 0;
     virtual int setDmaAlignment(int dmaIndex, int alignment) = 0;
@@ -52,6 +53,9 @@ class FgGxWrapper {
     virtual ~FgGxWrapper();
     /// Fills the parameter description registry.
     virtual void createUserParameters() = 0;
+    // The host's calls on an instance: entry/marovine.h says what each answers. The base serves the
+    // configuration file, the XML description and shading; its event lookups, which an applet may replace,
+    // read the design's list of events and keep no code.
     virtual int Fg_setParameterWithType(int id, const void* value, int dmaIndex, FgParamTypes type) = 0;
     virtual int Fg_getParameterWithType(int id, void* value, int dmaIndex, FgParamTypes type) = 0;
     virtual int Fg_freeParameterString(int id, void* value, int dmaIndex, FgParamTypes type) = 0;
@@ -73,6 +77,8 @@ class FgGxWrapper {
     virtual int Shad_WriteActLine(ShadingMaster* shading, int line);
     virtual std::uint64_t Fg_getEventMask(const char* name);
     virtual const char* Fg_getEventName(unsigned long mask);
+    // Who the applet is. The configuration file names all four, and a load accepts its own type only; the
+    // type is also the model of the XML description. Texts live as long as the library.
     virtual const char* getManufacturer() = 0;
     virtual const char* getCameraType() = 0;
     virtual const char* getCameraVersion() = 0;
