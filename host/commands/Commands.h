@@ -11,9 +11,11 @@
 namespace marovine::host::commands {
 
 /// Adds a command's options and arguments to its parser and sets what it does.
+void defineCheck(CommandLine command, Session& session);
 void defineDefaults(CommandLine command, Session& session);
 void defineDemo(CommandLine command, Session& session);
 void defineDescribe(CommandLine command, Session& session);
+void defineDiff(CommandLine command, Session& session);
 void defineEvents(CommandLine command, Session& session);
 void defineGet(CommandLine command, Session& session);
 void defineInfo(CommandLine command, Session& session);
@@ -47,6 +49,8 @@ inline constexpr std::array all{
     Command{"defaults", "The defaults, and what differs from them", defineDefaults},
     Command{"save", "Save the configuration to a file", defineSave},
     Command{"load", "Load a configuration and see what it changes", defineLoad},
+    Command{"check", "What a load of a configuration would skip or fail on, line by line", defineCheck},
+    Command{"diff", "Compare configurations by meaning, or one with the applet as it is", defineDiff},
     Command{"xml", "The XML description of all parameters", defineXml},
 };
 
