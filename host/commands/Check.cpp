@@ -73,6 +73,9 @@ bool allowed(const Parameter& parameter, const Value& value) {
         return std::any_of(parameter.entries.begin(), parameter.entries.end(),
                            [&](const Entry& entry) { return entry.value == *number; });
     if (!parameter.range) return true;
+    // The file rounds: an end of the range may come back a little outside it.
+    if (sameInFile(value, parameter.range->minimum) || sameInFile(value, parameter.range->maximum))
+        return true;
     return *number >= numberOf(parameter.range->minimum) && *number <= numberOf(parameter.range->maximum);
 }
 
