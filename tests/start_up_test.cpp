@@ -43,8 +43,11 @@ std::vector<Step> readTable() {
         }
     };
     std::vector<Step> steps;
-    for (const auto& section : sections)
-        resolve(resolve, section.first, steps.emplace_back(section.first).writes);
+    for (const auto& section : sections) {
+        Step step{section.first, {}};
+        resolve(resolve, step.parameter, step.writes);
+        steps.push_back(std::move(step));
+    }
     return steps;
 }
 
