@@ -47,6 +47,11 @@ constexpr int kMaximum = 255;
 /// Where values are cut before they become entries.
 constexpr double kCeiling = 256.0;
 
+/// `std::pow` without its cost for the exponent 1, which gamma has unless somebody asks for a curve.
+double power(double base, double exponent) {
+    return exponent == 1.0 ? base : std::pow(base, exponent);
+}
+
 /// What the processing parameters make of each input.
 LookupTable processedTable(const LookupTableSettings& settings) {
     const double exponent = 1.0 / settings.gamma;
@@ -54,7 +59,7 @@ LookupTable processedTable(const LookupTableSettings& settings) {
     LookupTable table{};
     for (std::size_t input = 0; input < kLutEntries; ++input) {
         const double base = (static_cast<double>(input) / double{kMaximum} + settings.offset) * settings.gain;
-        const double value = base < 0.0 ? 0.0 : std::pow(base, exponent) * double{kMaximum} + 0.5;
+        const double value = base < 0.0 ? 0.0 : power(base, exponent) * double{kMaximum} + 0.5;
         // A processing parameter that is not a number gives 0, inverted or not.
         if (std::isnan(value)) continue;
         // Limited before the conversion, which is undefined for what no integer can hold.
