@@ -84,6 +84,14 @@ void ChangeReport::printSettings(const Console& console) const {
             return change.parameter == setting.parameter && isRequested(change);
         });
         std::string value = setting.requested;
+        // Only the last of several settings of a parameter is what it holds now.
+        const bool last =
+            std::none_of(&setting + 1, settings_.data() + settings_.size(),
+                         [&](const auto& later) { return later.parameter == setting.parameter; });
+        if (!last) {
+            console.out() << setting.parameter << " = " << value << '\n';
+            continue;
+        }
         if (moved != changes_.end()) {
             value = moved->after + (moved->unit.empty() ? "" : " " + moved->unit);
         } else if (is != nullptr && is->value && !std::holds_alternative<Field>(*is->value)) {

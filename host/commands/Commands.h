@@ -12,6 +12,7 @@ namespace marovine::host::commands {
 
 /// Adds a command's options and arguments to its parser and sets what it does.
 void defineCheck(CommandLine command, Session& session);
+void defineDebug(CommandLine command, Session& session);
 void defineDefaults(CommandLine command, Session& session);
 void defineDemo(CommandLine command, Session& session);
 void defineDescribe(CommandLine command, Session& session);
@@ -21,6 +22,7 @@ void defineGet(CommandLine command, Session& session);
 void defineInfo(CommandLine command, Session& session);
 void defineList(CommandLine command, Session& session);
 void defineLoad(CommandLine command, Session& session);
+void defineLut(CommandLine command, Session& session);
 void defineSave(CommandLine command, Session& session);
 void defineSet(CommandLine command, Session& session);
 void defineStatus(CommandLine command, Session& session);
@@ -47,6 +49,8 @@ inline constexpr std::array all{
     Command{"status", "All read-outs: camera, buffer, inputs, analyzers, board", defineStatus},
     Command{"wiring", "Which signal drives which output", defineWiring},
     Command{"defaults", "The defaults, and what differs from them", defineDefaults},
+    Command{"lut", "Show, load and save the lookup tables", defineLut},
+    Command{"debug", "Inject data at the design's debug points and watch them", defineDebug},
     Command{"save", "Save the configuration to a file", defineSave},
     Command{"load", "Load a configuration and see what it changes", defineLoad},
     Command{"check", "What a load of a configuration would skip or fail on, line by line", defineCheck},
