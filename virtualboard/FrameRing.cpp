@@ -54,7 +54,8 @@ using virtualboard::Machine;
 extern "C" {
 
 dma_mem* FrameMemoryCreate(uint32_t buffers, size_t bytes) {
-    if (buffers == 0 || bytes == 0) return nullptr;
+    constexpr std::size_t most = std::size_t{1} << 40;  // beyond all machines
+    if (buffers == 0 || bytes == 0 || bytes > most / buffers) return nullptr;
     try {
         return Machine::instance().addMemory(std::make_shared<FrameRing>(buffers, bytes));
     } catch (const std::exception&) {
