@@ -12,6 +12,7 @@ namespace marovine::host::commands {
 
 /// Adds a command's options and arguments to its parser and sets what it does.
 void defineCheck(CommandLine command, Session& session);
+void defineContactSheet(CommandLine command, Session& session);
 void defineDebug(CommandLine command, Session& session);
 void defineDefaults(CommandLine command, Session& session);
 void defineDemo(CommandLine command, Session& session);
@@ -19,6 +20,7 @@ void defineDescribe(CommandLine command, Session& session);
 void defineDiff(CommandLine command, Session& session);
 void defineEvents(CommandLine command, Session& session);
 void defineGet(CommandLine command, Session& session);
+void defineGrab(CommandLine command, Session& session);
 void defineInfo(CommandLine command, Session& session);
 void defineList(CommandLine command, Session& session);
 void defineLoad(CommandLine command, Session& session);
@@ -55,6 +57,8 @@ inline constexpr std::array all{
     Command{"load", "Load a configuration and see what it changes", defineLoad},
     Command{"check", "What a load of a configuration would skip or fail on, line by line", defineCheck},
     Command{"diff", "Compare configurations by meaning, or one with the applet as it is", defineDiff},
+    Command{"grab", "Take pictures with the virtual board's camera", defineGrab},
+    Command{"contact-sheet", "Show in one picture what settings do to pictures", defineContactSheet},
     Command{"xml", "The XML description of all parameters", defineXml},
 };
 

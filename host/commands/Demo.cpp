@@ -8,6 +8,7 @@
 #include "host/Curve.h"
 #include "host/Trace.h"
 #include "host/commands/Commands.h"
+#include "host/commands/DemoPictures.h"
 
 namespace marovine::host::commands {
 
@@ -199,6 +200,8 @@ void run(Session& session) {
         console.heading(section.title);
         section.show(stage);
     }
+    console.out() << '\n';
+    demonstratePictures(session);
 }
 
 }  // namespace

@@ -1,0 +1,48 @@
+#include "host/commands/DemoPictures.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "host/ContactSheet.h"
+#include "host/Grabber.h"
+#include "host/PictureView.h"
+#include "virtualboard/imaging/Png.h"
+
+namespace marovine::host::commands {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kWidth = 72;  // columns of the picture
+
+/// Beside the applet's library, in the build folder that is; an installation's folder may be closed to us.
+fs::path folderFor(const Library& library) {
+    const fs::path folder = fs::absolute(library.file()).parent_path();
+    return access(folder.c_str(), W_OK) == 0 ? folder : fs::temp_directory_path();
+}
+
+}  // namespace
+
+void demonstratePictures(Session& session) {
+    const Console& console = session.console();
+    const auto library = session.library();
+    const fs::path folder = folderFor(*library);
+
+    console.heading("A picture of the belt, taken with the defaults");
+    Applet applet(library);
+    const auto picture = firstPicture(applet);
+    showPicture(console, picture, kWidth);
+    const fs::path belt = folder / "belt.png";
+    virtualboard::imaging::writePng(belt, picture);
+    const fs::path sheet = folder / "contact-sheet.png";
+    virtualboard::imaging::writePng(sheet, contactSheet(library));
+
+    Table table;
+    table.add({"the same in a file", belt.string()});
+    table.add({"what settings do to it", sheet.string()});
+    table.print(console, 2);
+}
+
+}  // namespace marovine::host::commands

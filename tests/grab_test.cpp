@@ -1,0 +1,179 @@
+/// `marovine grab` and `marovine contact-sheet`, run as a person runs them.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "host/Lettering.h"
+#include "host/Progress.h"
+#include "virtualboard/imaging/Png.h"
+#include "virtualboard/imaging/Scene.h"
+
+namespace marovine::host {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using virtualboard::imaging::Image;
+using virtualboard::imaging::Pixel;
+
+/// A folder of the test's own to run the command in.
+class GrabTest : public testing::Test {
+ protected:
+    GrabTest() { fs::create_directory(folder); }
+    ~GrabTest() override { fs::remove_all(folder); }
+
+    struct Outcome {
+        int status;
+        std::string output;  // errors as well
+    };
+    Outcome run(const std::string& arguments) {
+        FILE* pipe = popen(
+            ("cd '" + folder.string() + "' && '" MAROVINE_COMMAND "' " + arguments + " 2>&1").c_str(), "r");
+        std::string output;
+        char buffer[4096];
+        while (const std::size_t count = fread(buffer, 1, sizeof(buffer), pipe)) output.append(buffer, count);
+        const int status = pclose(pipe);
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+    }
+    std::vector<std::string> files() const {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(folder)) names.push_back(entry.path().filename());
+        std::ranges::sort(names);
+        return names;
+    }
+
+    const fs::path folder = fs::temp_directory_path() / ("grab-test-" + std::to_string(getpid()));
+};
+
+constexpr const char* kSmall = "--set FG_WIDTH=64 --set FG_HEIGHT=8 ";
+
+TEST_F(GrabTest, WritesWhatTheSettingsSay) {
+    const Pixel orange{.blue = 10, .green = 60, .red = 200};
+    virtualboard::imaging::writePng(folder / "scene.png", Image(64, 8, orange));
+    EXPECT_EQ(0, run(std::string(kSmall) + "grab --scene scene.png -o one.png").status);
+    EXPECT_EQ(
+        0, run(std::string(kSmall) + "grab -n 10 --scene scene.png -o many.png --set FG_BAYERINIT=1").status);
+    const auto names = files();
+    ASSERT_EQ(12u, names.size());
+    EXPECT_EQ("many-01.png", names[0]);
+    EXPECT_EQ("many-10.png", names[9]);
+    const Image one = virtualboard::imaging::readPng(folder / "one.png");
+    const Image many = virtualboard::imaging::readPng(folder / "many-10.png");
+    EXPECT_EQ(64u, one.width);
+    EXPECT_EQ(8u, one.height);
+    EXPECT_EQ(orange, one.at(30, 4));
+    EXPECT_EQ((Pixel{200, 60, 10}), many.at(30, 4));
+}
+
+TEST_F(GrabTest, ShowsThePictureInColoursOrInShades) {
+    EXPECT_THAT(run("grab --view").output, HasSubstr("████▓▓▓▓"));
+    const std::string coloured = run("grab --view --color always").output;
+    EXPECT_THAT(coloured, HasSubstr("\x1b[38;2;224;224;224m"));
+    EXPECT_THAT(coloured, HasSubstr("1024 x 1024 pixels"));
+    EXPECT_THAT(files(), ElementsAre());
+}
+
+TEST_F(GrabTest, TriggersBySoftware) {
+    const std::string triggered =
+        std::string(kSmall) +
+        "--set FG_IMGTRIGGERMODE=ASYNC_TRIGGER --set FG_IMGTRIGGERINSRC=TRGINSOFTWARE grab ";
+    EXPECT_EQ(0, run(triggered + "--trigger -n 3 --view").status);
+    const auto [status, output] = run(triggered + "--timeout 1 --view");
+    EXPECT_EQ(1, status);
+    EXPECT_THAT(output,
+                HasSubstr("FG_IMGTRIGGERMODE = ASYNC_TRIGGER waits for FG_IMGTRIGGERINSRC = TRGINSOFTWARE"));
+}
+
+TEST_F(GrabTest, SaysWhatIsWrong) {
+    struct Case {
+        const char* arguments;
+        int status;
+        const char* says;
+    };
+    for (const auto& c :
+         {Case{"grab", 2, "-o FILE.png or show them with --view"},
+          Case{"grab -o nowhere/a.png", 1, "no folder nowhere"}, Case{"grab -n 0 -o a.png", 2, "--count"},
+          Case{"grab --scene missing.png -o a.png", 2, "missing.png"},
+          Case{"grab --view --timeout 1 --set FG_EXSYNCON=FG_OFF", 1, "FG_EXSYNCON = FG_OFF"},
+          Case{"grab --view --set FG_WIDTH=16384 --set FG_HEIGHT=16777214", 1, "no memory for"},
+          Case{"contact-sheet", 2, "--output"}}) {
+        const auto [status, output] = run(c.arguments);
+        EXPECT_EQ(c.status, status) << c.arguments;
+        EXPECT_THAT(output, HasSubstr(c.says)) << c.arguments;
+    }
+    EXPECT_THAT(files(), ElementsAre());
+}
+
+TEST_F(GrabTest, AnInterruptLeavesOnlyWholePictures) {
+    const pid_t child = fork();
+    if (child == 0) {
+        if (chdir(folder.c_str()) == 0)
+            execl(MAROVINE_COMMAND, MAROVINE_COMMAND, "grab", "-n", "100000", "-o", "p.png", nullptr);
+        _exit(127);
+    }
+    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (!fs::exists(folder / "p-000002.png") && std::chrono::steady_clock::now() < giveUp)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    kill(child, SIGINT);
+    int status = 0;
+    ASSERT_EQ(child, waitpid(child, &status, 0));
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(128 + SIGINT, WEXITSTATUS(status));
+    EXPECT_LE(2u, files().size());
+    for (const auto& name : files())
+        EXPECT_EQ(1024u, virtualboard::imaging::readPng(folder / name).height) << name;
+}
+
+TEST_F(GrabTest, TheContactSheetIsSmallAndItsViewsDiffer) {
+    ASSERT_EQ(0, run("contact-sheet -o sheet.png").status);
+    EXPECT_GT(150'000u, fs::file_size(folder / "sheet.png"));
+    const Image sheet = virtualboard::imaging::readPng(folder / "sheet.png");
+    // Four columns, two rows of views.
+    std::vector<Image> views;
+    for (std::uint32_t row = 0; row < 2; ++row) {
+        for (std::uint32_t column = 0; column < 4; ++column) {
+            Image view(100, 100);
+            for (std::uint32_t y = 0; y < 100; ++y)
+                for (std::uint32_t x = 0; x < 100; ++x)
+                    view.at(x, y) =
+                        sheet.at(column * sheet.width / 4 + 80 + x, row * sheet.height / 2 + 120 + y);
+            for (const Image& other : views) EXPECT_NE(other.pixels, view.pixels);
+            views.push_back(view);
+        }
+    }
+}
+
+TEST(Progress, FillsTheBarByEighths) {
+    EXPECT_EQ("    ", progressBar(0, 100, 4));
+    EXPECT_EQ("██  ", progressBar(50, 100, 4));
+    EXPECT_EQ("█▌  ", progressBar(3, 8, 4));
+    EXPECT_EQ("████", progressBar(100, 100, 4));
+    EXPECT_EQ("████", progressBar(101, 100, 4));
+    EXPECT_EQ("    ", progressBar(0, 0, 4));
+}
+
+TEST(Lettering, IsCutAtThePicturesEdge) {
+    const Pixel ink{1, 2, 3};
+    Image picture(8, 8);
+    writeText(picture, 0, 0, 1, ink, "t?t");
+    writeText(picture, 7, 7, 4, ink, "_=");
+    EXPECT_EQ(ink, picture.at(4, 0));
+    EXPECT_EQ(Pixel{}, picture.at(5, 0));
+    EXPECT_EQ(ink, picture.at(2, 6));
+    EXPECT_EQ(Pixel{}, picture.at(1, 6));
+    EXPECT_EQ(Pixel{}, picture.at(7, 7)) << "the underline lies below";
+}
+
+}  // namespace
+}  // namespace marovine::host
