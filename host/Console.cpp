@@ -15,8 +15,9 @@ namespace marovine::host {
 namespace {
 
 constexpr std::size_t kColumnGap = 2;
-/// Below this a broken column cannot be read any more; the line is then longer than the terminal.
+/// Below this a broken column cannot be read any more; the text then goes to lines of its own.
 constexpr std::size_t kNarrowestColumn = 16;
+constexpr std::size_t kContinuationIndent = 6;
 
 std::size_t terminalWidth() {
     winsize size{};
@@ -123,7 +124,8 @@ void Table::alignRight(std::size_t column) {
 }
 
 void Table::print(const Console& console, std::size_t indent) const {
-    std::vector<std::size_t> widths;
+    Layout layout{.indent = indent, .widths = {}, .before = indent, .last = 0};
+    auto& widths = layout.widths;
     const auto measure = [&widths](const std::vector<std::string>& cells) {
         if (widths.size() < cells.size()) widths.resize(cells.size());
         for (std::size_t i = 0; i < cells.size(); ++i) widths[i] = std::max(widths[i], columnsOf(cells[i]));
@@ -131,37 +133,40 @@ void Table::print(const Console& console, std::size_t indent) const {
     measure(headings_);
     for (const auto& row : rows_) measure(row.cells);
     if (widths.empty()) return;
-    if (console.width() != 0) {
-        std::size_t before = indent;
-        for (std::size_t i = 0; i + 1 < widths.size(); ++i) before += widths[i] + kColumnGap;
-        const std::size_t left = console.width() > before ? console.width() - before : 0;
-        widths.back() = std::min(widths.back(), std::max(left, kNarrowestColumn));
-    }
-    if (!headings_.empty()) printRow(console, {headings_, Style::Dim}, widths, indent);
-    for (const auto& row : rows_) printRow(console, row, widths, indent);
+    for (std::size_t i = 0; i + 1 < widths.size(); ++i) layout.before += widths[i] + kColumnGap;
+    layout.last = widths.back();
+    if (console.width() != 0)
+        layout.last = std::min(layout.last, console.width() - std::min(console.width(), layout.before));
+    if (!headings_.empty()) printRow(console, {headings_, Style::Dim}, layout);
+    for (const auto& row : rows_) printRow(console, row, layout);
 }
 
-void Table::printRow(const Console& console, const Row& row, const std::vector<std::size_t>& widths,
-                     std::size_t indent) const {
-    std::string line(indent, ' ');
+void Table::printRow(const Console& console, const Row& row, const Layout& layout) const {
+    std::string line(layout.indent, ' ');
     std::vector<std::string> rest;
+    std::size_t restIndent = layout.before;
     for (std::size_t i = 0; i < row.cells.size(); ++i) {
-        const bool last = i + 1 == widths.size();
         std::string cell = row.cells[i];
-        if (last) {
-            rest = wrapped(cell, widths[i]);
-            cell = rest.front();
+        const std::size_t taken = columnsOf(cell);
+        if (i + 1 == layout.widths.size()) {
+            if (taken <= layout.last || layout.last >= kNarrowestColumn) {
+                rest = wrapped(cell, layout.last);
+                line += rest.front();
+                rest.erase(rest.begin());
+            } else {
+                restIndent = layout.indent + kContinuationIndent;
+                rest = wrapped(cell, console.width() - std::min(console.width(), restIndent));
+            }
+        } else if (i < right_.size() && right_[i]) {
+            line += std::string(layout.widths[i] - taken, ' ') + cell + std::string(kColumnGap, ' ');
+        } else {
+            line += padded(cell, layout.widths[i]) + std::string(kColumnGap, ' ');
         }
-        const bool right = i < right_.size() && right_[i];
-        if (right) cell = std::string(widths[i] - std::min(widths[i], columnsOf(cell)), ' ') + cell;
-        line += last ? cell : padded(cell, widths[i]) + std::string(kColumnGap, ' ');
     }
     line.erase(line.find_last_not_of(' ') + 1);
     console.out() << console.styled(row.style, line) << '\n';
-    std::size_t before = indent;
-    for (std::size_t i = 0; i + 1 < widths.size(); ++i) before += widths[i] + kColumnGap;
-    for (std::size_t i = 1; i < rest.size(); ++i)
-        console.out() << console.styled(row.style, std::string(before, ' ') + rest[i]) << '\n';
+    for (const auto& more : rest)
+        console.out() << console.styled(row.style, std::string(restIndent, ' ') + more) << '\n';
 }
 
 }  // namespace marovine::host

@@ -51,7 +51,8 @@ class Console {
     bool coloured_ = false;
 };
 
-/// Rows in aligned columns. When they do not fit the terminal, the last column breaks into several lines.
+/// Rows in aligned columns. When they do not fit the terminal, the last column breaks into several lines or,
+/// with too little room, goes below the others.
 class Table {
  public:
     /// A table with a heading per column; without headings only the rows are printed.
@@ -71,8 +72,14 @@ class Table {
         Style style;
     };
 
-    void printRow(const Console& console, const Row& row, const std::vector<std::size_t>& widths,
-                  std::size_t indent) const;
+    struct Layout {
+        std::size_t indent;
+        std::vector<std::size_t> widths;  ///< columns of each cell
+        std::size_t before;               ///< columns before the last cell
+        std::size_t last;                 ///< columns that the last cell may take
+    };
+
+    void printRow(const Console& console, const Row& row, const Layout& layout) const;
 
     std::vector<std::string> headings_;
     std::vector<Row> rows_;

@@ -14,6 +14,10 @@ constexpr std::size_t kDown = 4;
 constexpr std::array<std::array<unsigned, kAcross>, kDown> kBits{
     {{0x01, 0x08}, {0x02, 0x10}, {0x04, 0x20}, {0x40, 0x80}}};
 
+std::size_t rounded(std::size_t dividend, std::size_t divisor) {
+    return (dividend + divisor / 2) / divisor;
+}
+
 /// The braille character with these points as UTF-8.
 std::string brailleCharacter(unsigned points) {
     const unsigned code = 0x2800 + points;
@@ -95,9 +99,8 @@ std::vector<std::string> curveLines(std::span<const std::uint32_t> values, std::
     const std::size_t width = columns * kAcross;
     const std::size_t height = rows * kDown;
     const auto pointOf = [&](std::size_t x) {
-        const std::size_t index = x * (values.size() - 1) / (width - 1);
-        const std::uint64_t value = std::min(values[index], maximum);
-        return static_cast<std::size_t>(value * (height - 1) / maximum);
+        const std::size_t index = rounded(x * (values.size() - 1), width - 1);
+        return rounded(std::size_t{std::min(values[index], maximum)} * (height - 1), maximum);
     };
     if (values.empty() || maximum == 0 || columns == 0 || rows == 0) return {};
     std::size_t previous = pointOf(0);

@@ -38,13 +38,15 @@ void Library::Close::operator()(void* handle) const {
     dlclose(handle);
 }
 
-Library::Library(const fs::path& file) : handle_(dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL)), file_(file) {
-    if (!handle_) {
-        const char* reason = dlerror();
-        throw Failure("the applet's library cannot be loaded: " +
-                      std::string(reason != nullptr ? reason : "") + " (name it with --applet)");
-    }
+Library::Handle Library::open(const fs::path& file) {
+    Handle handle(dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL));
+    if (handle) return handle;
+    const char* reason = dlerror();
+    throw Failure("the applet's library cannot be loaded: " + std::string(reason != nullptr ? reason : "") +
+                  " (name it with --applet)");
 }
+
+Library::Library(const fs::path& file) : handle_(open(file)), file_(file) {}
 
 Library::Symbol Library::find(const char* name) const {
     void* address = dlsym(handle_.get(), name);

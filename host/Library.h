@@ -37,10 +37,13 @@ class Library {
         void operator()(void* handle) const;
     };
 
+    using Handle = std::unique_ptr<void, Close>;
+
+    static Handle open(const std::filesystem::path& file);
     explicit Library(const std::filesystem::path& file);
     Symbol find(const char* name) const;
 
-    std::unique_ptr<void, Close> handle_;
+    Handle handle_;  // before the exports, which are looked up in it
     std::filesystem::path file_;
 
  public:

@@ -54,9 +54,9 @@ std::vector<std::string> nearestNames(std::string_view name, const std::vector<s
         std::size_t distance = editDistance(name, known);
         // "WIDTH" means FG_WIDTH although three letters are missing: leaving out costs less than a typing
         // error.
-        if (wanted.size() >= 3 && lowered(known).find(wanted) != std::string::npos)
-            distance = std::min(distance, 1 + (known.size() - wanted.size()) / 4);
-        if (distance <= tolerance) candidates.push_back({distance, &known});
+        const bool contained = wanted.size() >= 3 && lowered(known).find(wanted) != std::string::npos;
+        if (contained) distance = std::min(distance, 1 + (known.size() - wanted.size()) / 4);
+        if (contained || distance <= tolerance) candidates.push_back({distance, &known});
     }
     std::stable_sort(candidates.begin(), candidates.end(),
                      [](const auto& a, const auto& b) { return a.distance < b.distance; });

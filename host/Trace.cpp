@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <fstream>
+#include <string_view>
+#include <utility>
 
 namespace marovine::host {
 
@@ -30,6 +32,14 @@ void carryOut(const virtualboard::Write& write, Value& held) {
 
 std::string indexText(const virtualboard::Write& write) {
     return std::holds_alternative<Field>(write.value) ? "[" + std::to_string(write.firstIndex) + "] " : "";
+}
+
+/// "Device1_Process0_Camera_FullMode" as process "0" and "Camera_FullMode"; other names whole.
+std::pair<std::string, std::string> splitName(const std::string& name) {
+    constexpr std::string_view prefix = "Device1_Process";
+    const auto split = name.find('_', prefix.size());
+    if (!name.starts_with(prefix) || split == std::string::npos) return {"", name};
+    return {name.substr(prefix.size(), split - prefix.size()), name.substr(split + 1)};
 }
 
 /// A text as a field of a CSV line.
@@ -78,20 +88,18 @@ void Trace::print(const Console& console, std::size_t indent) const {
         console.paragraph("no design write", indent);
         return;
     }
-    constexpr std::string_view prefix = "Device1_";
-    Table table({"#", "design parameter (" + std::string(prefix) + "...)", "value"});
+    Table table({"#", "P", "design parameter (Device1_ProcessP_...)", "value (was)"});
     table.alignRight(0);
     std::size_t order = 0;
     for (const auto& traced : writes_) {
         const auto& write = traced.write;
-        std::string name = write.name;
-        if (name.starts_with(prefix)) name.erase(0, prefix.size());
+        auto [process, name] = splitName(write.name);
         std::string value = indexText(write) + textOf(write.value);
         const bool moved = traced.before && *traced.before != write.value;
-        if (moved && write.result == 0) value += "  was " + textOf(*traced.before);
-        if (write.result != 0) value += "  refused (" + std::to_string(write.result) + ")";
+        if (moved && write.result == 0) value += " (" + textOf(*traced.before) + ")";
+        if (write.result != 0) value += " refused (" + std::to_string(write.result) + ")";
         const Style style = write.result != 0 ? Style::Bad : moved ? Style::Plain : Style::Dim;
-        table.add({std::to_string(++order), std::move(name), std::move(value)}, style);
+        table.add({std::to_string(++order), std::move(process), std::move(name), std::move(value)}, style);
     }
     table.print(console, indent);
 }

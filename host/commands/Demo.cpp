@@ -68,7 +68,7 @@ void followARequest(const Stage& stage) {
 
     stage.line() << "The host asks for 2048 in place of " << before << "; allowed is " << range << ".\n";
     stage.line() << "The applet tells the design, in this order:\n";
-    trace.print(stage.console, kIndent);
+    trace.print(stage.console);
     stage.line() << "and narrows what its neighbours may be:\n";
     Table table;
     for (const auto& change : changesBetween(was, Snapshot(stage.applet)))
@@ -131,25 +131,21 @@ void wireATrigger(const Stage& stage) {
     constexpr std::array steps{Step{"FG_LINETRIGGERMODE", "ASYNC_TRIGGER"},
                                Step{"FG_LINETRIGGERINSRC", "TRGINSRC_GPI_1"}, Step{"FG_LINEEXPOSURE", "50"},
                                Step{"FG_TRIGGEROUT_GPO_0_SOURCE", "FG_SIGNAL_CAM0_FLASH"}};
-    constexpr std::array prefixes{std::string_view("Device1_Process0_Trigger_"),
-                                  std::string_view("Device1_Process1_Trigger_")};
-    Table table;
+    constexpr std::string_view process = "Device1_ProcessN_";
     Trace trace(stage.applet);
     std::size_t shown = 0;
     for (const auto& step : steps) {
         stage.set(step.name, step.value);
         trace.collect("");
-        std::string setting = std::string(step.name) + " = " + step.value;
+        stage.line() << step.name << " = " << step.value << '\n';
         for (; shown < trace.writes().size(); ++shown) {
             const auto& write = trace.writes()[shown].write;
-            std::string name = write.name;
-            for (const auto prefix : prefixes)
-                if (name.starts_with(prefix)) name.erase(0, prefix.size());
-            table.add({setting, "-> " + name + " = " + textOf(write.value)});
-            setting.clear();
+            stage.line() << "  -> "
+                         << stage.console.styled(Style::Accent, write.name.substr(process.size()) + " = " +
+                                                                    textOf(write.value))
+                         << '\n';
         }
     }
-    table.print(stage.console, kIndent);
 }
 
 /// Where the window lies on the widest line.

@@ -1,0 +1,234 @@
+/// The command `marovine`, run as a user runs it: exit status, output, data.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+#include "tests/TemporaryFile.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+using Json = nlohmann::json;
+
+struct Result {
+    int status = -1;
+    std::string output;
+    std::string errors;
+};
+
+/// Runs the command beside the test program through a shell, with 80 columns. `before` is shell text that
+/// stands before the command.
+Result run(const std::string& arguments, const std::string& before = "") {
+    const TemporaryFile errors(".err");
+    const std::string command = fs::read_symlink("/proc/self/exe").parent_path() / "marovine";
+    const std::string line =
+        "COLUMNS=80; export COLUMNS; " + before + command + " " + arguments + " 2>" + errors.name();
+    Result result;
+    FILE* pipe = popen(line.c_str(), "r");
+    if (pipe == nullptr) return result;
+    std::array<char, 4096> buffer{};
+    while (const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), pipe))
+        result.output.append(buffer.data(), count);
+    const int status = pclose(pipe);
+    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    result.errors = errors.content();
+    return result;
+}
+
+TEST(Command, EndsWithAStatusThatScriptsCanTrust) {
+    struct Case {
+        const char* arguments;
+        int status;
+        const char* says;  ///< on standard error, or on standard output when the status is 0
+    };
+    for (const auto& [arguments, status, says] : {
+             Case{"--help", 0, "Every run has a virtual board of its own"},
+             Case{"set --help", 0, "NAME=VALUE"},
+             Case{"get FG_WIDTH", 0, "1024\n"},
+             Case{"get FG_WITDH", 1, "nearest: FG_WIDTH"},
+             Case{"set FG_WIDTH=1004", 1, "not a multiple of 8; nearest are 1000 and 1008"},
+             Case{"set FG_WIDTH=wide", 1, "wide is no number"},
+             Case{"get FG_WIDTH --set FG_WIDTH=1004", 1, "not a multiple of 8"},
+             Case{"load /nowhere.mcf", 1, "there is no file /nowhere.mcf"},
+             Case{"get FG_WIDTH --config /nowhere.mcf", 2, "/nowhere.mcf"},
+             Case{"get FG_WIDTH --applet /dev/null", 1, "cannot be loaded"},
+             Case{"list '*nothing*'", 1, "no parameter's name or title matches"},
+             Case{"", 2, "subcommand"},
+             Case{"gte FG_WIDTH", 2, "did you mean get?"},
+             Case{"get", 2, "required"},
+             Case{"get --jsno FG_WIDTH", 2, "--jsno"},
+             Case{"set FG_WIDTH", 2, "write NAME=VALUE"},
+             Case{"set 'FG_LUT_VALUE_RED[x]=1'", 2, "whole number as index"},
+             Case{"set FG_WIDTH=8 --trace=x.txt", 2, ".csv"},
+             Case{"info --log 8", 2, "8"},
+             Case{"save /tmp/name.txt", 2, ".mcf"},
+             Case{"get FG_WIDTH >/dev/full", 1, "could not be written"},
+         }) {
+        const Result result = run(arguments);
+        EXPECT_EQ(status, result.status) << arguments << '\n' << result.errors;
+        EXPECT_THAT(status == 0 ? result.output : result.errors, HasSubstr(says)) << arguments;
+    }
+}
+
+TEST(Command, FitsATerminalAndColoursOnlyWhenAsked) {
+    for (const char* arguments : {"list", "tree", "info", "status", "wiring", "defaults", "demo",
+                                  "describe FG_LINETRIGGERINSRC", "set FG_HEIGHT=512 --trace"}) {
+        const Result result = run(arguments);
+        EXPECT_EQ(0, result.status) << arguments << result.errors;
+        EXPECT_THAT(result.output, Not(HasSubstr("\033["))) << arguments;
+        std::istringstream lines(result.output);
+        for (std::string line; std::getline(lines, line);) {
+            std::size_t columns = 0;
+            for (const char byte : line) columns += (static_cast<unsigned char>(byte) & 0xC0) != 0x80 ? 1 : 0;
+            // Long names stay whole, whatever the width.
+            const auto holds = [&line](const char* text) { return line.find(text) != std::string::npos; };
+            if (holds("Process") || holds("libMarovine") || holds("FG_")) continue;
+            EXPECT_LE(columns, 80U) << arguments << ": " << line;
+        }
+    }
+    EXPECT_THAT(run("tree --color always").output, HasSubstr("\033[1m"));
+}
+
+TEST(Command, ReportsASetWithAllThatMoved) {
+    const Result result = run("set FG_WIDTH=2048 --trace");
+    EXPECT_EQ(0, result.status);
+    EXPECT_THAT(result.output, StartsWith("FG_WIDTH = 2048 pixel  (was 1024)\n"
+                                          "\n"
+                                          "Also moved\n"
+                                          "FG_XOFFSET  maximum  15360 -> 14336 pixel\n"
+                                          "\n"
+                                          "Design writes\n"));
+    EXPECT_THAT(result.output, HasSubstr("12  0  Buffer_0_DRAM_A_0_XLength"));
+}
+
+TEST(Command, KeepsWhatWasSetBeforeARefusal) {
+    const Result result = run("set FG_HEIGHT=512 FG_XOFFSET=12288 FG_WIDTH=4104 FG_YOFFSET=2");
+    EXPECT_EQ(1, result.status);
+    EXPECT_THAT(result.output, AllOf(HasSubstr("FG_HEIGHT = 512"), Not(HasSubstr("FG_YOFFSET = 2"))));
+    EXPECT_EQ(
+        "marovine: FG_WIDTH = 4104 refused (-6000): above 4096, because FG_XOFFSET is 12288\n"
+        "  nearest accepted: 4096\n"
+        "  or first set FG_XOFFSET to 12280 or less\n"
+        "  accepted now: 8 to 4096, step 8\n",
+        result.errors);
+    // A typing error at the end is found before anything is set.
+    EXPECT_THAT(run("set FG_HEIGHT=512 FG_WIDTH=x").output, IsEmpty());
+}
+
+TEST(Command, AnswersPrograms) {
+    const auto parsed = [](const std::string& arguments) {
+        const Result result = run(arguments);
+        EXPECT_NO_THROW(return Json::parse(result.output)) << arguments << '\n'
+                                                           << result.output << result.errors;
+        return Json();
+    };
+    EXPECT_EQ(Json({{"FG_WIDTH", 1024}, {"FG_LUT_TYPE", "LUT_TYPE_PROCESSING"}}),
+              parsed("get FG_WIDTH FG_LUT_TYPE --json"));
+    EXPECT_EQ(177U, parsed("list --json").size());
+    EXPECT_EQ(33U, parsed("events --json").size());
+    EXPECT_EQ(96U, parsed("defaults --json").size());
+    EXPECT_EQ(18U, parsed("wiring --json").size());
+    EXPECT_EQ(2U, parsed("debug --json").size());
+    EXPECT_EQ(256U, parsed("lut show --json")["green"].size());
+    EXPECT_EQ("Camera Link", parsed("tree --json")[0]["group"]);
+    EXPECT_EQ("Marovine", parsed("info --json")["name"]);
+    EXPECT_EQ(45.3, parsed("status --json")["FG_SYSTEMMONITOR_FPGA_TEMPERATURE"]["value"]);
+    EXPECT_EQ("maximum", parsed("describe FG_LINEEXPOSURE --json")["limits"][0]["end"]);
+
+    const Json set = parsed("set FG_WIDTH=2048 FG_WIDTH=1004 --trace --json");
+    EXPECT_EQ(2048, set["set"][0]["value"]);
+    EXPECT_EQ(12U, set["writes"].size());
+    EXPECT_EQ(Json({"1000", "1008"}), set["refused"]["nearest"]);
+}
+
+TEST(Command, TakesTheTraceFileOrTheNextSetting) {
+    const TemporaryFile trace(".json");
+    EXPECT_THAT(run("set --trace FG_WIDTH=2048").output, HasSubstr("Design writes"));
+    EXPECT_THAT(run(std::string("set --trace ") + trace.name() + " FG_WIDTH=2048").output,
+                HasSubstr("12 design writes kept in "));
+    EXPECT_EQ(12U, Json::parse(trace.content()).size());
+}
+
+TEST(Command, ChainsAConfigurationAndSettings) {
+    const TemporaryFile file(".mcf");
+    EXPECT_EQ(0,
+              run(std::string("save ") + file.name() + " --set FG_LINEPERIODE=100 --set FG_LINEEXPOSURE=50")
+                  .status);
+    const Result result = run(std::string("defaults --changed --set FG_WIDTH=512 --config ") + file.name());
+    EXPECT_EQ(
+        "   parameter        default  now\n"
+        "*  FG_WIDTH         1024     512\n"
+        "*  FG_LINEPERIODE   200      100\n"
+        "*  FG_LINEEXPOSURE  19       50\n"
+        "3 differ, marked with *\n",
+        result.output);
+    EXPECT_THAT(run(std::string("load ") + file.name()).output, HasSubstr("FG_LINEEXPOSURE"));
+}
+
+TEST(Command, NeverReplacesAGoodFileByABadOne) {
+    const TemporaryFile file(".mcf", "precious");
+    const Result full = run(std::string("save ") + file.name(), "ulimit -f 1; ");
+    EXPECT_EQ(1, full.status);
+    EXPECT_THAT(full.errors, AllOf(HasSubstr("nothing saved to "), HasSubstr("as before")));
+    EXPECT_EQ("precious", file.content());
+    for (const auto& entry : fs::directory_iterator(fs::temp_directory_path()))
+        EXPECT_THAT(entry.path().string(), Not(StartsWith(std::string(file.name()) + ".new")));
+    EXPECT_EQ(0, run(std::string("save ") + file.name()).status);
+    EXPECT_THAT(file.content(), StartsWith("[Kamerasektion]"));
+}
+
+TEST(Command, SavesAndLoadsLookupTables) {
+    const TemporaryFile file(".lut");
+    const TemporaryFile picture(".png");
+    EXPECT_EQ(0, run(std::string("lut save ") + file.name() + " --set FG_PROCESSING_GAMMA=2.2").status);
+    const Result loaded = run(std::string("lut load ") + file.name());
+    EXPECT_EQ(0, loaded.status) << loaded.errors;
+    EXPECT_THAT(loaded.output, HasSubstr("FG_LUT_TYPE = LUT_TYPE_CUSTOM"));
+    EXPECT_EQ(0, run(std::string("lut show -o ") + picture.name()).status);
+    EXPECT_THAT(picture.content(), StartsWith("\x89PNG"));
+    EXPECT_EQ(1, run("lut load /nowhere.lut").status);
+}
+
+TEST(Command, DrawsTheWiringAsTheDesignHasIt) {
+    EXPECT_THAT(run("wiring --set FG_TRIGGEROUT_GPO_4_SOURCE=FG_SIGNAL_GPI_2 --set "
+                    "FG_TRIGGEROUT_GPO_4_POLARITY=FG_LOW")
+                    .output,
+                HasSubstr("GPO 4                  <-o-  GPI 2                     select 23, invert"));
+    EXPECT_THAT(run("wiring --dot").output,
+                AllOf(StartsWith("digraph wiring {"), HasSubstr("\"Cam0 Exsync\" -> \"CC 1\";")));
+}
+
+TEST(Command, LogsWhatTheAppletSays) {
+    EXPECT_THAT(run("set FG_CAMSTATUS=1 --log 4").errors,
+                HasSubstr("trying to set read-only SDK parameter 'FG_CAMSTATUS' on process 0!"));
+    EXPECT_THAT(run("set FG_CAMSTATUS=1").errors, Not(HasSubstr("trying to set")));
+}
+
+TEST(Command, WritesIconDesignAndXml) {
+    const TemporaryFile icon(".png");
+    const TemporaryFile design(".hap");
+    const TemporaryFile xml(".xml");
+    EXPECT_EQ(0, run(std::string("info --icon ") + icon.name() + " --design " + design.name()).status);
+    EXPECT_EQ(2551U, icon.content().size());
+    EXPECT_EQ(4781671U, design.content().size());
+    EXPECT_EQ(0, run(std::string("xml -o ") + xml.name()).status);
+    EXPECT_EQ(run("xml").output, xml.content());
+    EXPECT_THAT(xml.content(), StartsWith("<?xml"));
+}
+
+}  // namespace

@@ -1,0 +1,207 @@
+/// Why a value is refused: the sentence, and that what it names is really accepted.
+
+#include "host/Explain.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/Snapshot.h"
+#include "tests/HostFixture.h"
+
+namespace marovine::host {
+namespace {
+
+using test::HostTest;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class Explaining : public HostTest {
+ protected:
+    /// The code of a set; 0 when it is accepted.
+    int codeOf(std::string_view name, std::string_view value) {
+        try {
+            set(name, value);
+            return 0;
+        } catch (const Refused& refusal) {
+            return refusal.code;
+        }
+    }
+    Explanation explanationOf(std::string_view name, std::string_view value) {
+        const int code = codeOf(name, value);
+        EXPECT_NE(0, code) << name << " = " << value << " is accepted";
+        return explain(applet, {std::string(name), applet.parameter(name).parse(value)}, code);
+    }
+};
+
+struct Case {
+    std::vector<std::pair<const char*, const char*>> first;  ///< what is set before
+    const char* name;
+    const char* value;
+    const char* sentence;
+};
+
+const std::vector<Case>& cases() {
+    static const std::vector<Case> all{
+        {{},
+         "FG_WIDTH",
+         "1004",
+         "FG_WIDTH = 1004 refused (-7080): not a multiple of 8; nearest are 1000 and 1008"},
+        {{{"FG_XOFFSET", "12288"}},
+         "FG_WIDTH",
+         "4100",
+         "FG_WIDTH = 4100 refused (-6000): above 4096, because FG_XOFFSET is 12288"},
+        {{}, "FG_WIDTH", "20000", "FG_WIDTH = 20000 refused (-6000): above 16384"},
+        {{}, "FG_WIDTH", "0", "FG_WIDTH = 0 refused (-6000): below 8"},
+        {{{"FG_XOFFSET", "12288"}},
+         "FG_WIDTH",
+         "20000",
+         "FG_WIDTH = 20000 refused (-6000): above 4096, because FG_XOFFSET is 12288"},
+        {{{"FG_SENSORWIDTH", "2048"}, {"FG_VANTAGEPOINT", "FG_VANTAGEPOINT_TOP_RIGHT"}},
+         "FG_WIDTH",
+         "2056",
+         "FG_WIDTH = 2056 refused (-6000): above 2048, because FG_SENSORWIDTH is 2048 and FG_VANTAGEPOINT is "
+         "FG_VANTAGEPOINT_TOP_RIGHT"},
+        {{},
+         "FG_LINEEXPOSURE",
+         "300",
+         "FG_LINEEXPOSURE = 300 refused (-6000): above 200, because FG_LINETRIGGERMODE is GRABBER_CONTROLLED "
+         "and "
+         "FG_LINEPERIODE is 200"},
+        {{{"FG_LINEPERIODE", "2000"}},
+         "FG_LINEEXPOSURE",
+         "1050",
+         "FG_LINEEXPOSURE = 1050 refused (-6000): above 1048.568"},
+        {{},
+         "FG_LINETRIGGERDELAY",
+         "200.008",
+         "FG_LINETRIGGERDELAY = 200.008 refused (-6000): above 200, because FG_LINEPERIODE is 200"},
+        {{{"FG_IMG_SELECT_PERIOD", "4"}},
+         "FG_IMG_SELECT",
+         "5",
+         "FG_IMG_SELECT = 5 refused (-6000): above 3, because FG_IMG_SELECT_PERIOD is 4"},
+        {{{"FG_IMG_SELECT_PERIOD", "8"}, {"FG_IMG_SELECT", "5"}},
+         "FG_IMG_SELECT_PERIOD",
+         "4",
+         "FG_IMG_SELECT_PERIOD = 4 refused (-6000): below 6, because FG_IMG_SELECT is 5"},
+        {{},
+         "FG_CAMERASIMULATOR_FRAME_GAP",
+         "8",
+         "FG_CAMERASIMULATOR_FRAME_GAP = 8 refused (-6000): above 0, because FG_CAMERASIMULATOR_SELECT_MODE "
+         "is "
+         "FG_LINERATE"},
+        {{}, "FG_TAPGEOMETRY", "7", "FG_TAPGEOMETRY = 7 refused (-6000): not one of the entries"},
+        {{}, "FG_LINEEXPOSURE", "nan", "FG_LINEEXPOSURE = nan refused (-6000): not a number"},
+        {{},
+         "FG_LINEEXPOSURE",
+         "inf",
+         "FG_LINEEXPOSURE = inf refused (-6000): above 200, because FG_LINETRIGGERMODE is GRABBER_CONTROLLED "
+         "and "
+         "FG_LINEPERIODE is 200"},
+    };
+    return all;
+}
+
+TEST_F(Explaining, NamesTheRuleAndTheCause) {
+    for (const auto& [first, name, value, sentence] : cases()) {
+        Applet fresh(library(), {.writeDefaults = true, .recordWrites = false, .rememberSteps = true});
+        for (const auto& [other, setting] : first) fresh.set(other, fresh.parameter(other).parse(setting));
+        const Setting refused{name, fresh.parameter(name).parse(value)};
+        int code = 0;
+        try {
+            fresh.set(name, refused.value);
+        } catch (const Refused& refusal) {
+            code = refusal.code;
+        }
+        fresh.board().setClockManual();
+        const Snapshot before(fresh);
+        const Explanation why = explain(fresh, refused, code);
+        EXPECT_EQ(sentence, why.sentence());
+        EXPECT_THAT(changesBetween(before, Snapshot(fresh)), IsEmpty()) << "explaining touched the applet";
+
+        // Whatever is named must hold on the applet itself.
+        for (const auto& nearest : why.nearest) {
+            const auto trial = fresh.twin();
+            EXPECT_NO_THROW(trial->set(name, trial->parameter(name).parse(nearest))) << sentence;
+        }
+        for (const auto& cause : why.causes)
+            for (const auto& remedy : cause.remedies) {
+                const auto trial = fresh.twin();
+                EXPECT_NO_THROW({
+                    trial->set(cause.parameter, trial->parameter(cause.parameter).parse(remedy));
+                    trial->set(name, refused.value);
+                }) << remedyText(cause);
+            }
+    }
+}
+
+TEST_F(Explaining, AdvisesWhatToSetFirst) {
+    set("FG_XOFFSET", "12288");
+    EXPECT_THAT(explanationOf("FG_WIDTH", "4104").advice(),
+                ElementsAre("nearest accepted: 4096", "or first set FG_XOFFSET to 12280 or less",
+                            "accepted now: 8 to 4096, step 8"));
+    EXPECT_THAT(
+        explanationOf("FG_LINEEXPOSURE", "300").advice(),
+        ElementsAre("nearest accepted: 200",
+                    "or first set FG_LINETRIGGERMODE to ASYNC_TRIGGER or ASYNC_GATED",
+                    "or set FG_LINEPERIODE to 300 or more", "accepted now: 0.512 to 200, step 0.008"));
+    EXPECT_THAT(explanationOf("FG_WIDTH", "20000").advice(),
+                Contains("no value of FG_XOFFSET alone makes room for it"));
+}
+
+TEST_F(Explaining, KeepsTheMeaningOfOtherCodes) {
+    EXPECT_EQ(
+        "FG_CAMSTATUS = 1 refused (-12): the parameter is read-only, or the host runtime lacks the function "
+        "or its handle",
+        explanationOf("FG_CAMSTATUS", "1").sentence());
+    set("FG_LUT_CUSTOM_FILE", "/nowhere.lut");
+    EXPECT_EQ("FG_LUT_TYPE = LUT_TYPE_CUSTOM refused (-2076): the file does not exist",
+              explanationOf("FG_LUT_TYPE", "LUT_TYPE_CUSTOM").sentence());
+}
+
+TEST_F(Explaining, SaysWhenTheBoardIsToBlame) {
+    applet.board().refuseWrites("Device1_Process0_Buffer_0_DRAM_A_0_XLength", -6000);
+    EXPECT_THAT(explanationOf("FG_WIDTH", "2048").sentence(),
+                HasSubstr("another instance in the same state accepts it"));
+}
+
+TEST_F(Explaining, FindsWhatNarrowsARange) {
+    EXPECT_THAT(narrowings(applet, "FG_WIDTH"), IsEmpty());
+    EXPECT_THAT(narrowings(applet, "FG_CAMSTATUS"), IsEmpty());
+    set("FG_XOFFSET", "12288");
+    const auto width = narrowings(applet, "FG_WIDTH");
+    ASSERT_EQ(1U, width.size());
+    EXPECT_TRUE(width[0].upper);
+    EXPECT_EQ("4096", width[0].limit);
+    EXPECT_EQ("FG_XOFFSET is 12288", causesText(width[0].causes));
+
+    set("FG_IMG_SELECT_PERIOD", "8");
+    set("FG_IMG_SELECT", "5");
+    const auto period = narrowings(applet, "FG_IMG_SELECT_PERIOD");
+    ASSERT_EQ(1U, period.size());
+    EXPECT_FALSE(period[0].upper);
+    EXPECT_EQ("6", period[0].limit);
+}
+
+TEST_F(Explaining, FindsWhatMakesAParameterReadOnly) {
+    EXPECT_EQ("FG_LINETRIGGERMODE is GRABBER_CONTROLLED",
+              causesText(causesOfReadOnly(applet, "FG_LINETRIGGERINSRC")));
+    EXPECT_THAT(causesOfReadOnly(applet, "FG_CAMSTATUS"), IsEmpty());
+    EXPECT_THAT(causesOfReadOnly(applet, "FG_WIDTH"), IsEmpty());
+}
+
+TEST_F(Explaining, FindsWhatAParameterDrives) {
+    EXPECT_THAT(drivenDesignParameters(applet, "FG_LINETRIGGERDEBOUNCING"),
+                ElementsAre("Device1_Process0_Trigger_Trigger_LineTrgDebouncingTime",
+                            "Device1_Process1_Trigger_Inputs_Debounce8_Prescale_Period"));
+    EXPECT_THAT(drivenDesignParameters(applet, "FG_SENDSOFTWARETRIGGER"),
+                ElementsAre("Device1_Process0_Trigger_Trigger_SoftwareTrgPulse"));
+    EXPECT_THAT(drivenDesignParameters(applet, "FG_CAMSTATUS"), IsEmpty());
+}
+
+}  // namespace
+}  // namespace marovine::host
