@@ -70,7 +70,7 @@ TEST_F(Client, RefusesTextsThatAreNoValue) {
         const char* text;
         const char* message;
     };
-    for (const auto& [name, text, message] : {
+    for (const Case& c : {
              Case{"FG_WIDTH", "wide",
                   "FG_WIDTH: wide is no number; give a whole number in the range 8 to 16384"},
              Case{"FG_WIDTH", "8.5", "FG_WIDTH: 8.5 does not fit; give a whole number"},
@@ -81,7 +81,7 @@ TEST_F(Client, RefusesTextsThatAreNoValue) {
              Case{"FG_TAPGEOMETRY", "FG_GEOMETRY_4X3", "nearest: FG_GEOMETRY_4X2"},
              Case{"FG_LUT_VALUE_RED", "1,x", "x is no element"},
          })
-        EXPECT_THAT(messageOf([&] { applet.parameter(name).parse(text); }), HasSubstr(message));
+        EXPECT_THAT(messageOf([&] { applet.parameter(c.name).parse(c.text); }), HasSubstr(c.message));
 }
 
 TEST_F(Client, ConvertsNumbersThatKeepTheirValueAndNoOthers) {
