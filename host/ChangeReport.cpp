@@ -42,6 +42,7 @@ void ChangeReport::done(const std::string& parameter, const std::string& value) 
 }
 
 void ChangeReport::failed(const std::string& parameter, const std::string& value) {
+    failed_ = true;
     note(parameter + " = " + value + " (refused)");
 }
 
@@ -112,6 +113,7 @@ void ChangeReport::printMoved(const Console& console) const {
         table.add({change.parameter, nameOf(change.aspect),
                    change.before + " -> " + change.after + (bare ? "" : " " + change.unit)});
     }
+    if (failed_ && table.empty()) return;
     if (settings_.empty()) {
         console.heading(table.empty() ? "Nothing moved" : "Moved");
     } else if (!table.empty()) {

@@ -63,6 +63,7 @@ class ChangeReport {
     std::optional<Trace> trace_;
     std::vector<Setting> settings_;
     std::vector<Change> changes_;
+    bool failed_ = false;
 };
 
 }  // namespace marovine::host

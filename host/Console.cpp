@@ -106,10 +106,11 @@ void Console::heading(std::string_view text) const {
     out() << styled(Style::Bold, text) << '\n';
 }
 
-void Console::paragraph(std::string_view text, std::size_t indent) const {
+void Console::paragraph(std::string_view text, std::size_t indent, Style style) const {
     const std::size_t columns =
         width_ == 0 ? std::string_view::npos : std::max(kNarrowestColumn, width_ - std::min(width_, indent));
-    for (const auto& line : wrapped(text, columns)) out() << std::string(indent, ' ') << line << '\n';
+    for (const auto& line : wrapped(text, columns))
+        out() << std::string(indent, ' ') << styled(style, line) << '\n';
 }
 
 Table::Table(std::vector<std::string> headings) : headings_(std::move(headings)) {}
@@ -149,8 +150,10 @@ void Table::printRow(const Console& console, const Row& row, const Layout& layou
         std::string cell = row.cells[i];
         const std::size_t taken = columnsOf(cell);
         if (i + 1 == layout.widths.size()) {
-            if (taken <= layout.last || layout.last >= kNarrowestColumn) {
-                rest = wrapped(cell, layout.last);
+            rest = wrapped(cell, layout.last);
+            const bool fits = std::all_of(rest.begin(), rest.end(),
+                                          [&](const auto& part) { return columnsOf(part) <= layout.last; });
+            if (fits && (rest.size() == 1 || layout.last >= kNarrowestColumn)) {
                 line += rest.front();
                 rest.erase(rest.begin());
             } else {

@@ -43,7 +43,7 @@ class Console {
     /// A heading.
     void heading(std::string_view text) const;
     /// A text in lines that fit, each behind `indent` blanks.
-    void paragraph(std::string_view text, std::size_t indent = 0) const;
+    void paragraph(std::string_view text, std::size_t indent = 0, Style style = Style::Plain) const;
 
  private:
     std::ostream* out_;

@@ -105,6 +105,15 @@ void explainNumber(Rehearsal& rehearsal, const Parameter& parameter, const Setti
     for (auto& cause : result.causes) cause.remedies.clear();
 }
 
+/// What is wrong with elements that were refused as out of range: one of them, or the place of the last.
+std::string ruleForElements(const Parameter& parameter, const Field& elements) {
+    const std::uint32_t maximum = std::get<std::uint32_t>(parameter.range->maximum);
+    const auto tooLarge =
+        std::find_if(elements.begin(), elements.end(), [=](auto element) { return element > maximum; });
+    if (tooLarge != elements.end()) return std::to_string(*tooLarge) + " is above " + std::to_string(maximum);
+    return "runs past the last element, which is " + std::to_string(parameter.elements - 1);
+}
+
 /// The write that the design refused, when the board still has it in its journal.
 std::string refusedWrite(Applet& twin) {
     for (const auto& write : twin.board().takeWrites())
@@ -165,6 +174,10 @@ Explanation explain(const Applet& state, const Setting& setting, int code) {
                        .nearest = {},
                        .causes = {},
                        .accepted = {}};
+    if (code == error::notAllowed && !parameter.writable) {
+        result.rule = "it can only be read";
+        return result;
+    }
     if (code != error::outOfRange && code != error::wrongStep) {
         Rehearsal rehearsal(state);
         rehearsal.twin().board().recordWrites(true);
@@ -176,7 +189,10 @@ Explanation explain(const Applet& state, const Setting& setting, int code) {
 
     if (parameter.kind == FG_KIND_TEXT) return result;
     result.accepted = parameter.rangeText();
-    if (parameter.kind == FG_KIND_UINT32_FIELD) return result;
+    if (const auto* elements = std::get_if<Field>(&setting.value)) {
+        result.rule = ruleForElements(parameter, *elements);
+        return result;
+    }
     const auto* entry = std::get_if<std::int32_t>(&setting.value);
     const bool isEntry =
         entry != nullptr && std::any_of(parameter.entries.begin(), parameter.entries.end(),

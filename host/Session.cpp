@@ -4,23 +4,26 @@
 
 namespace marovine::host {
 
+SettingText parseName(std::string_view text) {
+    SettingText result{.name = std::string(text), .firstElement = {}, .value = {}};
+    const auto bracket = text.find('[');
+    if (bracket == std::string_view::npos) return result;
+    std::uint32_t index = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data() + bracket + 1, end, index);
+    if (error != std::errc{} || stop + 1 != end || *stop != ']')
+        throw UsageError(std::string(text) + ": write NAME[INDEX] with a whole number as index");
+    result.firstElement = index;
+    result.name.erase(bracket);
+    return result;
+}
+
 SettingText parseSetting(std::string_view text) {
     const auto split = text.find('=');
     if (split == std::string_view::npos || split == 0)
         throw UsageError(std::string(text) + " is no setting; write NAME=VALUE");
-    SettingText setting{.name = std::string(text.substr(0, split)),
-                        .firstElement = {},
-                        .value = std::string(text.substr(split + 1))};
-    const auto bracket = setting.name.find('[');
-    if (bracket == std::string::npos) return setting;
-    std::uint32_t index = 0;
-    const char* begin = setting.name.data() + bracket + 1;
-    const char* end = setting.name.data() + setting.name.size();
-    const auto [stop, error] = std::from_chars(begin, end, index);
-    if (error != std::errc{} || stop + 1 != end || *stop != ']')
-        throw UsageError(std::string(text) + ": write NAME[INDEX]=VALUE with a whole number as index");
-    setting.firstElement = index;
-    setting.name.erase(bracket);
+    SettingText setting = parseName(text.substr(0, split));
+    setting.value = text.substr(split + 1);
     return setting;
 }
 

@@ -35,6 +35,9 @@ struct SettingText {
 /// Takes a setting apart; throws `UsageError` when it has no "=" or a bad index.
 SettingText parseSetting(std::string_view text);
 
+/// "NAME" or "NAME[INDEX]"; the value stays empty. Throws `UsageError` for a bad index.
+SettingText parseName(std::string_view text);
+
 /// The options that stand before or after any command.
 struct GlobalOptions {
     std::filesystem::path library;      ///< --applet

@@ -154,10 +154,10 @@ TEST_F(Explaining, AdvisesWhatToSetFirst) {
 }
 
 TEST_F(Explaining, KeepsTheMeaningOfOtherCodes) {
-    EXPECT_EQ(
-        "FG_CAMSTATUS = 1 refused (-12): the parameter is read-only, or the host runtime lacks the function "
-        "or its handle",
-        explanationOf("FG_CAMSTATUS", "1").sentence());
+    EXPECT_EQ("FG_CAMSTATUS = 1 refused (-12): it can only be read",
+              explanationOf("FG_CAMSTATUS", "1").sentence());
+    EXPECT_EQ("FG_LUT_VALUE_RED = 300 refused (-6000): 300 is above 255",
+              explanationOf("FG_LUT_VALUE_RED", "300").sentence());
     set("FG_LUT_CUSTOM_FILE", "/nowhere.lut");
     EXPECT_EQ("FG_LUT_TYPE = LUT_TYPE_CUSTOM refused (-2076): the file does not exist",
               explanationOf("FG_LUT_TYPE", "LUT_TYPE_CUSTOM").sentence());

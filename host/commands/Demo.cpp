@@ -89,7 +89,7 @@ void getRefused(const Stage& stage) {
         } catch (const Refused& refusal) {
             const auto why = explain(
                 stage.applet, {"FG_WIDTH", stage.applet.parameter("FG_WIDTH").parse(value)}, refusal.code);
-            stage.line() << stage.console.styled(Style::Bad, why.sentence()) << '\n';
+            stage.console.paragraph(why.sentence(), kIndent, Style::Bad);
             for (const auto& advice : why.advice()) stage.line() << kMargin << advice << '\n';
         }
     }

@@ -19,14 +19,18 @@ void run(const Options& options, Session& session) {
     std::ostream& out = session.console().out();
     Json document = Json::object();
     for (const auto& name : options.names) {
-        const Parameter parameter = applet.parameter(name);
-        const Value value = applet.get(name);
+        const SettingText wanted = parseName(name);
+        const Parameter parameter = applet.parameter(wanted.name);
+        if (wanted.firstElement && parameter.elements == 0)
+            throw UsageError(wanted.name + " has no elements");
+        const Value value = wanted.firstElement ? applet.getElements(wanted.name, *wanted.firstElement, 1)
+                                                : applet.get(wanted.name);
         if (options.json) {
-            document[parameter.name] = jsonOf(parameter, value);
+            document[name] = jsonOf(parameter, value);
         } else if (options.names.size() == 1) {
             out << parameter.textOf(value, true) << '\n';
         } else {
-            out << parameter.name << '=' << parameter.textOf(value, true) << '\n';
+            out << name << '=' << parameter.textOf(value, true) << '\n';
         }
     }
     if (options.json) out << printed(document) << '\n';
@@ -36,7 +40,8 @@ void run(const Options& options, Session& session) {
 
 void defineGet(CommandLine command, Session& session) {
     auto options = std::make_shared<Options>();
-    command.argument("NAME", &options->names, "Parameters to read", {.required = true});
+    command.argument("NAME", &options->names, "Parameters to read; NAME[INDEX] for an element of a table",
+                     {.required = true});
     command.flag("--json", options->json, "As a JSON object, name to value");
     command.footer(
         "One parameter prints its bare value, several print NAME=VALUE lines that `marovine set` takes.\n"

@@ -26,7 +26,7 @@ std::optional<Value> readOrNothing(Applet& applet, const std::string& name) {
 
 void run(const Options& options, Session& session) {
     Applet& applet = session.applet();
-    std::vector<std::string> headings{"name", "access", "value"};
+    std::vector<std::string> headings{"name", "rw", "value"};
     if (options.ranges) headings.emplace_back("range");
     Table table(headings);
     Json document = Json::array();

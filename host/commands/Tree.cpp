@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -40,14 +41,34 @@ Json jsonOfGroup(const Group& group) {
     return {{"group", group.name}, {"parameters", std::move(parameters)}, {"groups", std::move(groups)}};
 }
 
+constexpr std::size_t kBranch = 3;  ///< columns of "├─ "
+constexpr std::size_t kNarrowestTitle = 12;
+
+/// Columns for the titles of a group's parameters, so that the names fit behind them.
+std::size_t titleWidth(const Console& console, const Group& group, std::size_t indent) {
+    std::size_t title = 0;
+    std::size_t name = 0;
+    for (const auto* parameter : group.parameters) {
+        title = std::max(title, columnsOf(parameter->displayName));
+        name = std::max(name, columnsOf(parameter->name));
+    }
+    const std::size_t others = indent + kBranch + name + 2;
+    if (console.width() == 0 || others + title <= console.width()) return title;
+    return std::max(kNarrowestTitle, console.width() - std::min(console.width(), others));
+}
+
+/// A title cut to a number of columns.
+std::string shortened(const std::string& title, std::size_t columns) {
+    if (columnsOf(title) <= columns) return padded(title, columns);
+    return title.substr(0, columns - 1) + "…";
+}
+
 void print(const Console& console, const Group& group, const std::string& indent) {
     std::size_t left = group.parameters.size() + group.groups.size();
-    std::size_t widest = 0;
-    for (const auto* parameter : group.parameters)
-        widest = std::max(widest, columnsOf(parameter->displayName));
+    const std::size_t widest = titleWidth(console, group, columnsOf(indent));
     for (const auto* parameter : group.parameters) {
         const bool last = --left == 0;
-        console.out() << indent << (last ? "└─ " : "├─ ") << padded(parameter->displayName, widest) << "  "
+        console.out() << indent << (last ? "└─ " : "├─ ") << shortened(parameter->displayName, widest) << "  "
                       << console.styled(Style::Dim, parameter->name) << '\n';
     }
     for (const auto& below : group.groups) {
