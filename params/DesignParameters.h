@@ -182,9 +182,4 @@ consteval DesignParameter designParameter(std::string_view shortName) {
     throw "the design has no parameter of this name";
 }
 
-/// The slot `offset` places after another one: outputs of a family follow each other.
-constexpr DesignParameter operator+(DesignParameter parameter, std::size_t offset) {
-    return static_cast<DesignParameter>(static_cast<std::size_t>(parameter) + offset);
-}
-
 }  // namespace marovine

@@ -51,7 +51,7 @@ void FgGxWrapperImpl::recordScalarDesignParameters() {
         if (group == nullptr || group->kind != FG_KIND_GROUP) continue;
         for (int i = 0; i < group->value.group.childCount; ++i) {
             const RegisterInfo* child = group->value.group.children[i];
-            if (isScalar(*child))
+            if (isScalar(*child) && child->name != nullptr)
                 properties_.setProperty(PropertiesFile::key(propertiesSection_, child->name), "On");
             else if (child->kind == FG_KIND_GROUP)
                 queue.push_back(child);
@@ -64,6 +64,7 @@ void FgGxWrapperImpl::addRegisterNames() {
     const int count = HapGetNrOfRegister(designHandle());
     for (int number = 1; number <= count; ++number) {
         const char* name = HapGetRegisterName(designHandle(), number);
+        if (name == nullptr) continue;
         names_.addRegister(std::string("DRA_") + name,
                            HapGetRegisterByName(designHandle(), name) + kRegisterIdBase);
     }
@@ -84,6 +85,7 @@ void FgGxWrapperImpl::buildEventMaps() {
     for (int number = 0; number < kEventSearchLimit; ++number) {
         const HapEvent* event = HapGetEvent(designHandle(), number);
         if (event == nullptr) break;
+        if (event->name == nullptr) continue;
         const std::uint64_t mask = number < 64 ? std::uint64_t{1} << number : 0;
         masks.try_emplace(event->name, mask);
         if (event->kind == 1) events_.enter(event->name, mask);

@@ -118,8 +118,10 @@ void FgGxWrapperImpl::addRegisterGroup() {
     RegisterInfo* group = registry.addGroupInfo(0, nullptr, marovine::kDirectRegisterAccessGroup);
     const int count = HapGetNrOfRegister(designHandle());
     for (int r = 1; r <= count; ++r) {
-        const std::string name = HapGetRegisterName(designHandle(), r);
-        const int number = HapGetRegisterByName(designHandle(), name.c_str());
+        const char* const nameInDesign = HapGetRegisterName(designHandle(), r);
+        if (nameInDesign == nullptr) continue;
+        const std::string name = nameInDesign;
+        const int number = HapGetRegisterByName(designHandle(), nameInDesign);
         const int bits = HapGetRegisterBitRange(designHandle(), r);
         const int access = HapGetRegisterDirection(designHandle(), r) != 0 ? 7 : 1;
         const std::string displayName = name + " (" + std::to_string(bits) + ")";

@@ -21,6 +21,10 @@ namespace virtualboard {
 
 namespace {
 
+void reportFailure(const std::string& source, const char* reason) {
+    if (logLevel() <= kLogFailure) std::fprintf(stderr, "virtual board: %s: %s\n", source.c_str(), reason);
+}
+
 fpga_design* load(std::span<const std::byte> image, const std::string& source, int requiredType) {
     try {
         Machine& machine = Machine::instance();
@@ -33,8 +37,7 @@ fpga_design* load(std::span<const std::byte> image, const std::string& source, i
         }
         return machine.addDesign(std::make_shared<const Design>(std::move(data), faults.hidden));
     } catch (const std::exception& error) {
-        if (logLevel() <= kLogFailure)
-            std::fprintf(stderr, "virtual board: %s: %s\n", source.c_str(), error.what());
+        reportFailure(source, error.what());
         return nullptr;
     }
 }
@@ -60,9 +63,10 @@ fpga_design* loadDesignFile(const char* fileName, int type) {
         if (std::filesystem::is_regular_file(fileName, none))
             bytes.resize(std::filesystem::file_size(fileName));
         std::ifstream file(fileName, std::ios::binary);
-        // A file that cannot be read whole is refused like an empty one.
-        if (!file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size())))
-            bytes.clear();
+        if (!file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()))) {
+            reportFailure(fileName, "the file cannot be read");
+            return nullptr;
+        }
         return load(bytes, fileName, type);
     } catch (const std::exception&) {  // larger than memory, or gone meanwhile
         return nullptr;
