@@ -225,13 +225,17 @@ int Fg_LutFileParser::getLutFromFile(const char* name, LookupTable_s& table, con
     table.format = keyValue(FormatKey);
     table.number = static_cast<std::uint8_t>(keyValue(NumberKey)) != 0;
     if (!allocateValues(table, count)) return -1;
-    return parseIntInt(table.values, count, EntryDelimiter, section);
+    return readToTheEnd(parseIntInt(table.values, count, EntryDelimiter, section));
 }
 
 int Fg_LutFileParser::getLutFromFile(const char* name, KneeLookupTable_s& knee, const char* section) {
     releaseValues(knee);
     if (!setOpenFile(name, true) || !allocateValues(knee, knee.nrOfElements)) return -1;
-    return parseIntDouble(knee.values, knee.nrOfElements, EntryDelimiter, section);
+    return readToTheEnd(parseIntDouble(knee.values, knee.nrOfElements, EntryDelimiter, section));
+}
+
+int Fg_LutFileParser::readToTheEnd(int result) const {
+    return std::ferror(file_.get()) != 0 ? -1 : result;
 }
 
 template <typename Table>

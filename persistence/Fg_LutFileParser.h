@@ -138,6 +138,8 @@ class Fg_LutFileParser {
     template <typename Value>
     void readEntries(Value* values, std::uint32_t count, const char* delimiter, const char* section,
                      int (*convert)(const char*, Value*));
+    /// The result of a read, or -1 when the file could not be read as far as it was needed.
+    int readToTheEnd(int result) const;
     template <typename Table>
     int readChannels(const char* name, Table& red, Table& green, Table& blue);
 

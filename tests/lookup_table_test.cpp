@@ -290,6 +290,8 @@ TEST_F(LookupTableTest, KeepsTypeAndTablesWhenAFileCannotBeLoaded) {
     const std::pair<const TemporaryFile&, int> cases[] = {{missing, error::fileNotFound},
                                                           {broken, error::fileNotAccessible},
                                                           {tooBright, virtualboard::kOutOfRange}};
+    EXPECT_EQ(0, applet.setText("FG_LUT_CUSTOM_FILE", "/tmp"));
+    EXPECT_EQ(error::fileNotAccessible, setType("LUT_TYPE_CUSTOM")) << "a folder opens but cannot be read";
     for (const auto& [file, code] : cases) {
         EXPECT_EQ(0, applet.setText("FG_LUT_CUSTOM_FILE", file.name()));
         EXPECT_EQ(code, setType("LUT_TYPE_CUSTOM"));

@@ -237,6 +237,7 @@ TEST(LutFileParser, FilesThatCannotBeOpenedOrWrittenGiveMinusOne) {
     EXPECT_EQ(parser.getLutFromFile("/no/such/file.lut", red, green, blue), -1);
     EXPECT_EQ(red.values, nullptr);
     EXPECT_NE(green.values, nullptr) << "the first failure ends the read";
+    EXPECT_EQ(parser.getLutFromFile("/tmp", red, green, blue), -1) << "a folder opens but cannot be read";
     EXPECT_FALSE(parser.checkFileExist("/no/such/file.lut"));
     EXPECT_FALSE(parser.setOpenFile(nullptr, true));
     EXPECT_TRUE(parser.checkFileType("any name"));
