@@ -1,0 +1,39 @@
+#!/usr/bin/env bash
+# Installs a build, moves the installation and uses it from another folder: nothing of the build may be needed.
+# Usage: installation_test.sh BUILD_FOLDER HOST.c
+set -euo pipefail
+build=$1
+host=$2
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+cmake --install "$build" --prefix "$work/first" >/dev/null
+mv "$work/first" "$work/moved"
+cd "$work"
+
+moved/bin/marovine get FG_WIDTH | grep -qx 1024
+# The environment switches the dispatcher on here, not the command's own option, which says where it lies.
+refused=$(MAROVINE_LOG_LEVEL=4 moved/bin/marovine set FG_CAMSTATUS=1 2>&1) || true
+grep -q "trying to set read-only" <<<"$refused" || {
+    echo "the installed applet does not find its dispatcher: $refused"
+    exit 1
+}
+moved/bin/marovine xml >first.xml
+"$build/marovine" xml >second.xml
+cmp first.xml second.xml
+cmp moved/share/marovine/Marovine.hap "$build/Marovine.hap"
+
+cat >uses_control.cpp <<'END'
+#include <virtualboard/Control.h>
+#include <virtualboard/VirtualBoard.h>
+int main() {
+    GXdevice* board = virtualboard::insertBoard();
+    virtualboard::Control(board).setClockManual();
+    virtualboard::removeBoard(board);
+}
+END
+options=(-Imoved/include/marovine -Lmoved/lib64 -Wl,-rpath,"$work/moved/lib64")
+cc "${options[@]}" "$host" -lvirtualboard -ldl -o example
+./example moved/lib64/libMarovine.so | grep -q "FG_WIDTH is 2048"
+c++ -std=c++20 "${options[@]}" uses_control.cpp -lvirtualboard -o uses_control
+./uses_control
