@@ -19,9 +19,10 @@ constexpr std::size_t kColumnGap = 2;
 constexpr std::size_t kNarrowestColumn = 16;
 constexpr std::size_t kContinuationIndent = 6;
 
-std::size_t terminalWidth() {
+/// Columns of the terminal behind a descriptor, else COLUMNS, else 0.
+std::size_t widthOf(int descriptor) {
     winsize size{};
-    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+    if (ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
     std::size_t width = 0;
     if (const char* columns = std::getenv("COLUMNS"))
         std::from_chars(columns, columns + std::strlen(columns), width);
@@ -73,28 +74,33 @@ std::string padded(std::string_view text, std::size_t columns) {
     return std::string(text) + std::string(columns > taken ? columns - taken : 0, ' ');
 }
 
-std::vector<std::string> wrapped(std::string_view text, std::size_t columns) {
+std::vector<std::string> wrapped(std::string_view text, std::size_t columns, std::size_t hanging) {
     std::vector<std::string> lines;
-    while (columnsOf(text) > columns) {
-        const std::size_t fits = bytesOf(text, columns);
+    const auto indent = [&] { return lines.empty() ? std::size_t{0} : std::min(hanging, columns); };
+    while (columnsOf(text) > columns - indent()) {
+        const std::size_t fits = bytesOf(text, columns - indent());
         // A blank may stand just behind the line, a comma must still fit.
         std::size_t end = std::max(text.rfind(' ', fits) + 1, fits == 0 ? 0 : text.rfind(',', fits - 1) + 1);
         if (end <= 1) end = text.find_first_of(" ,", fits) + 1;
         if (end == 0) break;
-        std::string line(text.substr(0, end));
+        std::string line = std::string(indent(), ' ') + std::string(text.substr(0, end));
         if (line.ends_with(' ')) line.pop_back();
         lines.push_back(std::move(line));
         text.remove_prefix(end);
     }
-    lines.emplace_back(text);
+    lines.push_back(std::string(indent(), ' ') + std::string(text));
     return lines;
 }
 
 Console::Console(Colour colour) : out_(&std::cout) {
-    const bool terminal = isatty(STDOUT_FILENO) == 1;
-    width_ = terminal || std::getenv("COLUMNS") != nullptr ? terminalWidth() : 0;
-    coloured_ = colour == Colour::Always ||
-                (colour == Colour::Auto && terminal && std::getenv("NO_COLOR") == nullptr);
+    width_ = widthOf(STDOUT_FILENO);
+    const char* noColour = std::getenv("NO_COLOR");
+    const bool allowed = noColour == nullptr || *noColour == '\0';
+    coloured_ = colour == Colour::Always || (colour == Colour::Auto && allowed && isatty(STDOUT_FILENO) == 1);
+}
+
+Console Console::forErrors() {
+    return {std::cerr, widthOf(STDERR_FILENO)};
 }
 
 std::string Console::styled(Style style, std::string_view text) const {
@@ -106,10 +112,10 @@ void Console::heading(std::string_view text) const {
     out() << styled(Style::Bold, text) << '\n';
 }
 
-void Console::paragraph(std::string_view text, std::size_t indent, Style style) const {
+void Console::paragraph(std::string_view text, std::size_t indent, Style style, std::size_t hanging) const {
     const std::size_t columns =
         width_ == 0 ? std::string_view::npos : std::max(kNarrowestColumn, width_ - std::min(width_, indent));
-    for (const auto& line : wrapped(text, columns))
+    for (const auto& line : wrapped(text, columns, hanging))
         out() << std::string(indent, ' ') << styled(style, line) << '\n';
 }
 
@@ -143,33 +149,40 @@ void Table::print(const Console& console, std::size_t indent) const {
 }
 
 void Table::printRow(const Console& console, const Row& row, const Layout& layout) const {
-    std::string line(layout.indent, ' ');
-    std::vector<std::string> rest;
-    std::size_t restIndent = layout.before;
+    const std::size_t width = console.width() != 0 ? console.width() : std::string::npos;
+    std::vector<std::string> lines{std::string(layout.indent, ' ')};
+    const auto addBelow = [&](const std::string& cell) {
+        const std::size_t indent = layout.indent + kContinuationIndent;
+        for (const auto& part : wrapped(cell, width - std::min(width, indent)))
+            lines.push_back(std::string(indent, ' ') + part);
+    };
     for (std::size_t i = 0; i < row.cells.size(); ++i) {
-        std::string cell = row.cells[i];
+        const std::string& cell = row.cells[i];
         const std::size_t taken = columnsOf(cell);
         if (i + 1 == layout.widths.size()) {
-            rest = wrapped(cell, layout.last);
-            const bool fits = std::all_of(rest.begin(), rest.end(),
+            const auto parts = wrapped(cell, layout.last);
+            const bool fits = std::all_of(parts.begin(), parts.end(),
                                           [&](const auto& part) { return columnsOf(part) <= layout.last; });
-            if (fits && (rest.size() == 1 || layout.last >= kNarrowestColumn)) {
-                line += rest.front();
-                rest.erase(rest.begin());
-            } else {
-                restIndent = layout.indent + kContinuationIndent;
-                rest = wrapped(cell, console.width() - std::min(console.width(), restIndent));
+            if (lines.size() > 1 || !fits || (parts.size() > 1 && layout.last < kNarrowestColumn)) {
+                addBelow(cell);
+                continue;
             }
+            lines.front() += parts.front();
+            for (std::size_t part = 1; part < parts.size(); ++part)
+                lines.push_back(std::string(layout.before, ' ') + parts[part]);
+        } else if (lines.size() > 1 || columnsOf(lines.front()) + taken > width) {
+            addBelow(cell);
         } else if (i < right_.size() && right_[i]) {
-            line += std::string(layout.widths[i] - taken, ' ') + cell + std::string(kColumnGap, ' ');
+            lines.front() += std::string(layout.widths[i] - taken, ' ') + cell + std::string(kColumnGap, ' ');
         } else {
-            line += padded(cell, layout.widths[i]) + std::string(kColumnGap, ' ');
+            lines.front() += padded(cell, layout.widths[i]) + std::string(kColumnGap, ' ');
         }
     }
-    line.erase(line.find_last_not_of(' ') + 1);
-    console.out() << console.styled(row.style, line) << '\n';
-    for (const auto& more : rest)
-        console.out() << console.styled(row.style, std::string(restIndent, ' ') + more) << '\n';
+    for (auto& line : lines) {
+        line.erase(line.find_last_not_of(' ') + 1);
+        // A row whose first cells are empty may stand below them altogether.
+        if (!line.empty() || lines.size() == 1) console.out() << console.styled(row.style, line) << '\n';
+    }
 }
 
 }  // namespace marovine::host

@@ -20,16 +20,20 @@ enum class Style { Plain, Bold, Dim, Good, Bad, Accent };
 std::size_t columnsOf(std::string_view text);
 /// A text padded with blanks to a number of columns.
 std::string padded(std::string_view text, std::size_t columns);
-/// A text broken at blanks and behind commas into lines of at most `columns`; a longer word stays whole.
-std::vector<std::string> wrapped(std::string_view text, std::size_t columns);
+/// A text broken at blanks and behind commas into lines of at most `columns`, all but the first behind
+/// `hanging` blanks; a longer word stays whole.
+std::vector<std::string> wrapped(std::string_view text, std::size_t columns, std::size_t hanging = 0);
 
 /// Where a command writes its results.
 class Console {
  public:
-    /// Writes to standard output. `Auto` colours a terminal unless NO_COLOR is set.
+    /// Writes to standard output. `Auto` colours a terminal unless NO_COLOR says something.
     explicit Console(Colour colour = Colour::Auto);
     /// Writes to a stream, without colour, in lines of at most `width` columns (0: as long as they are).
     Console(std::ostream& out, std::size_t width) : out_(&out), width_(width) {}
+
+    /// Writes to standard error, without colour.
+    static Console forErrors();
 
     std::ostream& out() const { return *out_; }
     bool coloured() const { return coloured_; }
@@ -42,8 +46,9 @@ class Console {
     std::string styled(Style style, std::string_view text) const;
     /// A heading.
     void heading(std::string_view text) const;
-    /// A text in lines that fit, each behind `indent` blanks.
-    void paragraph(std::string_view text, std::size_t indent = 0, Style style = Style::Plain) const;
+    /// A text in lines that fit, each behind `indent` blanks; all but the first behind `hanging` more.
+    void paragraph(std::string_view text, std::size_t indent = 0, Style style = Style::Plain,
+                   std::size_t hanging = 0) const;
 
  private:
     std::ostream* out_;
@@ -52,7 +57,7 @@ class Console {
 };
 
 /// Rows in aligned columns. When they do not fit the terminal, the last column breaks into several lines or,
-/// with too little room, goes below the others.
+/// with too little room, goes below the others; so does any other cell that does not fit.
 class Table {
  public:
     /// A table with a heading per column; without headings only the rows are printed.
