@@ -59,6 +59,20 @@ Field parseField(const Parameter& parameter, std::string_view text) {
     return field;
 }
 
+/// What keeps a text from being a number of the parameter's type, as the rest of a sentence about it.
+std::string numberFault(const Parameter& parameter, std::string_view text) {
+    const auto number = parseNumber(0.0, text);
+    if (!number || parameter.kind == FG_KIND_DOUBLE) return " is no number";
+    const double value = std::get<double>(*number);
+    const bool whole = text.find_first_not_of("-0123456789") == text.npos;
+    if (!whole)
+        return std::trunc(value) == value ? " is not written as a whole number" : " is not a whole number";
+    if (!parameter.range) return " does not fit";
+    const bool below = value < static_cast<double>(*numberOf(parameter.range->minimum));
+    return below ? " is below the smallest accepted value " + textOf(parameter.range->minimum)
+                 : " is above the largest accepted value " + textOf(parameter.range->maximum);
+}
+
 }  // namespace
 
 Value Parameter::emptyValue() const {
@@ -111,7 +125,16 @@ Value Parameter::parse(std::string_view text) const {
     }
     if (const auto value = parseNumber(emptyValue(), text)) return *value;
 
-    std::string message = name + ": " + std::string(text);
+    throw UnreadableValue(name + ": " + faultIn(text));
+}
+
+std::string Parameter::faultIn(std::string_view text) const {
+    std::string message(text);
+    if (text.empty()) {
+        message = "a value is missing after '='";
+        return message + "; give " + (kind == FG_KIND_ENUMERATION ? "an entry: " : "a number: ") +
+               rangeText();
+    }
     if (kind == FG_KIND_ENUMERATION) {
         std::vector<std::string> names;
         for (const auto& entry : entries) names.push_back(entry.constantName);
@@ -120,12 +143,11 @@ Value Parameter::parse(std::string_view text) const {
         message += nearest.empty() ? "" : "nearest: " + nearest.front() + "; ";
         message += "entries: " + rangeText();
     } else {
-        const bool fraction = parseNumber(0.0, text).has_value() && kind != FG_KIND_DOUBLE;
-        message += fraction ? " does not fit; " : " is no number; ";
-        message += kind == FG_KIND_DOUBLE ? "give a decimal number" : "give a whole number";
+        message += numberFault(*this, text) + "; give a ";
+        message += kind == FG_KIND_DOUBLE ? "decimal number" : "whole number";
         if (range) message += " in the range " + rangeText();
     }
-    throw UnreadableValue(message);
+    return message;
 }
 
 Parameter readNode(const RegisterInfo& node, std::string group) {

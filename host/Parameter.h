@@ -65,6 +65,10 @@ struct Parameter {
     Value parse(std::string_view text) const;
     /// Whether the parameter states a step that its values must be multiples of.
     bool hasStep() const;
+
+ private:
+    /// Why a text is no value of the parameter, and what is.
+    std::string faultIn(std::string_view text) const;
 };
 
 /// The parameter that a node of the description tree describes. `group` is the path of its groups.
