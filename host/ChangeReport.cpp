@@ -26,7 +26,7 @@ void addTraceOption(CommandLine command, TraceOption& option) {
 std::filesystem::path TraceOption::file() const {
     if (text == "-") return {};
     if (!text.empty() && !text.ends_with(".json") && !text.ends_with(".csv"))
-        throw UsageError(text + " ends neither in .json nor in .csv");
+        throw UsageError(text + " ends neither in .json nor in .csv, the accepted endings of a trace");
     return text;
 }
 

@@ -1,12 +1,16 @@
 #include "host/CommandLine.h"
 
 #include <algorithm>
-#include <iostream>
+#include <charconv>
+#include <cmath>
 #include <memory>
+#include <sstream>
+#include <string>
 #include <utility>
 
 #include <CLI/CLI.hpp>
 
+#include "host/Console.h"
 #include "host/Names.h"
 #include "host/Session.h"
 
@@ -14,24 +18,63 @@ namespace marovine::host {
 
 namespace {
 
+/// A finite number inside the rules; the parser alone takes "nan" and "inf", which no comparison refuses.
+/// What is no number at all is left to the parser.
+std::string numberFault(const std::string& text, const Rules& rules) {
+    double number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error == std::errc::invalid_argument) return {};
+    if (error != std::errc{} || !std::isfinite(number)) return text + " is no finite number";
+    if (rules.minimum && number < *rules.minimum)
+        return text + " is below the smallest accepted value " + textOf(*rules.minimum);
+    if (rules.maximum && number > *rules.maximum)
+        return text + " is above the largest accepted value " + textOf(*rules.maximum);
+    return {};
+}
+
 void applyRules(CLI::Option& option, const Rules& rules) {
     if (rules.required) option.required();
     if (rules.exists) option.check(CLI::ExistingFile.description(""));
-    if (rules.minimum && rules.maximum)
-        option.check(CLI::Range(*rules.minimum, *rules.maximum).description(""));
     if (!rules.choices.empty())
         option.transform(CLI::IsMember(rules.choices, CLI::ignore_case).description(""));
     if (rules.type != nullptr) option.type_name(rules.type);
 }
 
-CLI::Option& add(CLI::App& app, const char* names, const Target& target, const char* help) {
-    return *std::visit([&](auto* place) { return app.add_option(names, *place, help); }, target);
+bool isNumber(const Target& target) {
+    return !std::holds_alternative<std::string*>(target) &&
+           !std::holds_alternative<std::filesystem::path*>(target) &&
+           !std::holds_alternative<std::vector<std::string>*>(target);
+}
+
+CLI::Option& add(CLI::App& app, const char* names, const Target& target, const char* help,
+                 const Rules& rules) {
+    CLI::Option& option =
+        *std::visit([&](auto* place) { return app.add_option(names, *place, help); }, target);
+    if (isNumber(target))
+        option.check([rules](const std::string& text) { return numberFault(text, rules); }, "");
+    applyRules(option, rules);
+    return option;
 }
 
 bool takesMany(const Target& target) {
     return std::holds_alternative<std::vector<std::string>*>(target) ||
            std::holds_alternative<std::vector<double>*>(target);
 }
+
+/// Help in lines that fit; what belongs to an option stays in its column.
+class FoldingFormatter : public CLI::Formatter {
+ public:
+    std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override {
+        std::istringstream lines(CLI::Formatter::make_help(app, std::move(name), mode));
+        std::string folded;
+        const std::size_t width = Console().drawingWidth();
+        for (std::string line; std::getline(lines, line);) {
+            const std::size_t hanging = line.starts_with(' ') ? get_column_width() : 0;
+            for (const auto& part : wrapped(line, width, hanging)) folded += part + '\n';
+        }
+        return folded;
+    }
+};
 
 }  // namespace
 
@@ -40,14 +83,12 @@ void CommandLine::flag(const char* names, bool& target, const char* help) {
 }
 
 void CommandLine::option(const char* names, Target target, const char* help, const Rules& rules) {
-    CLI::Option& added = add(*app_, names, target, help);
-    applyRules(added, rules);
+    CLI::Option& added = add(*app_, names, target, help, rules);
     if (takesMany(target)) added.allow_extra_args(false);
 }
 
 void CommandLine::argument(const char* shownAs, Target target, const char* help, const Rules& rules) {
-    CLI::Option& added = add(*app_, shownAs, target, help);
-    applyRules(added, rules);
+    CLI::Option& added = add(*app_, shownAs, target, help, rules);
     if (rules.type == nullptr) added.type_name("");
 }
 
@@ -55,8 +96,14 @@ void CommandLine::excludes(const char* one, const char* other) {
     app_->get_option(one)->excludes(app_->get_option(other));
 }
 
-void CommandLine::footer(const char* text) {
-    app_->footer(text);
+void CommandLine::footer(std::string_view text) {
+    // Lines are broken again for the terminal: only behind a full stop a new one begins.
+    std::string joined;
+    for (const char c : text) {
+        const bool goesOn = c == '\n' && !joined.ends_with('.') && !joined.ends_with('\n');
+        joined += goesOn ? ' ' : c;
+    }
+    app_->footer(joined);
 }
 
 void CommandLine::action(std::function<void()> run) {
@@ -73,7 +120,8 @@ void CommandLine::requireCommand() {
 
 Program::Program(const char* about, const char* name, const char* footer)
     : app_(std::make_unique<CLI::App>(about, name)) {
-    app_->footer(footer);
+    app_->formatter(std::make_shared<FoldingFormatter>());  // which the commands take over
+    top().footer(footer);
     app_->require_subcommand(1);
     app_->fallthrough();
 }
@@ -105,9 +153,10 @@ std::optional<int> Program::run(std::vector<std::string> arguments) {
     } catch (const CLI::ParseError& error) {
         const bool noCommand = app_->get_subcommands().empty() && error.get_exit_code() != 0;
         const std::string unknown = noCommand ? unknownCommand() : std::string();
-        if (unknown.empty()) return app_->exit(error) == 0 ? kSuccess : kUsage;
-        std::cerr << "marovine: " << unknown << '\n';
-        return kUsage;
+        if (!unknown.empty()) throw UsageError(unknown);
+        if (error.get_exit_code() != 0) throw UsageError(error.what() + std::string("; see --help"));
+        app_->exit(error);  // prints the help
+        return kSuccess;
     }
 }
 

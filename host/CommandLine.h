@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -45,7 +46,7 @@ class CommandLine {
     /// Two options that make no sense together.
     void excludes(const char* one, const char* other);
     /// Text below the help's list of options.
-    void footer(const char* text);
+    void footer(std::string_view text);
     /// What runs once everything is parsed.
     void action(std::function<void()> run);
     /// A command below this one.
@@ -68,7 +69,7 @@ class Program {
     /// To add global options and commands.
     CommandLine top();
     /// Parses and runs the chosen command, whose exceptions pass. Returns nothing when it ran, and the exit
-    /// status when help was printed (0) or the line makes no sense (2); it has then been said why.
+    /// status 0 when help was printed. Throws `UsageError` for a line that makes no sense.
     std::optional<int> run(std::vector<std::string> arguments);
 
  private:

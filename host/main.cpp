@@ -1,11 +1,16 @@
 /// The command `marovine`.
 
+#include <algorithm>
 #include <csignal>
 #include <iostream>
+#include <optional>
+#include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/CommandLine.h"
+#include "host/Json.h"
 #include "host/Session.h"
 #include "host/commands/Commands.h"
 
@@ -35,44 +40,70 @@ void addGlobalOptions(CommandLine line, GlobalOptions& options) {
                 {.type = "WHEN", .choices = {"auto", "always", "never"}});
 }
 
-/// An optional file name cannot be told from the argument that follows it; its ending decides.
+/// An optional file name cannot be told from the argument that follows it; its look decides. A name with
+/// another ending is taken as well, to be refused with the endings that count.
+bool looksLikeTraceFile(std::string_view text) {
+    return text.find('.') != text.npos && text.find('=') == text.npos && !text.starts_with('-') &&
+           !text.ends_with(".mcf") && !text.ends_with(".lut");
+}
+
 std::vector<std::string> withTraceFileJoined(int count, char** arguments) {
     std::vector<std::string> result(arguments + 1, arguments + count);
     for (std::size_t i = 0; i < result.size(); ++i) {
         if (result[i] != "--trace") continue;
         const auto next = result.begin() + static_cast<std::ptrdiff_t>(i) + 1;
-        const bool file = next != result.end() && (next->ends_with(".json") || next->ends_with(".csv"));
+        const bool file = next != result.end() && looksLikeTraceFile(*next);
         result[i] = "--trace=" + (file ? *next : std::string("-"));
         if (file) result.erase(next);
     }
     return result;
 }
 
-void printFailure(Session& session, const std::string& message, const std::vector<std::string>& advice = {}) {
+/// What went wrong, for a person and for a program.
+struct Told {
+    std::string message;
+    std::vector<std::string> advice{};
+    std::optional<int> code{};  ///< the applet's, when it was the applet that refused
+};
+
+Told told(Session& session, const Refused& refusal) {
+    if (const auto why = explained(session, refusal)) return {why->sentence(), why->advice(), refusal.code};
+    return {refusal.what(), {}, refusal.code};
+}
+
+/// Says why the command ends with `status`: on standard error and, where a program reads the results, there
+/// as an object.
+int fail(Session& session, int status, bool json, const Told& what) {
+    constexpr std::size_t indent = 2;
+    if (json) {
+        const Json error{{"message", what.message},
+                         {"code", what.code ? Json(*what.code) : Json()},
+                         {"advice", what.advice},
+                         {"status", status}};
+        session.console().out() << printed({{"error", error}}) << '\n';
+    }
     session.console().out() << std::flush;
-    std::cerr << "marovine: " << message << '\n';
-    for (const auto& line : advice) std::cerr << "  " << line << '\n';
+    const Console errors = Console::forErrors();
+    std::istringstream lines("marovine: " + what.message);
+    for (std::string line; std::getline(lines, line);) errors.paragraph(line, 0, Style::Plain, 2 * indent);
+    for (const auto& line : what.advice) errors.paragraph(line, indent, Style::Plain, indent);
+    return status;
 }
 
 int run(Program& program, Session& session, std::vector<std::string> arguments) {
+    const bool json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
     try {
         if (const auto status = program.run(std::move(arguments))) return *status;
         std::cout << std::flush;
         if (!std::cout) throw Failure("the results could not be written to standard output");
         return session.status;
     } catch (const UsageError& error) {
-        printFailure(session, error.what());
-        return kUsage;
+        return fail(session, kUsage, json, {.message = error.what()});
     } catch (const Refused& refusal) {
-        if (const auto explanation = explained(session, refusal)) {
-            printFailure(session, explanation->sentence(), explanation->advice());
-        } else {
-            printFailure(session, refusal.what());
-        }
+        return fail(session, kFailed, json, told(session, refusal));
     } catch (const std::exception& error) {
-        printFailure(session, error.what());
+        return fail(session, kFailed, json, {.message = error.what()});
     }
-    return kFailed;
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/Json.h"
 #include "host/commands/Commands.h"
@@ -49,6 +50,19 @@ std::string narrowingText(const Narrowing& narrowing) {
            causesText(narrowing.causes);
 }
 
+/// Design parameters below the process that they all begin with: whole names are too long for a terminal.
+void addDesignParameters(Table& table, const std::vector<std::string>& names) {
+    std::string process;
+    for (const auto& name : names) {
+        const auto end = name.find('_', name.find('_') + 1);  // "Device1_Process0"
+        if (name.substr(0, end) != process) {
+            process = name.substr(0, end);
+            table.add({&name == &names.front() ? "drives" : "", "of " + process});
+        }
+        table.add({"", end == name.npos ? name : "  " + name.substr(end + 1)});
+    }
+}
+
 void print(const Console& console, const Facts& facts) {
     const Parameter& parameter = facts.parameter;
     console.heading(parameter.name);
@@ -66,8 +80,7 @@ void print(const Console& console, const Facts& facts) {
     table.add({"id", std::to_string(parameter.id)});
     if (!parameter.displayName.empty())
         table.add({"shown as", parameter.group + " > " + parameter.displayName});
-    for (const auto& name : facts.designParameters)
-        table.add({&name == &facts.designParameters.front() ? "drives" : "", name});
+    addDesignParameters(table, facts.designParameters);
     table.print(console);
 }
 
