@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <array>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <utility>
@@ -36,7 +38,7 @@ struct Point {
 constexpr std::array kReadings{"FG_DEBUGINENABLE", "FG_DEBUGREADY",   "FG_DEBUGFILE",    "FG_DEBUGOUTENABLE",
                                "FG_DEBUGOUTXPOS",  "FG_DEBUGOUTYPOS", "FG_DEBUGOUTPIXEL"};
 
-/// The selected point.
+/// The selected point. Whether it monitors is known only when the point has been set.
 Point selectedPoint(Applet& applet) {
     Point point{.number = std::get<std::uint32_t>(applet.get("FG_DEBUGSOURCE")),
                 .name = std::get<std::string>(applet.get("FG_DEBUGSOURCENAME")),
@@ -62,24 +64,34 @@ std::vector<Point> allPoints(const Applet& applet) {
     return points;
 }
 
-/// The number of a point given by number or name.
-std::string numberOfPoint(const Applet& applet, const std::string& wanted) {
-    const auto points = allPoints(applet);
+/// The point with this number or name.
+const Point& pointNamed(const std::vector<Point>& points, const std::string& wanted) {
     std::string known;
     for (const auto& point : points) {
         const std::string number = std::to_string(point.number);
-        if (wanted == number || sameName(wanted, point.name)) return number;
+        if (wanted == number || sameName(wanted, point.name)) return point;
         known += (known.empty() ? "" : ", ") + number + " " + point.name;
     }
     throw Failure("the design has no debug point " + wanted +
                   "; there are: " + (known.empty() ? "none" : known));
 }
 
+/// Refuses what the applet would take without doing it.
+void check(const Options& options, const Point& point, const std::string& heldFile) {
+    if (options.monitor == "on" && !point.canMonitor)
+        throw Failure("point " + std::to_string(point.number) + ", " + point.name +
+                      ", cannot monitor; `marovine debug` lists which can");
+    const std::string& file = options.file.empty() ? heldFile : options.file;
+    if (options.insert && file.empty()) throw UsageError("--insert needs a picture; name it with --file");
+    if ((options.insert || !options.file.empty()) && !std::filesystem::is_regular_file(file))
+        throw Failure("there is no file " + file);
+}
+
 /// What the options ask for, as settings in the order in which they make sense.
-std::vector<std::pair<std::string, std::string>> settingsOf(const Options& options, const Applet& applet) {
+std::vector<std::pair<std::string, std::string>> settingsOf(const Options& options, const Point& point) {
     const auto onOff = [](const std::string& text) { return text == "on" ? "FG_ON" : "FG_OFF"; };
     std::vector<std::pair<std::string, std::string>> settings;
-    if (!options.point.empty()) settings.emplace_back("FG_DEBUGSOURCE", numberOfPoint(applet, options.point));
+    if (!options.point.empty()) settings.emplace_back("FG_DEBUGSOURCE", std::to_string(point.number));
     if (!options.file.empty()) settings.emplace_back("FG_DEBUGFILE", options.file);
     if (!options.inject.empty()) settings.emplace_back("FG_DEBUGINENABLE", onOff(options.inject));
     if (!options.monitor.empty()) settings.emplace_back("FG_DEBUGOUTENABLE", onOff(options.monitor));
@@ -104,30 +116,48 @@ void print(const Console& console, const Point& point) {
     table.print(console, 2);
 }
 
+void printAll(const std::vector<Point>& points, bool json, const Console& console) {
+    Json document = Json::array();
+    for (const auto& point : points) {
+        if (json) {
+            document.push_back(jsonOf(point));
+        } else {
+            print(console, point);
+        }
+    }
+    if (json) console.out() << printed(document) << '\n';
+}
+
+/// Makes a setting and looks whether it holds: at some points the applet takes values without effect.
+void applyAndCompare(Session& session, const std::string& name, const std::string& value) {
+    Applet& applet = session.applet();
+    const Parameter parameter = session.apply({.name = name, .firstElement = {}, .value = value});
+    if (std::ranges::find(kReadings, name) == kReadings.end()) return;  // steps rather than states
+    const Value held = applet.get(name);
+    if (held != parameter.parse(value))
+        throw Failure(name + " = " + value + " was taken without effect; it is " + parameter.textOf(held));
+}
+
 void run(const Options& options, Session& session) {
     Applet& applet = session.applet();
     const Console& console = session.console();
-    const auto settings = settingsOf(options, applet);
-    if (settings.empty()) {
-        const auto points = allPoints(applet);
-        Json document = Json::array();
-        for (const auto& point : points) {
-            if (options.json) {
-                document.push_back(jsonOf(point));
-            } else {
-                print(console, point);
-            }
-        }
-        if (options.json) console.out() << printed(document) << '\n';
-        return;
-    }
+    const auto points = allPoints(applet);
+    const std::string wanted = options.point.empty()
+                                   ? std::to_string(std::get<std::uint32_t>(applet.get("FG_DEBUGSOURCE")))
+                                   : options.point;
+    const Point& chosen = pointNamed(points, wanted);
+    check(options, chosen, std::get<std::string>(applet.get("FG_DEBUGFILE")));
+    const auto settings = settingsOf(options, chosen);
+    if (settings.empty()) return printAll(points, options.json, console);
+
     ChangeReport report(applet, options.trace);
     for (const auto& [name, value] : settings) {
-        session.apply({.name = name, .firstElement = {}, .value = value});
+        applyAndCompare(session, name, value);
         report.done(name, value);
     }
     report.finish();
-    const Point point = selectedPoint(applet);
+    Point point = selectedPoint(applet);
+    point.canMonitor = chosen.canMonitor;
     if (options.json) {
         Json document = report.json();
         document["point"] = jsonOf(point);

@@ -49,6 +49,9 @@ void check(const Options& options) {
     if (options.output.empty() && !options.view)
         throw UsageError(
             "nothing to do with the pictures; write them with -o FILE.png or show them with --view");
+    if (!options.output.empty() && options.output.extension() != ".png")
+        throw UsageError(options.output.string() +
+                         " does not end in .png, the only kind of picture there is");
     const fs::path folder = options.output.parent_path();
     if (!folder.empty() && !fs::is_directory(folder))
         throw Failure("there is no folder " + folder.string() + " for the pictures");

@@ -1,6 +1,7 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -33,8 +34,9 @@ constexpr std::array kTexts{Question{4176, "name"},
                             Question{4128, "tags"},
                             Question{1043, "design identifier"},
                             Question{1044, "bitstream identifier"}};
-/// Selectors that answer with a number. What a host does with them is the host's affair.
-constexpr std::array kNumbers{848,  1040, 1045, 1792, 1872, 1888, 2048, 2160, 2176, 2192, 2560,
+constexpr int kDesignType = 2176;
+/// Other selectors that answer with a number. What they ask for is known to the host's runtime alone.
+constexpr std::array kNumbers{848,  1040, 1045, 1792, 1872, 1888, 2048, 2160, 2192, 2560,
                               2816, 3072, 3328, 4608, 4624, 4640, 4656, 4672, 4688, 4704};
 
 std::string answerText(const Library& library, int selector) {
@@ -78,13 +80,17 @@ void run(const Options& options, Session& session) {
     document["events"] = events;
     document["library"] = library->file().string();
 
-    std::string answers;
+    const auto number = [&](int selector) { return library->info(selector, 0, 0, nullptr, nullptr); };
+    table.add({"design type", std::to_string(number(kDesignType))});
+    document["design type"] = number(kDesignType);
+    std::map<int, std::string> selectorsOf;  // by answer
     for (const int selector : kNumbers) {
-        const int answer = library->info(selector, 0, 0, nullptr, nullptr);
-        document["capabilities"][std::to_string(selector)] = answer;
-        answers += (answers.empty() ? "" : ", ") + std::to_string(selector) + ": " + std::to_string(answer);
+        document["capabilities"][std::to_string(selector)] = number(selector);
+        std::string& selectors = selectorsOf[number(selector)];
+        selectors += (selectors.empty() ? "" : ", ") + std::to_string(selector);
     }
-    table.add({"capabilities", answers});
+    for (const auto& [answer, selectors] : selectorsOf)
+        table.add({"answers " + std::to_string(answer), "to the runtime's questions " + selectors});
     if (options.json) {
         session.console().out() << printed(document) << '\n';
     } else {

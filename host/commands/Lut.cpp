@@ -1,13 +1,16 @@
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "host/ChangeReport.h"
 #include "host/Curve.h"
 #include "host/SafeFile.h"
 #include "host/commands/Commands.h"
 #include "params/EnumerationTables.h"
+#include "persistence/Fg_LutFileParser.h"
 #include "virtualboard/imaging/Png.h"
 
 namespace marovine::host::commands {
@@ -81,8 +84,28 @@ void show(const ShowOptions& options, Session& session) {
     }
 }
 
+/// Refuses what holds no tables: the applet takes entries that it does not find for zeros.
+void requireTables(const fs::path& file) {
+    if (!fs::exists(file)) throw Failure("there is no file " + file.string());
+    if (!fs::is_regular_file(file)) throw Failure(file.string() + " is no file of lookup tables");
+    Fg_LutFileParser parser;
+    marovine::OwnedTable<LookupTable_s> tables[3];
+    const bool read = parser.getLutFromFile(file.c_str(), tables[0], tables[1], tables[2]) == 0;
+    for (std::size_t i = 0; i < kTables.size(); ++i) {
+        constexpr std::int32_t missing = -1;
+        std::vector<std::int32_t> values(kMaximum + 1, missing);
+        const std::string section = "[" + std::string(kChannelNames[i]) + "]";
+        if (read && parser.setOpenFile(file.c_str(), true))
+            parser.parseIntInt(values.data(), kMaximum + 1, ",", section.c_str());
+        const bool found = std::ranges::any_of(values, [](auto value) { return value != missing; });
+        if (!read || tables[i].nrOfElements == 0 || !found)
+            throw Failure(file.string() + " holds no lookup table: no entries in the section " + section +
+                          "; `marovine lut save` writes such files");
+    }
+}
+
 void load(const LoadOptions& options, Session& session) {
-    if (!fs::exists(options.file)) throw Failure("there is no file " + options.file.string());
+    requireTables(options.file);
     Applet& applet = session.applet();
     ChangeReport report(applet, options.trace);
     for (const auto& [name, value] :
