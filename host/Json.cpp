@@ -1,8 +1,77 @@
 #include "host/Json.h"
 
+#include <algorithm>
 #include <cmath>
 
+#include <nlohmann/json.hpp>
+
 namespace marovine::host {
+
+namespace {
+
+/// The library's own kind of document.
+using JsonLibrary = nlohmann::ordered_json;
+
+JsonLibrary converted(const Json& json) {
+    return std::visit(
+        []<class T>(const T& content) -> JsonLibrary {
+            if constexpr (std::is_same_v<T, Json::Array>) {
+                JsonLibrary array = JsonLibrary::array();
+                for (const auto& element : content) array.push_back(converted(element));
+                return array;
+            } else if constexpr (std::is_same_v<T, Json::Object>) {
+                JsonLibrary object = JsonLibrary::object();
+                for (const auto& [name, member] : content) object[name] = converted(member);
+                return object;
+            } else {
+                return content;
+            }
+        },
+        json.content());
+}
+
+/// The text that an element begins with when it is a pair of a name and something.
+const std::string* nameOf(const Json& element) {
+    const auto* pair = std::get_if<Json::Array>(&element.content());
+    return pair != nullptr && pair->size() == 2 ? std::get_if<std::string>(&pair->front().content())
+                                                : nullptr;
+}
+
+}  // namespace
+
+Json::Json(std::initializer_list<Json> elements) : content_(Array(elements)) {
+    if (!std::ranges::all_of(elements, [](const Json& element) { return nameOf(element) != nullptr; }))
+        return;
+    Object object;
+    for (const auto& element : elements)
+        object.emplace_back(*nameOf(element), std::get<Array>(element.content_).back());
+    content_ = std::move(object);
+}
+
+Json Json::object() {
+    Json result;
+    result.content_ = Object();
+    return result;
+}
+
+void Json::push_back(Json element) {
+    if (std::holds_alternative<std::nullptr_t>(content_)) content_ = Array();
+    std::get<Array>(content_).push_back(std::move(element));
+}
+
+Json& Json::operator[](std::string_view name) {
+    if (std::holds_alternative<std::nullptr_t>(content_)) content_ = Object();
+    auto& members = std::get<Object>(content_);
+    for (auto& [known, member] : members)
+        if (known == name) return member;
+    return members.emplace_back(std::string(name), Json()).second;
+}
+
+std::size_t Json::size() const {
+    if (const auto* array = std::get_if<Array>(&content_)) return array->size();
+    if (const auto* object = std::get_if<Object>(&content_)) return object->size();
+    return 0;
+}
 
 Json jsonOf(const Value& value) {
     return std::visit(
@@ -55,7 +124,7 @@ Json jsonOf(const Parameter& parameter) {
 }
 
 std::string printed(const Json& document) {
-    return document.dump(2, ' ', false, Json::error_handler_t::replace);
+    return converted(document).dump(2, ' ', false, JsonLibrary::error_handler_t::replace);
 }
 
 }  // namespace marovine::host

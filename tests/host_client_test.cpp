@@ -5,6 +5,8 @@
 #include <functional>
 #include <sstream>
 
+#include <nlohmann/json.hpp>
+
 #include "host/ConfigFile.h"
 #include "host/Console.h"
 #include "host/Curve.h"
@@ -230,9 +232,9 @@ TEST_F(Client, TracesWritesWithTheValueBefore) {
         HasSubstr("\n32,\"a, \"\"b\"\"\",Device1_Process0_LookupTable_R_LUTcontent,100036,3,9 8,3 4,0\n"));
     const TemporaryFile json(".json");
     trace.save(json.name());
-    const auto document = Json::parse(json.content());
+    const auto document = nlohmann::json::parse(json.content());
     ASSERT_EQ(trace.writes().size(), document.size());
-    EXPECT_EQ(Json({9, 8}), document.back()["value"]);
+    EXPECT_EQ(nlohmann::json({9, 8}), document.back()["value"]);
     EXPECT_EQ(3, document.back()["firstIndex"]);
     EXPECT_THROW(trace.save("/nowhere/trace.json"), Failure);
 }
