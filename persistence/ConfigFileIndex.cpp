@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "persistence/ConfigLine.h"
 #include "persistence/TextFile.h"
 
 namespace marovine {
@@ -25,9 +26,7 @@ ConfigFileIndex::ConfigFileIndex(std::FILE* file) {
     std::size_t begin = 0;
     for (const std::size_t end : ends) {
         const std::string_view line = std::string_view(text_).substr(begin, end - begin);
-        if (const std::size_t length = line.find('='); length != line.npos) {
-            keys_.push_back({line.substr(0, length), static_cast<std::uint32_t>(lines_.size())});
-        }
+        if (const auto key = keyIn(line)) keys_.push_back({*key, static_cast<std::uint32_t>(lines_.size())});
         lines_.push_back(line);
         begin = end;
     }
@@ -38,20 +37,21 @@ bool ConfigFileIndex::answers(std::string_view key) const {
     return complete_ && key.find('=') == key.npos;
 }
 
-std::optional<std::string_view> ConfigFileIndex::find(std::string_view section, std::string_view key) {
-    if (section_ != section) findSection(section);
-    const auto after = static_cast<std::uint32_t>(sectionLine_ + 1);
+std::optional<std::size_t> ConfigFileIndex::find(std::string_view section, std::string_view key) {
+    const auto after = static_cast<std::uint32_t>(findSection(section) + 1);
     const auto found = std::lower_bound(keys_.begin(), keys_.end(), Key{key, after});
     if (found == keys_.end() || found->name != key) return std::nullopt;
-    return lines_[found->line];
+    return found->line;
 }
 
-void ConfigFileIndex::findSection(std::string_view section) {
+std::size_t ConfigFileIndex::findSection(std::string_view section) {
+    if (section_ == section) return sectionLine_;
     section_ = section;
     const auto line = std::find_if(lines_.begin(), lines_.end(), [section](std::string_view candidate) {
         return candidate.find(section) != candidate.npos;
     });
     sectionLine_ = static_cast<std::size_t>(line - lines_.begin());  // past the end: no key follows
+    return sectionLine_;
 }
 
 }  // namespace marovine

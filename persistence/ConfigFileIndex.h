@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -27,9 +28,16 @@ class ConfigFileIndex {
     /// large, nor for a key that itself holds a '='.
     [[nodiscard]] bool answers(std::string_view key) const;
 
-    /// The first line that starts with the key and a '=' after the first line that contains the section text;
-    /// none when there is no such line. Lines are as `LineReader` gives them; valid as long as the index is.
-    [[nodiscard]] std::optional<std::string_view> find(std::string_view section, std::string_view key);
+    /// Whether the whole file is held; else there are no lines.
+    [[nodiscard]] bool complete() const { return complete_; }
+    /// The lines as `LineReader` gives them; valid as long as the index is.
+    [[nodiscard]] std::span<const std::string_view> lines() const { return lines_; }
+
+    /// Number, from 0, of the first line that starts with the key and a '=' after the first line that
+    /// contains the section text; none when there is no such line.
+    [[nodiscard]] std::optional<std::size_t> find(std::string_view section, std::string_view key);
+    /// Number of the first line that contains the section text; the number of lines when none does.
+    [[nodiscard]] std::size_t findSection(std::string_view section);
 
  private:
     /// What stands before a line's first '='. The order makes a key's lines neighbours, first line first.
@@ -40,8 +48,6 @@ class ConfigFileIndex {
             return std::tie(a.name, a.line) < std::tie(b.name, b.line);
         }
     };
-
-    void findSection(std::string_view section);
 
     std::string text_;
     std::vector<std::string_view> lines_;

@@ -8,23 +8,15 @@
 
 #include "entry/ErrorCodes.h"
 #include "infra/Fg_Log.h"
+#include "persistence/ConfigLine.h"
 
 using marovine::LineReader;
-using marovine::nextToken;
 
 namespace {
 
 int refuse(char* destination) {
-    marovine::copyText("Error", destination);
+    marovine::copyText(marovine::MissingText, destination);
     return marovine::error::keyMissing;
-}
-
-/// The value in a line that starts with "key=". A value ends at a separator, so an empty one leaves the end
-/// of the line as the next token.
-std::string_view valueOf(std::string_view line) {
-    nextToken(line, "=;");
-    const std::string_view value = nextToken(line, "=;'").value_or("");
-    return value.starts_with('\r') || value.starts_with('\n') ? std::string_view{} : value;
 }
 
 /// Reads on to the line that holds the key.
@@ -135,9 +127,14 @@ int Fg_ConfigFileParser::parseKey(const char* section, const char* key, char* de
     if (section == nullptr || key == nullptr || !file_) return refuse(destination);
     if (!index_) index_ = std::make_unique<marovine::ConfigFileIndex>(file_.get());
     LineReader reader(file_.get());
-    const auto line = index_->answers(key) ? index_->find(section, key) : findLine(reader, section, key);
+    std::optional<std::string_view> line;
+    if (!index_->answers(key)) {
+        line = findLine(reader, section, key);
+    } else if (const auto number = index_->find(section, key)) {
+        line = index_->lines()[*number];
+    }
     if (!line) return refuse(destination);
-    marovine::copyText(valueOf(*line), destination);
+    marovine::copyText(marovine::valueIn(*line), destination);
     return 0;
 }
 
@@ -146,9 +143,10 @@ int Fg_ConfigFileParser::parseKeyFromLine(const char* needle, char* destination)
     if (needle == nullptr) return refuse(destination);
     LineReader reader(file_.get());
     reader.rewind();
-    while (auto line = reader.next()) {
-        if (line->find(needle) == line->npos || !nextToken(*line, "='")) continue;
-        marovine::copyText(nextToken(*line, "='").value_or(""), destination);
+    while (const auto line = reader.next()) {
+        const auto value = marovine::headerValueIn(*line, needle);
+        if (!value) continue;
+        marovine::copyText(*value, destination);
         return 0;
     }
     return refuse(destination);
@@ -160,7 +158,7 @@ int Fg_ConfigFileParser::parseNumber(const char* section, const char* key, Value
     std::array<char, marovine::LineSize> text;
     parseKey(section, key, text.data());
     // The text decides, not the code: a value that says "Error" counts as missing.
-    if (std::strstr(text.data(), "Error") != nullptr) return -1;
+    if (std::strstr(text.data(), marovine::MissingText.data()) != nullptr) return -1;
     return convert(text.data(), value);
 }
 

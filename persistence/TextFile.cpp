@@ -57,10 +57,10 @@ std::string fixedText(double value) {
     return numberText(value, std::chars_format::fixed);
 }
 
-double doubleFromText(const char* text) {
+double doubleFromText(const char* text, char** end) {
     // std::from_chars knows neither leading blanks nor "+" nor "0x", all of which a file may hold.
     static const locale_t cLocale = newlocale(LC_ALL_MASK, "C", nullptr);
-    return strtod_l(text, nullptr, cLocale);
+    return strtod_l(text, end, cLocale);
 }
 
 }  // namespace marovine

@@ -55,7 +55,8 @@ void copyText(std::string_view text, char* destination);
 /// Fixed-point form with 12 decimals, as "%.12f" gives it in the "C" locale.
 [[nodiscard]] std::string fixedText(double value);
 
-/// The number at the start of a text, as strtod reads it in the "C" locale; 0 when there is none.
-[[nodiscard]] double doubleFromText(const char* text);
+/// The number at the start of a text, as strtod reads it in the "C" locale; 0 when there is none. `end`, if
+/// not null, receives where the number ends.
+[[nodiscard]] double doubleFromText(const char* text, char** end = nullptr);
 
 }  // namespace marovine
