@@ -1,9 +1,11 @@
 #include "host/Trace.h"
 
 #include <algorithm>
-#include <fstream>
+#include <sstream>
 #include <string_view>
 #include <utility>
+
+#include "host/SafeFile.h"
 
 namespace marovine::host {
 
@@ -111,7 +113,7 @@ Json Trace::json() const {
 }
 
 void Trace::save(const std::filesystem::path& file) const {
-    std::ofstream out(file, std::ios::binary);
+    std::ostringstream out;
     if (file.extension() == ".csv") {
         out << "order,cause,name,id,firstIndex,value,before,result\n";
         std::size_t order = 0;
@@ -125,8 +127,7 @@ void Trace::save(const std::filesystem::path& file) const {
     } else {
         out << printed(json()) << '\n';
     }
-    out.close();
-    if (!out) throw Failure("the trace cannot be written to " + file.string());
+    writeSafely(file, out.str());
 }
 
 }  // namespace marovine::host

@@ -34,7 +34,7 @@ class Trace {
     void print(const Console& console, std::size_t indent = 0) const;
     /// All writes as an array of objects.
     Json json() const;
-    /// Writes all to a file, as JSON or CSV by its ending (.json, .csv). Throws `Failure` when it cannot.
+    /// Writes all to a file, as JSON or CSV by its ending (.json, .csv), as `writeSafely` does.
     void save(const std::filesystem::path& file) const;
 
  private:

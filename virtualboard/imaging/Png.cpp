@@ -1,13 +1,12 @@
 #include "virtualboard/imaging/Png.h"
 
 #include <png.h>
-#include <unistd.h>
 
-#include <cerrno>
-#include <fstream>
 #include <stdexcept>
 #include <string>
-#include <system_error>
+#include <vector>
+
+#include "virtualboard/imaging/SafeFile.h"
 
 namespace virtualboard::imaging {
 namespace {
@@ -57,22 +56,7 @@ Image readPng(const std::filesystem::path& file) {
 void writePng(const std::filesystem::path& file, const ImageView& picture) {
     if (picture.width == 0 || picture.height == 0) fail("write", file, "the picture is empty");
     const std::vector<char> bytes = encode(file, picture);
-    std::filesystem::path partial = file;
-    partial += ".part" + std::to_string(getpid());
-    std::error_code error;
-    errno = 0;
-    {
-        std::ofstream out(partial, std::ios::binary);
-        out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        out.close();
-        if (out.fail()) error = std::error_code(errno != 0 ? errno : EIO, std::generic_category());
-    }
-    if (!error) std::filesystem::rename(partial, file, error);
-    if (error) {
-        std::error_code ignored;
-        std::filesystem::remove(partial, ignored);
-        fail("write", file, error.message());
-    }
+    writeSafely(file, {bytes.data(), bytes.size()});
 }
 
 }  // namespace virtualboard::imaging

@@ -10,8 +10,7 @@ namespace virtualboard::imaging {
 /// that names the file and the reason; pictures of more than 2^28 pixels are refused.
 Image readPng(const std::filesystem::path& file);
 
-/// Writes a PNG file. The file appears under its name only when it is complete: until then an older file of
-/// that name stays. Throws `std::runtime_error` that names the file and the reason.
+/// Writes a PNG file as `writeSafely` does. Throws `std::runtime_error` that names the file and the reason.
 void writePng(const std::filesystem::path& file, const ImageView& picture);
 
 }  // namespace virtualboard::imaging
