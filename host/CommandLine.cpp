@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <filesystem>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -34,7 +35,16 @@ std::string numberFault(const std::string& text, const Rules& rules) {
 
 void applyRules(CLI::Option& option, const Rules& rules) {
     if (rules.required) option.required();
-    if (rules.exists) option.check(CLI::ExistingFile.description(""));
+    if (rules.exists) {
+        // Not the command line is wrong but the file: a failure, not a usage error.
+        option.check(
+            [](const std::string& name) {
+                if (!std::filesystem::exists(name) || std::filesystem::is_directory(name))
+                    throw Failure("there is no file " + name);
+                return std::string();
+            },
+            "");
+    }
     if (!rules.choices.empty())
         option.transform(CLI::IsMember(rules.choices, CLI::ignore_case).description(""));
     if (rules.type != nullptr) option.type_name(rules.type);

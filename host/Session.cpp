@@ -2,6 +2,8 @@
 
 #include <charconv>
 
+#include "host/ConfigCheck.h"
+
 namespace marovine::host {
 
 SettingText parseName(std::string_view text) {
@@ -48,7 +50,7 @@ Applet& Session::applet() {
     applet_ = std::make_unique<Applet>(
         library(),
         OpenOptions{.writeDefaults = !options.attach, .recordWrites = false, .rememberSteps = true});
-    if (!options.config.empty()) applet_->load(options.config);
+    if (!options.config.empty()) loadConfiguration(*applet_, options.config);
     for (const auto& text : options.settings) apply(parseSetting(text));
     return *applet_;
 }

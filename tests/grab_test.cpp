@@ -104,7 +104,7 @@ TEST_F(GrabTest, SaysWhatIsWrong) {
     for (const auto& c :
          {Case{"grab", 2, "-o FILE.png or show them with --view"},
           Case{"grab -o nowhere/a.png", 1, "no folder nowhere"}, Case{"grab -n 0 -o a.png", 2, "--count"},
-          Case{"grab --scene missing.png -o a.png", 2, "missing.png"},
+          Case{"grab --scene missing.png -o a.png", 1, "missing.png"},
           Case{"grab --view --timeout 1 --set FG_EXSYNCON=FG_OFF", 1, "FG_EXSYNCON = FG_OFF"},
           Case{"grab --view --set FG_WIDTH=16384 --set FG_HEIGHT=16777214", 1, "no memory for"},
           Case{"contact-sheet", 2, "--output"}}) {

@@ -7,7 +7,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "host/ConfigFile.h"
 #include "host/Console.h"
 #include "host/Curve.h"
 #include "host/Names.h"
@@ -236,50 +235,6 @@ TEST_F(Client, TracesWritesWithTheValueBefore) {
     EXPECT_EQ(nlohmann::json({9, 8}), document.back()["value"]);
     EXPECT_EQ(3, document.back()["firstIndex"]);
     EXPECT_THROW(trace.save("/nowhere/trace.json"), std::runtime_error);
-}
-
-TEST_F(Client, NamesWhatALoadSkips) {
-    const TemporaryFile file(".mcf");
-    applet.save(file.name());
-    std::string text = file.content();
-    text.replace(text.find("FG_LINEEXPOSURE=19;"), 19, "FG_LINEEXPOSURE=500;");
-    file.write(text);
-    applet.load(file.name());
-    EXPECT_EQ(Value(500.0), applet.get("FG_LINEEXPOSURE")) << "the cache says what the design does not do";
-    const ConfigFile config = ConfigFile::read(file.name());
-    const auto skipped = skippedValues(applet, config);
-    ASSERT_EQ(1U, skipped.size());
-    EXPECT_THAT(skipped[0].why.sentence(),
-                HasSubstr("FG_LINEEXPOSURE = 500 refused (-6000): above 200, because"));
-    EXPECT_EQ("FG_LINEEXPOSURE", skipped[0].line->key);
-}
-
-TEST_F(Client, NamesWhatMakesALoadFail) {
-    const TemporaryFile file(".mcf");
-    applet.save(file.name());
-    const std::string good = file.content();
-    EXPECT_THAT(reasonsAgainstLoading(file.name()), IsEmpty());
-    struct Case {
-        const char* from;
-        const char* to;
-        const char* reason;
-    };
-    for (const auto& [from, to, reason] :
-         {Case{"FG_CCSEL3=", "FG_CCSEL9=", "the key FG_CCSEL3 is missing"},
-          Case{"Typ='Marovine'", "Typ='Other'", "belongs to the applet Other"},
-          Case{"AktivePort=0;\n", "", "lacks the key AktivePort"}}) {
-        std::string text = good;
-        text.replace(text.find(from), std::string_view(from).size(), to);
-        file.write(text);
-        EXPECT_THROW(applet.load(file.name()), Refused) << reason;
-        EXPECT_THAT(reasonsAgainstLoading(file.name()), ElementsAre(HasSubstr(reason)));
-    }
-    // A read-out is not read back.
-    std::string text = good;
-    text.replace(text.find("FG_DIGIO_INPUT="), 15, "FG_NOTHING=");
-    file.write(text);
-    EXPECT_NO_THROW(applet.load(file.name()));
-    EXPECT_THAT(reasonsAgainstLoading(file.name()), IsEmpty());
 }
 
 TEST(Names, FindsWhatWasMeant) {

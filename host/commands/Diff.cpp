@@ -2,6 +2,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "host/ConfigFile.h"
 #include "host/Json.h"
@@ -33,10 +34,31 @@ class Side {
     const std::string& name() const { return name_; }
 
     /// The value of a parameter; nothing when the file lacks it.
-    std::optional<Value> value(const Parameter& parameter, const char* name) const {
-        if (!file_) return applet_.get(name);
-        const auto* line = file_->find(name);
+    std::optional<Value> value(const Parameter& parameter) const {
+        if (!file_) return applet_.get(parameter.name);
+        const auto* line = file_->find(parameter.name);
         return line != nullptr ? std::optional(configValue(parameter, *line)) : std::nullopt;
+    }
+
+    /// What the file says, when that is not what a load reads; else empty.
+    std::string misread(const Parameter& parameter) const {
+        const auto* line = file_ ? file_->find(parameter.name) : nullptr;
+        return line == nullptr || readsAsWritten(parameter, *line) ? "" : misreadText(parameter, *line);
+    }
+
+    /// A value for the table.
+    std::string text(const Parameter& parameter) const {
+        const auto held = value(parameter);
+        if (!held) return "(missing)";
+        const std::string note = misread(parameter);
+        return parameter.textOf(*held) + (note.empty() ? "" : " (" + note + ")");
+    }
+
+    /// Adds a value to an entry of the document.
+    void addTo(Json& entry, const std::string& key, const Parameter& parameter) const {
+        const auto held = value(parameter);
+        entry[key] = held ? jsonOf(parameter, *held) : Json();
+        if (const std::string note = misread(parameter); !note.empty()) entry[key + "Note"] = note;
     }
 
  private:
@@ -57,20 +79,16 @@ void run(const Options& options, Session& session) {
     Json document = Json::array();
     for (const auto& row : sdkParameters) {
         // Read-outs differ from moment to moment and say nothing about the settings.
-        const bool compared = row.fileUse == FileUse::Preloaded || row.fileUse == FileUse::Applied ||
-                              (options.all && row.fileUse == FileUse::StoredOnly);
+        const bool compared = isRead(row) || (options.all && row.fileUse == FileUse::StoredOnly);
         if (!compared) continue;
         const Parameter parameter = session.applet().parameter(row.name);
-        const auto a = first.value(parameter, row.name);
-        const auto b = second.value(parameter, row.name);
-        if (same(a, b)) continue;
+        if (same(first.value(parameter), second.value(parameter))) continue;
         session.status = kFailed;
-        const auto text = [&](const auto& value) {
-            return value ? parameter.textOf(*value) : std::string("(missing)");
-        };
-        table.add({row.name, text(a), text(b)});
-        const auto json = [&](const auto& value) { return value ? jsonOf(parameter, *value) : Json(); };
-        document.push_back({{"name", row.name}, {"first", json(a)}, {"second", json(b)}});
+        table.add({row.name, first.text(parameter), second.text(parameter)});
+        Json entry{{"name", row.name}};
+        first.addTo(entry, "first", parameter);
+        second.addTo(entry, "second", parameter);
+        document.push_back(std::move(entry));
     }
     if (options.json)
         session.console().out() << printed(document) << '\n';

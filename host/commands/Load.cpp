@@ -1,9 +1,9 @@
 #include <filesystem>
 #include <memory>
-#include <string>
 
 #include "host/ChangeReport.h"
-#include "host/ConfigFile.h"
+#include "host/ConfigCheck.h"
+#include "host/SkippedValues.h"
 #include "host/commands/Commands.h"
 
 namespace marovine::host::commands {
@@ -18,24 +18,15 @@ struct Options {
     bool json = false;
 };
 
-void loadOrSayWhy(Applet& applet, const fs::path& file) {
-    try {
-        applet.load(file);
-    } catch (const Refused& refusal) {
-        std::string message = refusal.what();
-        for (const auto& reason : reasonsAgainstLoading(file)) message += "\n  " + reason;
-        throw Failure(message);
-    }
-}
-
 void run(const Options& options, Session& session) {
     Applet& applet = session.applet();
+    const auto before = applet.twin();
     ChangeReport report(applet, options.trace);
-    loadOrSayWhy(applet, options.file);
+    loadConfiguration(applet, options.file);
     report.note("loading " + options.file.string());
     report.finish();
     const ConfigFile file = ConfigFile::read(options.file);
-    const auto skipped = skippedValues(applet, file);
+    const auto skipped = skippedValues(*before, file);
     if (!skipped.empty()) session.status = kFailed;
 
     const Console& console = session.console();
@@ -43,7 +34,8 @@ void run(const Options& options, Session& session) {
         Json document = report.json();
         document["skipped"] = Json::array();
         for (const auto& value : skipped)
-            document["skipped"].push_back({{"line", value.line->number}, {"sentence", value.why.sentence()}});
+            document["skipped"].push_back(
+                {{"line", value.line->number}, {"sentence", value.sentence()}, {"advice", value.advice()}});
         console.out() << printed(document) << '\n';
         return;
     }
@@ -51,9 +43,11 @@ void run(const Options& options, Session& session) {
     if (skipped.empty()) return;
     console.out() << '\n';
     console.heading("Skipped: the parameter reads as the file says, but the design keeps what it had");
-    for (const auto& value : skipped)
-        console.out() << "line " << value.line->number << ": "
-                      << console.styled(Style::Bad, value.why.sentence()) << '\n';
+    for (const auto& value : skipped) {
+        console.out() << "line " << value.line->number << ": " << console.styled(Style::Bad, value.sentence())
+                      << '\n';
+        for (const auto& advice : value.advice()) console.out() << "    " << advice << '\n';
+    }
 }
 
 }  // namespace

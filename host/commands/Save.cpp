@@ -25,9 +25,11 @@ void compare(Applet& applet, const fs::path& file) {
         // Read-outs move on between the save and the comparison.
         if (row.fileUse == FileUse::StoredOnly) continue;
         const Value now = applet.get(row.name);
-        if (!sameInFile(configValue(parameter, *line), now))
-            throw Failure(std::string(row.name) + " is " + parameter.textOf(now) + " but was written as " +
-                          line->value);
+        const Value then = configValue(parameter, *line);
+        if (!sameInFile(then, now))
+            throw Failure(std::string(row.name) + " is " + inQuotes(parameter.textOf(now)) +
+                          " but would read back as " + inQuotes(parameter.textOf(then)) +
+                          (line->cut ? ", cut where a load stops reading the line" : ""));
     }
 }
 
@@ -35,13 +37,17 @@ void run(const fs::path& target, Session& session) {
     if (target.filename().string().find(".mcf") == std::string::npos)
         throw UsageError("the name of a configuration file ends in .mcf; " + target.string() + " does not");
     Applet& applet = session.applet();
+    const bool existed = fs::exists(target);
     SafeFile file(target);
     try {
         applet.save(file.temporary());
         compare(applet, file.temporary());
     } catch (const Failure& failure) {
-        throw Failure("nothing saved to " + target.string() + ": " + failure.what() +
-                      (fs::exists(target) ? "; the file that was there is as before" : ""));
+        const auto* refusal = dynamic_cast<const Refused*>(&failure);
+        throw Failure("nothing saved to " + target.string() + ": " +
+                      // The refusal itself names the temporary file.
+                      (refusal != nullptr ? meaningOf(refusal->code) : failure.what()) +
+                      (existed ? "; the file that was there is as before" : ""));
     }
     file.commit();
     session.console().out() << "saved to " << target.string() << ", read back and compared\n";
