@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -269,6 +270,25 @@ TEST(Command, NeverReplacesAGoodFileByABadOne) {
         EXPECT_THAT(entry.path().string(), Not(StartsWith(std::string(file.name()) + ".new")));
     EXPECT_EQ(0, run(std::string("save ") + file.name()).status);
     EXPECT_THAT(file.content(), StartsWith("[Kamerasektion]"));
+}
+
+TEST(Command, SavesOnlyWhatReadsBack) {
+    const TemporaryFile file(".mcf");
+    const std::string save = std::string("save ") + file.name();
+    const Result cut = run(save + " --set FG_DEBUGFILE=" + std::string(300, 'y'));
+    EXPECT_EQ(1, cut.status);
+    EXPECT_THAT(cut.errors, AllOf(HasSubstr("FG_DEBUGFILE is"), HasSubstr("would read back as")));
+    EXPECT_FALSE(fs::exists(file.name()));
+    EXPECT_EQ(0, run(save + " --set FG_PROCESSING_GAMMA=nan").status) << "one nan is the same as another";
+
+    fs::remove(file.name());
+    ASSERT_EQ(0, mkfifo(file.name(), 0600));
+    for (const char* command : {"save ", "lut save "}) {
+        const Result pipe = run(command + std::string(file.name()));
+        EXPECT_EQ(1, pipe.status) << command;
+        EXPECT_THAT(pipe.errors, HasSubstr("no regular file")) << command;
+        EXPECT_TRUE(fs::is_fifo(file.name())) << command;
+    }
 }
 
 TEST(Command, SavesAndLoadsLookupTables) {
