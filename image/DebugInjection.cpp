@@ -132,8 +132,9 @@ void FgGxWrapperImpl::set_sdk_param_FG_DEBUGFILE_P0(const char* value, bool thro
 void FgGxWrapperImpl::get_sdk_param_FG_DEBUGFILE_P0(char* destination) {
     requireDestination(destination);
     // Read into a buffer that fits any text first, so that a failed read leaves the caller's text alone. The
-    // destination may be that buffer.
+    // destination may be that buffer. It may still hold another text, which a runtime could leave there.
     char* buffer = textBuffer_.get();
+    buffer[0] = '\0';
     readByName(debugName(kFile), buffer, FG_TYPE_TEXT);
     if (destination != buffer) std::strcpy(destination, buffer);
 }

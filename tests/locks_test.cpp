@@ -109,7 +109,7 @@ TEST(GenericLockGuard, RefusesALockThatIsMarkedHeld) {
         EXPECT_EQ(counting.held, 1) << "the refused guard gives back what it took, and only that";
     }
     EXPECT_EQ(counting.held, 0);
-#ifndef __SANITIZE_THREAD__  // it reports the nesting itself
+#ifndef NESTING_IS_REPORTED  // by the thread sanitizer
     {
         const CriticalSectionGuard outer(&section);
         EXPECT_EQ(refusal([&] { const CriticalSectionGuard inner(&section); }), expected);

@@ -10,6 +10,8 @@
 namespace marovine::test {
 namespace {
 
+using testing::Contains;
+using testing::Each;
 using testing::ElementsAre;
 using testing::Field;
 using testing::IsEmpty;
@@ -216,6 +218,27 @@ TEST_F(LookupTableTest, SetsBlocksOfEachChannel) {
         EXPECT_EQ(expected, cached(channel));
         EXPECT_EQ(expected, inDesign(channel));
         applet.takeWrites();
+    }
+}
+
+TEST_F(LookupTableTest, ReadsOnlyWithinATable) {
+    std::vector<std::uint32_t> values(257, 7);
+    const int id = OpenApplet::idOf("FG_LUT_VALUE_RED");
+    const auto readBlock = [&](FieldParameterAccess block) {
+        return Fg_getParameterWithType(applet.record(), id, &block, 0, FG_TYPE_FIELD_ACCESS);
+    };
+    EXPECT_EQ(0, readBlock({FG_TYPE_UINT32, 250, 6, values.data()}));
+    EXPECT_THAT(values, Contains(7u).Times(251)) << "six entries are written, and no more";
+    EXPECT_EQ(255u, values[5]);
+    values.assign(257, 7);
+    const std::pair<unsigned, unsigned> beyond[] = {{250, 7}, {256, 0}, {0, 257}, {1, 0xFFFFFFFF}};
+    for (const auto& [start, count] : beyond)
+        EXPECT_EQ(error::invalidArgument, readBlock({FG_TYPE_UINT32, start, count, values.data()})) << start;
+    EXPECT_THAT(values, Each(7u));
+    for (const auto& [index, code] : {std::pair(255u, 0), std::pair(256u, error::invalidArgument)}) {
+        FieldParameterInt element{.value = 7, .index = index};
+        EXPECT_EQ(code, Fg_getParameterWithType(applet.record(), id, &element, 0, FG_TYPE_FIELD_INT));
+        EXPECT_EQ(code == 0 ? 255u : 7u, element.value);
     }
 }
 

@@ -72,10 +72,15 @@ TEST(Child, DISABLED_Open) {
     reportOpening();
 }
 
-TEST(Child, DISABLED_OpenWithoutAnEvent) {
+TEST(Child, DISABLED_MeetTrouble) {
     GXdevice* board = virtualboard::insertBoard();
     virtualboard::Control(board).hide("Device1_Process0_Overflow_Overflow");
     Fg_Struct record{Std_entry(board, nullptr, 1)};
+    std::uint32_t value = 1;
+    Fg_setParameterWithType(&record, 4711, &value, 0, FG_TYPE_UINT32);
+    Fg_getParameterWithType(&record, 4711, &value, 0, FG_TYPE_UINT32);
+    for (const int readOnly : {24114, 2000})
+        Fg_setParameterWithType(&record, readOnly, &value, 0, FG_TYPE_UINT32);
     Fg_FreeGrabber(&record);
     virtualboard::removeBoard(board);
 }
@@ -128,11 +133,16 @@ TEST(RuntimeBinding, ReportsWhatTheRuntimeSaysAboutAFailedHandle) {
     EXPECT_THAT(output, logs(5, "error calling 'Fg_InitHandle' \\(hapName = 'Marovine.hap'\\)"));
 }
 
-TEST(RuntimeBinding, NamesAnEventThatTheDesignLacks) {
-    const auto [status, output] = runChild("LD_LIBRARY_PATH='" BUILD_FOLDER "'", "OpenWithoutAnEvent");
+TEST(RuntimeBinding, LogsWhatTheDesignLacksAndTheHostGotWrong) {
+    const auto [status, output] = runChild("LD_LIBRARY_PATH='" BUILD_FOLDER "'", "MeetTrouble");
     EXPECT_EQ(0, status) << output;
-    EXPECT_THAT(output,
-                logs(4, "cannot retrieve event id for internal event: 'Device1_Process0_Overflow_Overflow'"));
+    for (const char* message :
+         {"cannot retrieve event id for internal event: 'Device1_Process0_Overflow_Overflow'",
+          "trying to set unknown SDK parameter '4711' on process 0!",
+          "trying to get unknown SDK parameter '4711' on process 0!",
+          "trying to set read-only SDK parameter 'FG_PARAM_DESCR' on process 0!",
+          "trying to set read-only SDK parameter 'FG_CAMSTATUS' on process 0!"})
+        EXPECT_THAT(output, logs(4, message));
 }
 
 TEST(RuntimeBinding, OpensOnARuntimeThatCanOnlyOpenAndRefusesTheRest) {
