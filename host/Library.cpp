@@ -26,7 +26,7 @@ fs::path findLibrary() {
     const fs::path program = folderOfProgram();
     std::error_code failed;
     for (const char* folder : {".", "../lib64", "../lib"}) {
-        const fs::path file = (program / folder / kLibraryName).lexically_normal();
+        fs::path file = (program / folder / kLibraryName).lexically_normal();
         if (fs::exists(file, failed)) return file;
     }
     return kLibraryName;

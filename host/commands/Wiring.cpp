@@ -101,6 +101,7 @@ void printTable(const Console& console, const std::vector<Wire>& wires) {
 void run(const Options& options, Session& session) {
     Applet& applet = session.applet();
     std::vector<Wire> wires;
+    wires.reserve(std::size(routeTable));
     for (const auto& row : routeTable) wires.push_back(wireOf(applet, row));
     if (options.dot) return printDot(session.console().out(), wires);
     if (!options.json) return printTable(session.console(), wires);
