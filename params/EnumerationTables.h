@@ -25,6 +25,15 @@ struct EnumerationEntry {
 /// The entries of one enumeration, in registry order.
 using EntryList = std::span<const EnumerationEntry>;
 
+/// Several lists of entries as one.
+template <std::size_t... Sizes>
+consteval auto joined(const std::array<EnumerationEntry, Sizes>&... lists) {
+    std::array<EnumerationEntry, (Sizes + ...)> result{};
+    auto end = result.begin();
+    ((end = std::copy(lists.begin(), lists.end(), end)), ...);
+    return result;
+}
+
 inline constexpr auto YesNo = std::to_array<EnumerationEntry>({
     {"Yes", 1, "FG_YES"},
     {"No", 0, "FG_NO"},
@@ -130,21 +139,10 @@ inline constexpr auto TriggerInSource8Plus4 = std::to_array<EnumerationEntry>({
     {"Front GPI Trigger Source 2", 18, "TRGINSRC_FRONT_GPI_2"},
     {"Front GPI Trigger Source 3", 19, "TRGINSRC_FRONT_GPI_3"},
 });
-inline constexpr auto TriggerInSource8Plus4Software = std::to_array<EnumerationEntry>({
-    {"GPI Trigger Source 0", 0, "TRGINSRC_GPI_0"},
-    {"GPI Trigger Source 1", 1, "TRGINSRC_GPI_1"},
-    {"GPI Trigger Source 2", 2, "TRGINSRC_GPI_2"},
-    {"GPI Trigger Source 3", 3, "TRGINSRC_GPI_3"},
-    {"GPI Trigger Source 4 (not available on Skiffline)", 4, "TRGINSRC_GPI_4"},
-    {"GPI Trigger Source 5 (not available on Skiffline)", 5, "TRGINSRC_GPI_5"},
-    {"GPI Trigger Source 6 (not available on Skiffline)", 6, "TRGINSRC_GPI_6"},
-    {"GPI Trigger Source 7 (not available on Skiffline)", 7, "TRGINSRC_GPI_7"},
-    {"Front GPI Trigger Source 0", 16, "TRGINSRC_FRONT_GPI_0"},
-    {"Front GPI Trigger Source 1", 17, "TRGINSRC_FRONT_GPI_1"},
-    {"Front GPI Trigger Source 2", 18, "TRGINSRC_FRONT_GPI_2"},
-    {"Front GPI Trigger Source 3", 19, "TRGINSRC_FRONT_GPI_3"},
-    {"Software Trigger", -1, "TRGINSOFTWARE"},
-});
+inline constexpr auto TriggerInSource8Plus4Software =
+    joined(TriggerInSource8Plus4, std::to_array<EnumerationEntry>({
+                                      {"Software Trigger", -1, "TRGINSOFTWARE"},
+                                  }));
 inline constexpr auto ShaftEncoderMode = std::to_array<EnumerationEntry>({
     {"Filter x1", 1, "FILTER_X1"},
     {"Filter x2", 2, "FILTER_X2"},
@@ -162,7 +160,8 @@ inline constexpr auto ImageTriggerModesWithMultiBufferAndFVAL = std::to_array<En
     {"Gated Multi Buffer, External Triggered", 6, "ASYNC_GATED_MULTIFRAME"},
     {"Camera FVAL Multiframe", 9, "CAMERA_FVAL_MULTIFRAME"},
 });
-inline constexpr auto SignalMappingLine_1Cam = std::to_array<EnumerationEntry>({
+/// Levels, and what the trigger and the camera make.
+inline constexpr auto OutputSignals = std::to_array<EnumerationEntry>({
     {"Gnd", 4, "GND"},
     {"Vcc", 5, "VCC"},
     {"Cam0 Exsync", 2000, "FG_SIGNAL_CAM0_EXSYNC"},
@@ -170,31 +169,16 @@ inline constexpr auto SignalMappingLine_1Cam = std::to_array<EnumerationEntry>({
     {"Cam0 Flash", 2002, "FG_SIGNAL_CAM0_FLASH"},
     {"Cam0 LVAL", 2007, "FG_SIGNAL_CAM0_LVAL"},
     {"Cam0 FVAL", 2008, "FG_SIGNAL_CAM0_FVAL"},
-    {"GPI 0", 1001, "FG_SIGNAL_GPI_0"},
-    {"GPI 1", 1011, "FG_SIGNAL_GPI_1"},
-    {"GPI 2", 1021, "FG_SIGNAL_GPI_2"},
-    {"GPI 3", 1031, "FG_SIGNAL_GPI_3"},
-    {"GPI 4", 1041, "FG_SIGNAL_GPI_4"},
-    {"GPI 5", 1051, "FG_SIGNAL_GPI_5"},
-    {"GPI 6", 1061, "FG_SIGNAL_GPI_6"},
-    {"GPI 7", 1071, "FG_SIGNAL_GPI_7"},
-    {"Front GPI 0", 1081, "FG_SIGNAL_FRONT_GPI_0"},
-    {"Front GPI 1", 1091, "FG_SIGNAL_FRONT_GPI_1"},
-    {"Front GPI 2", 1101, "FG_SIGNAL_FRONT_GPI_2"},
-    {"Front GPI 3", 1111, "FG_SIGNAL_FRONT_GPI_3"},
 });
-inline constexpr auto SignalMappingAnalyzer_1Cam = std::to_array<EnumerationEntry>({
-    {"Gnd", 4, "GND"},
-    {"Vcc", 5, "VCC"},
-    {"Cam0 Exsync", 2000, "FG_SIGNAL_CAM0_EXSYNC"},
-    {"Cam0 Exsync2", 2001, "FG_SIGNAL_CAM0_EXSYNC2"},
-    {"Cam0 Flash", 2002, "FG_SIGNAL_CAM0_FLASH"},
-    {"Cam0 LVAL", 2007, "FG_SIGNAL_CAM0_LVAL"},
-    {"Cam0 FVAL", 2008, "FG_SIGNAL_CAM0_FVAL"},
+/// Where lines and frames begin and end on their way through the buffer.
+inline constexpr auto TransferSignals = std::to_array<EnumerationEntry>({
     {"Cam0 Line Transfer Start", 2100, "FG_SIGNAL_CAM0_LINE_START"},
     {"Cam0 Line Transfer End", 2101, "FG_SIGNAL_CAM0_LINE_END"},
     {"Cam0 Frame Transfer Start", 2102, "FG_SIGNAL_CAM0_FRAME_START"},
     {"Cam0 Frame Transfer End", 2103, "FG_SIGNAL_CAM0_FRAME_END"},
+});
+/// The inputs as they are.
+inline constexpr auto InputSignals = std::to_array<EnumerationEntry>({
     {"GPI 0", 1001, "FG_SIGNAL_GPI_0"},
     {"GPI 1", 1011, "FG_SIGNAL_GPI_1"},
     {"GPI 2", 1021, "FG_SIGNAL_GPI_2"},
@@ -208,6 +192,8 @@ inline constexpr auto SignalMappingAnalyzer_1Cam = std::to_array<EnumerationEntr
     {"Front GPI 2", 1101, "FG_SIGNAL_FRONT_GPI_2"},
     {"Front GPI 3", 1111, "FG_SIGNAL_FRONT_GPI_3"},
 });
+inline constexpr auto SignalMappingLine_1Cam = joined(OutputSignals, InputSignals);
+inline constexpr auto SignalMappingAnalyzer_1Cam = joined(OutputSignals, TransferSignals, InputSignals);
 inline constexpr auto CcSignalMappingLineExtended = std::to_array<EnumerationEntry>({
     {"Exsync", 0, "CC_EXSYNC"},
     {"!Exsync", 6, "CC_NOT_EXSYNC"},
