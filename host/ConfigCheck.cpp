@@ -20,6 +20,9 @@ namespace {
 using Weight = Finding::Weight;
 using Findings = std::vector<Finding>;
 
+/// What some editors write in front of a text in UTF-8.
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 /// More findings of one kind than this are told as one.
 constexpr std::size_t kMostOfAKind = 8;
 constexpr std::size_t kNamed = 3;
@@ -96,6 +99,11 @@ void findMissingKeys(const ConfigFile& file, Findings& findings) {
     }
 }
 
+std::string_view withoutBlanks(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+    return text.substr(0, text.find_last_not_of(" \t") + 1);
+}
+
 /// A stored key in a line that a load does not take it from.
 Finding untaken(const ConfigFile& file, const ConfigLine& line, bool inParameters) {
     const auto* taken = file.find(line.key);
@@ -118,6 +126,11 @@ Finding unknown(const ConfigLine& line) {
     }();
     Finding result =
         finding(Weight::Note, line.number, "unknown key " + inQuotes(line.key) + "; a load ignores it");
+    if (const auto key = withoutBlanks(line.key); key != line.key && isStored(key)) {
+        result.text = "there are blanks around the key " + std::string(key) +
+                      "; a load looks for it at the start of a line and with \"=\" right behind it";
+        return result;
+    }
     for (const auto& name : nearestNames(line.key, stored))
         result.advice.push_back("did you mean " + name + "?");
     result.subject = inQuotes(line.key);
@@ -127,6 +140,9 @@ Finding unknown(const ConfigLine& line) {
 
 /// Lines that a load does not look at, or not as a whole.
 void findIgnoredLines(const ConfigFile& file, Findings& findings) {
+    if (!file.lines().empty() && file.lines().front().text.starts_with(kByteOrderMark))
+        findings.push_back(finding(
+            Weight::Note, 1, "a byte order mark, which editors do not show, hides what this line says"));
     bool inParameters = false;
     for (const auto& line : file.lines()) {
         const bool isHeading = &line == file.heading();
@@ -139,7 +155,8 @@ void findIgnoredLines(const ConfigFile& file, Findings& findings) {
             findings.push_back(finding(Weight::Note, line.number,
                                        "longer than 255 characters; a load reads the line in pieces"));
         if (line.key.empty()) {
-            if (line.text.starts_with('[') || line.text.find_first_not_of(" \t\r\n") == std::string::npos)
+            if (line.text.starts_with('[') || line.text.starts_with(kByteOrderMark) ||
+                line.text.find_first_not_of(" \t\r\n") == std::string::npos)
                 continue;
             findings.push_back(
                 finding(Weight::Note, line.number, inQuotes(line.text) + " holds no key; a load ignores it"));
@@ -172,9 +189,9 @@ void findOddValues(const Applet& applet, const ConfigFile& file, const std::vect
                    Findings& findings) {
     for (const auto& row : sdkParameters) {
         const auto* line = isRead(row) ? file.find(row.name) : nullptr;
-        const auto tellsOf = [&](const SkippedValue& value) { return value.line == line; };
         if (line == nullptr || countsAsMissing(row, *line) ||
-            std::any_of(skipped.begin(), skipped.end(), tellsOf))
+            std::any_of(skipped.begin(), skipped.end(),
+                        [&](const SkippedValue& value) { return value.line == line; }))
             continue;
         const Parameter parameter = applet.parameter(row.name);
         if (!readsAsWritten(parameter, *line))
@@ -188,6 +205,11 @@ void findOddValues(const Applet& applet, const ConfigFile& file, const std::vect
                                        " is out of range; a load keeps it all the same"));
         findings.back().advice.push_back("allowed: " + parameter.rangeText());
     }
+}
+
+bool tellsOf(const SkippedValue& value, const ConfigLine* line) {
+    return value.line == line ||
+           std::find(value.followUps.begin(), value.followUps.end(), line) != value.followUps.end();
 }
 
 bool isFatal(const Finding& item) {
@@ -219,6 +241,8 @@ const char* textOf(Finding::Weight weight) {
             return "load fails";
         case Weight::Skipped:
             return "skipped";
+        case Weight::NotKept:
+            return "not kept";
         case Weight::Misread:
             return "misread";
         default:
@@ -234,13 +258,38 @@ Findings findingsIn(const ConfigFile& file) {
     return findings;
 }
 
+Findings notKept(Applet& loaded, const ConfigFile& file, const std::vector<SkippedValue>& skipped) {
+    Findings findings;
+    for (const auto& row : sdkParameters) {
+        const auto* line = isRead(row) ? file.find(row.name) : nullptr;
+        if (line == nullptr || countsAsMissing(row, *line) ||
+            std::any_of(skipped.begin(), skipped.end(),
+                        [&](const SkippedValue& value) { return tellsOf(value, line); }))
+            continue;
+        const Parameter parameter = loaded.parameter(row.name);
+        const Value said = configValue(parameter, *line);
+        const Value reads = loaded.get(row.name);
+        if (sameInFile(said, reads)) continue;
+        findings.push_back(finding(
+            Weight::NotKept, line->number,
+            std::string(row.name) + " = " + parameter.textOf(said) + " reads " + parameter.textOf(reads) +
+                " after a load: " +
+                (row.fileUse == FileUse::Preloaded ? "a load only remembers the value, it does not set it"
+                                                   : "a later key sets the same thing")));
+    }
+    return findings;
+}
+
 Findings checkConfiguration(const Applet& applet, const fs::path& path) {
     std::optional<ConfigFile> file;
     Findings findings = findingsAbout(path, file);
     if (!file) return findings;
+    const auto loaded = applet.twin();
+    bool loads = std::none_of(findings.begin(), findings.end(), isFatal);
     try {
-        if (std::none_of(findings.begin(), findings.end(), isFatal)) applet.twin()->load(path);
+        if (loads) loaded->load(path);
     } catch (const Refused& refusal) {
+        loads = false;
         findings.push_back(finding(Weight::Fatal, 0,
                                    "the applet refused the file (" + std::to_string(refusal.code) +
                                        "): " + meaningOf(refusal.code)));
@@ -253,6 +302,7 @@ Findings checkConfiguration(const Applet& applet, const fs::path& path) {
             finding(Weight::Note, 0, std::string("the values were not tried: ") + failure.what()));
     }
     findOddValues(applet, *file, skipped, findings);
+    if (loads) std::ranges::copy(notKept(*loaded, *file, skipped), std::back_inserter(findings));
     for (const auto& value : skipped) {
         findings.push_back(finding(Weight::Skipped, value.line->number, value.sentence()));
         findings.back().advice = value.advice();
@@ -283,6 +333,9 @@ Findings collapsed(const Findings& findings) {
 }
 
 void loadConfiguration(Applet& applet, const fs::path& path) {
+    // A pipe would never end, and of a file that is too large nothing could be said.
+    std::error_code failed;
+    if (fs::exists(path, failed)) ConfigFile::read(path);
     try {
         applet.load(path);
     } catch (const Refused& refusal) {

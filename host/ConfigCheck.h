@@ -8,6 +8,7 @@
 
 #include "host/Client.h"
 #include "host/ConfigFile.h"
+#include "host/SkippedValues.h"
 
 namespace marovine::host {
 
@@ -16,6 +17,7 @@ struct Finding {
     enum class Weight {
         Note,     ///< a load takes every value all the same
         Misread,  ///< a load takes another value than the file says
+        NotKept,  ///< a load takes the value, but the parameter reads otherwise in the end
         Skipped,  ///< a load skips the value, and says nothing
         Fatal,    ///< the load fails
     };
@@ -28,18 +30,23 @@ struct Finding {
     const char* plural = nullptr;  ///< "keys are missing": what many of them say together; null: each counts
 };
 
-/// "note", "misread", "skipped" or "load fails".
+/// "note", "misread", "not kept", "skipped" or "load fails".
 const char* textOf(Finding::Weight weight);
 
 /// What the text alone shows, line by line: what is missing, doubled, unknown, cut.
 std::vector<Finding> findingsIn(const ConfigFile& file);
+/// What reads otherwise than the file says once `loaded` has loaded it, but for what setters refuse
+/// (`skipped`).
+std::vector<Finding> notKept(Applet& loaded, const ConfigFile& file,
+                             const std::vector<SkippedValue>& skipped);
 /// All that can be found, in line order. `applet` is in the state that the file is to be loaded into,
 /// remembers its steps, and stays as it is.
 std::vector<Finding> checkConfiguration(const Applet& applet, const std::filesystem::path& file);
 /// The same with one finding, which counts and names the first few, in place of many of one kind.
 std::vector<Finding> collapsed(const std::vector<Finding>& findings);
 
-/// Loads a configuration. Throws `Failure` with every reason that can be found when the applet refuses it.
+/// Loads a configuration. Throws `Failure` with every reason that can be found when the applet refuses it, or
+/// when it is no file that can be checked, such as a pipe.
 void loadConfiguration(Applet& applet, const std::filesystem::path& file);
 
 }  // namespace marovine::host

@@ -61,7 +61,9 @@ std::optional<std::int64_t> wholeNumber(std::string_view text) {
 
 ConfigFile ConfigFile::read(const fs::path& file) {
     std::error_code failed;
-    if (!fs::exists(file, failed)) throw Failure("there is no file " + file.string());
+    if (!fs::exists(file, failed))
+        throw Failure(failed ? file.string() + " cannot be read: " + failed.message()
+                             : "there is no file " + file.string());
     if (!fs::is_regular_file(file, failed)) throw Failure(file.string() + " is no regular file");
     const File open(std::fopen(file.c_str(), "r"));
     if (!open) throw Failure(file.string() + " cannot be read");

@@ -199,17 +199,17 @@ std::vector<SkippedValue> skippedValues(const Applet& before, const ConfigFile& 
 
     std::size_t pairs = 0;
     for (const auto& candidate : rest) {
+        bool found = false;
         std::size_t root = 0;
-        while (root < roots && pairs < kMostPairs) {
+        for (; root < roots && pairs < kMostPairs && !found; root += found ? 0 : 1) {
             ++pairs;
-            if (codeWithout(trials, keysOf(refused), candidate, skipped[root].line->key) != 0) break;
-            ++root;
+            found = codeWithout(trials, keysOf(refused), candidate, skipped[root].line->key) != 0;
         }
-        if (root < roots && pairs < kMostPairs) {
+        if (found) {
             skipped[root].followUps.push_back(candidate.line);
             continue;
         }
-        // Several values rule it out together.
+        // Several values rule it out together, or there are too many to try.
         const Trial trial = trials.load({});
         SkippedValue value =
             explained(*trial.applet, candidate, Rehearsal(*trial.applet).codeOf(candidate.setting));

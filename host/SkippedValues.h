@@ -26,8 +26,9 @@ struct SkippedValue {
 
 /// The values that a load of `file` skips in the state of `before`, which remembers its steps and stays as it
 /// is. A missing key keeps the value that it has there, so that one does not hide what is wrong with the
-/// others. Each value is tried alone: what is refused only because of another is listed under that one.
-/// `file` must outlive the result. Throws `Failure` when the applet refuses to load what it saved itself.
+/// others. Each value is tried alone, in the state after the load: what is refused only because of another is
+/// listed under that one. `file` must outlive the result. Throws `Failure` when the applet refuses to load
+/// what it saved itself.
 std::vector<SkippedValue> skippedValues(const Applet& before, const ConfigFile& file);
 
 }  // namespace marovine::host

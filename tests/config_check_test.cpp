@@ -111,7 +111,8 @@ TEST_F(ConfigCheck, NotesLinesThatALoadDoesNotTake) {
              Case{"FG_WIDTH=8;\n" + saved, "note: FG_WIDTH stands before [Port A]; a load takes line 22"},
              Case{saved + "FG_WIDTH=8;\n", "note: FG_WIDTH stands a second time; a load takes line 21"},
              Case{saved + "FG_WITDH=8;\n", "note: unknown key \"FG_WITDH\"; a load ignores it"},
-             Case{saved + "FG_WIDTH =8;\n", "note: unknown key \"FG_WIDTH\"; a load ignores it"},
+             Case{saved + "FG_WIDTH =8;\n", "note: there are blanks around the key FG_WIDTH; "},
+             Case{"\xEF\xBB\xBF\n" + saved, "note: a byte order mark"},
              Case{saved + "gar\x1b[31mbage\n", "note: \"gar?[31mbage\" holds no key; a load ignores it"},
              Case{saved + std::string(600, '#') + "\n",
                   "note: longer than 255 characters; a load reads the line in pieces"},
@@ -119,6 +120,27 @@ TEST_F(ConfigCheck, NotesLinesThatALoadDoesNotTake) {
         EXPECT_THAT(check(text), testing::Contains(HasSubstr(says)));
         EXPECT_TRUE(loads()) << says;
     }
+}
+
+/// A load takes these, but a later line or the applet's own rules have the last word.
+TEST_F(ConfigCheck, NamesWhatALoadDoesNotKeep) {
+    struct Case {
+        const char* key;
+        const char* line;
+        const char* says;
+    };
+    for (const auto& [key, line, says] : {
+             Case{"FG_TRIGGEROUT_GPO_7_SOURCE", "FG_TRIGGEROUT_GPO_7_SOURCE=1081;",
+                  "not kept: FG_TRIGGEROUT_GPO_7_SOURCE = FG_SIGNAL_FRONT_GPI_0 reads VCC after a load: a "
+                  "later "
+                  "key sets the same thing"},
+             Case{"FG_CC4_POLARITY", "FG_CC4_POLARITY=0;", "reads FG_HIGH after a load"},
+             Case{"FG_CAMERASIMULATOR_WIDTH", "FG_CAMERASIMULATOR_WIDTH=512;",
+                  "not kept: FG_CAMERASIMULATOR_WIDTH = 512 reads 1024 after a load: a load only remembers "
+                  "the "
+                  "value, it does not set it"},
+         })
+        EXPECT_THAT(check(with(key, line)), ElementsAre(HasSubstr(says))) << key;
 }
 
 /// What a load takes is what the applet's own reader makes of the line, and the file's words are shown.

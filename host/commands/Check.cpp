@@ -15,15 +15,15 @@ namespace {
 
 void print(const Console& console, const fs::path& path, const std::vector<Finding>& findings) {
     if (findings.empty()) {
-        console.out() << path.string() << ": every value will be taken\n";
+        console.out() << path.string() << ": every value will be taken and kept\n";
         return;
     }
     for (const auto& finding : collapsed(findings)) {
-        const Style style = finding.weight == Finding::Weight::Note ? Style::Accent : Style::Bad;
-        console.out() << path.string() << ':';
-        if (finding.line != 0) console.out() << finding.line << ':';
-        console.out() << ' ' << console.styled(style, textOf(finding.weight)) << ": " << finding.text << '\n';
-        for (const auto& advice : finding.advice) console.out() << "    " << advice << '\n';
+        const Style style = finding.weight == Finding::Weight::Note ? Style::Plain : Style::Bad;
+        const std::string place =
+            path.string() + ':' + (finding.line != 0 ? std::to_string(finding.line) + ':' : "");
+        console.paragraph(place + ' ' + textOf(finding.weight) + ": " + finding.text, 0, style, 4);
+        for (const auto& advice : finding.advice) console.paragraph(advice, 4);
     }
 }
 
@@ -54,9 +54,9 @@ void defineCheck(CommandLine command, Session& session) {
     command.argument("FILE.mcf", &options->file, "The configuration", {.required = true});
     command.flag("--json", options->json, "As a JSON array");
     command.footer(
-        "Names, line by line, what a load would fail on, skip in silence, misread or ignore. Status 0 when\n"
-        "every value would be taken, 1 when the load would fail, skip one or take another. Missing keys\n"
-        "stand in with the present values, so that the others are tried all the same.");
+        "Names, line by line, what a load would fail on, skip in silence, misread, not keep or ignore.\n"
+        "Status 0 when every value would be taken and kept, 1 otherwise. Missing keys stand in with the\n"
+        "present values, so that the others are tried all the same.");
     command.action([options, &session] { run(*options, session); });
 }
 

@@ -42,11 +42,11 @@ void run(const Options& options, Session& session) {
     report.print(console);
     if (skipped.empty()) return;
     console.out() << '\n';
-    console.heading("Skipped: the parameter reads as the file says, but the design keeps what it had");
+    console.heading("Skipped: setters refuse these, so the design does not have them");
     for (const auto& value : skipped) {
-        console.out() << "line " << value.line->number << ": " << console.styled(Style::Bad, value.sentence())
-                      << '\n';
-        for (const auto& advice : value.advice()) console.out() << "    " << advice << '\n';
+        console.paragraph("line " + std::to_string(value.line->number) + ": " + value.sentence(), 0,
+                          Style::Bad, 4);
+        for (const auto& advice : value.advice()) console.paragraph(advice, 4);
     }
 }
 

@@ -2,6 +2,7 @@
 #include <memory>
 #include <string>
 
+#include "host/ConfigCheck.h"
 #include "host/ConfigFile.h"
 #include "host/SafeFile.h"
 #include "host/commands/Commands.h"
@@ -50,7 +51,12 @@ void run(const fs::path& target, Session& session) {
                       (existed ? "; the file that was there is as before" : ""));
     }
     file.commit();
-    session.console().out() << "saved to " << target.string() << ", read back and compared\n";
+    const Console& console = session.console();
+    console.out() << "saved to " << target.string() << ", read back and compared\n";
+    // A file can hold a state that no load brings back.
+    const Applet fresh(session.library(), {.writeDefaults = true, .rememberSteps = true});
+    for (const auto& finding : checkConfiguration(fresh, target))
+        if (finding.weight != Finding::Weight::Note) console.paragraph(finding.text, 2, Style::Bad, 2);
 }
 
 }  // namespace
@@ -60,6 +66,7 @@ void defineSave(CommandLine command, Session& session) {
     command.argument("FILE.mcf", target.get(), "Where to save", {.required = true});
     command.footer(
         "Writes beside the file, reads it back, compares, and only then replaces what was there.\n"
+        "Says which values a load would not bring back.\n"
         "For instance: marovine save fast.mcf --set FG_LINEPERIODE=20 --set FG_LINEEXPOSURE=10");
     command.action([target, &session] { run(*target, session); });
 }
