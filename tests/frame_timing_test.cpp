@@ -31,6 +31,7 @@ TEST(LineClock, periodsOfBothSources) {
         {"no ExSync", [](auto& s) { s.exsyncEnable = 0; }, 0, 1, 0},
         {"CC1 at ground", [](auto& s) { s.cc1Select = 0; }, 0, 1, 0},
         {"CC1 at ExSync 2", [](auto& s) { s.cc1Select = 2; }, 200, 1000, 200000},
+        {"no camera", [](auto& s) { s.pixelClock = 0; }, 0, 1, 0},
         {"link in reset", [](auto& s) { s.coreReset = 1; }, 0, 1, 0},
         {"encoder x2, every 4th",
          [](auto& s) { s.lineTriggerMode = 1, s.encoderMode = 2, s.lineDownscaler = 4; }, 400, 500, 200000},

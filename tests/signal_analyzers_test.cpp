@@ -19,6 +19,7 @@ class SignalAnalyzersTest : public BoardTest {
     SignalAnalyzersTest() {
         control.setClockManual();
         set(kEnable, 1);
+        set("Device1_Process1_Trigger_OutputMapping_CamTrigger0_CC1_SelectSignal_Select", kExsync);
         select(0, kExsync);
     }
 
@@ -131,10 +132,22 @@ TEST_F(SignalAnalyzersTest, ACameraAnswersEveryPulseWithALine) {
     control.advanceClock(1.0);
     EXPECT_EQ(5000u, count(1));
     EXPECT_EQ(0, difference());
-    control.force("Device1_Process0_Camera_PixelClockX", 0u);  // the cable is pulled
-    control.advanceClock(1.0);
-    EXPECT_EQ(5000u, count(1));
-    EXPECT_EQ(5000, difference());
+    const std::string cameraTrigger =
+        "Device1_Process1_Trigger_OutputMapping_CamTrigger0_CC1_SelectSignal_Select";
+    std::int64_t unanswered = 0;
+    const auto expectNoLines = [&](const char* why) {
+        control.advanceClock(1.0);
+        EXPECT_EQ(5000u, count(1)) << why;
+        EXPECT_EQ(unanswered += 5000, difference()) << why;
+    };
+    control.force("Device1_Process0_Camera_PixelClockX", 0u);
+    expectNoLines("the cable is pulled");
+    control.force("Device1_Process0_Camera_PixelClockX", 85u);
+    ASSERT_EQ(0, set(cameraTrigger, kFlash));
+    expectNoLines("another signal on the camera's trigger line");
+    ASSERT_EQ(0, set(cameraTrigger, kExsync));
+    ASSERT_EQ(0, set("Device1_Process0_Camera_CameraLinkCoreReset", 1));
+    expectNoLines("the link is in reset");
 }
 
 TEST_F(SignalAnalyzersTest, TheGeneratorMakesLinesAtItsOwnRate) {

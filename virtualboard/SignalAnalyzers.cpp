@@ -49,6 +49,8 @@ void SignalAnalyzers::attach(const FindSlot& find, BoardTime now) {
     period_ = acting("Device1_Process0_Trigger_Trigger_ExsyncPeriod");
     delay_ = acting("Device1_Process0_Trigger_Trigger_Exsync2Delay");
     pixelClock_ = acting("Device1_Process0_Camera_PixelClockX");
+    linkReset_ = acting("Device1_Process0_Camera_CameraLinkCoreReset");
+    cameraTrigger_ = acting("Device1_Process1_Trigger_OutputMapping_CamTrigger0_CC1_SelectSignal_Select");
     source_ = acting("Device1_Process0_CameraSimulator_Enable_SelectSource");
     freeRun_ = acting("Device1_Process0_CameraSimulator_TriggerValve_FreeRun_Select");
     clockMode_ = acting("Device1_Process0_CameraSimulator_ControlPixelClock_Mode");
@@ -106,8 +108,10 @@ void SignalAnalyzers::restartTrains(BoardTime now) {
     }
 
     if (read(source_, 0) == 0) {
-        // A connected camera answers every ExSync pulse with a line.
-        lines_ = read(pixelClock_, 0) > 0 ? exsync_ : PulseTrain{};
+        // A connected camera answers every ExSync pulse on its trigger line with a line.
+        const bool connected = read(pixelClock_, 0) > 0 && read(linkReset_, 0) == 0;
+        const PulseTrain* trigger = connected ? trainOf(read(cameraTrigger_, kSignalExsync)) : nullptr;
+        lines_ = trigger == &exsync_ || trigger == &exsync2_ ? *trigger : PulseTrain{};
     } else {
         BoardTime clocks = 0;
         if (read(freeRun_, 1) == 1) {

@@ -74,6 +74,8 @@ class SignalAnalyzers {
     Slot* period_ = nullptr;
     Slot* delay_ = nullptr;
     Slot* pixelClock_ = nullptr;
+    Slot* linkReset_ = nullptr;
+    Slot* cameraTrigger_ = nullptr;
     Slot* source_ = nullptr;
     Slot* freeRun_ = nullptr;
     Slot* clockMode_ = nullptr;

@@ -31,7 +31,7 @@ double exsyncPeriod(const DesignSettings& settings, const Belt& belt) {
 
 LineClock cameraClock(const DesignSettings& settings, const Belt& belt, std::uint32_t sceneRows) {
     const bool triggered = settings.cc1Select == kSignalExsync || settings.cc1Select == kSignalExsync2;
-    if (!triggered || settings.coreReset != 0) return {};
+    if (!triggered || settings.coreReset != 0 || settings.pixelClock == 0) return {};
     const double period = exsyncPeriod(settings, belt);
     if (period == 0) return {};
     const double step = beltStep(belt, period);

@@ -8,9 +8,10 @@ namespace virtualboard::imaging {
 /// When lines come. Line 0 begins with the acquisition; times are µs since then.
 ///
 /// Camera: a line per ExSync pulse, provided that ExSync is enabled, CC1 carries it (or ExSync 2) and the
-/// link is not in reset. Line trigger modes 0 and 2: every ExsyncPeriod. Modes 1 and 3: at the encoder's
-/// pulses, period = encoder pitch / belt speed x downscaler / (1, 2 or 4 by the encoder filter). Gates of the
-/// line trigger (modes 2, 3) count as open. The camera holds frame valid as long as it sees one scene.
+/// camera is connected and its link not in reset. Line trigger modes 0 and 2: every ExsyncPeriod. Modes 1 and
+/// 3: at the encoder's pulses, period = encoder pitch / belt speed x downscaler / (1, 2 or 4 by the encoder
+/// filter). Gates of the line trigger (modes 2, 3) count as open. The camera holds frame valid as long as it
+/// sees one scene.
 ///
 /// Pattern generator: clock mode 1 gives a line per SequenceLength cycles of 8 ns; clock mode 0 gives
 /// ActivePixel words of 8 pixels in SequenceLength cycles, so a line of Size_ImageWidth words takes

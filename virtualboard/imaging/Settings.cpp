@@ -15,6 +15,7 @@ struct Row {
 constexpr Row<std::uint32_t> kNumbers[] = {
     {"Process0_Camera_FullMode", &DesignSettings::fullMode},
     {"Process0_Camera_CameraLinkCoreReset", &DesignSettings::coreReset},
+    {"Process0_Camera_PixelClockX", &DesignSettings::pixelClock},
     {"Process0_Buffer_0_TapGeometrySorter_TranslateVantagePoint_Value",
      &DesignSettings::translateVantagePoint},
     {"Process0_Buffer_0_TapGeometrySorter_TapWidth", &DesignSettings::tapWidth},

@@ -25,7 +25,8 @@ class ValueReader {
 struct DesignSettings {
     // Camera link. FullMode 0: 8 taps of 8 bits, 1: 10 taps of 8 bits, 3: 8 taps of 10 bits.
     std::uint32_t fullMode = 0;
-    std::uint32_t coreReset = 0;  ///< 1 holds the link in reset: no line arrives
+    std::uint32_t coreReset = 0;    ///< 1 holds the link in reset: no line arrives
+    std::uint32_t pixelClock = 85;  ///< MHz of the first link; 0 while no camera is connected
 
     // Tap geometry sorter (see TapSorter.h).
     std::uint32_t translateVantagePoint = 0;
