@@ -8,6 +8,7 @@
 namespace marovine::host {
 
 using virtualboard::imaging::SafeFile;
+using virtualboard::imaging::SignalHold;
 using virtualboard::imaging::writeSafely;
 
 }  // namespace marovine::host

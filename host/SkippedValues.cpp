@@ -11,6 +11,7 @@
 
 #include "entry/AppletIdentity.h"
 #include "host/Rehearsal.h"
+#include "host/SafeFile.h"
 #include "persistence/Fg_ConfigFileParser.h"
 
 namespace marovine::host {
@@ -24,13 +25,17 @@ constexpr std::size_t kMostPairs = 200;
 
 using Keys = std::set<std::string, std::less<>>;
 
-/// A configuration in the folder for temporary files, for as long as the object lives.
+/// A configuration in the folder for temporary files, for as long as the object lives; a signal that would
+/// end the process waits as long.
 class TemporaryConfig {
  public:
     TemporaryConfig() {
-        std::string name = fs::temp_directory_path() / "marovine-XXXXXX.mcf";
+        std::error_code error;
+        const fs::path folder = fs::temp_directory_path(error);
+        if (error) throw Failure("there is no folder for temporary files: " + error.message());
+        std::string name = folder / "marovine-XXXXXX.mcf";
         const int descriptor = mkstemps(name.data(), 4);
-        if (descriptor < 0) throw Failure("no file can be made in " + fs::temp_directory_path().string());
+        if (descriptor < 0) throw Failure("no file can be made in " + folder.string());
         close(descriptor);
         path_ = name;
     }
@@ -44,6 +49,7 @@ class TemporaryConfig {
     const fs::path& path() const { return path_; }
 
  private:
+    SignalHold hold_;  ///< first, to end after the removal
     fs::path path_;
 };
 

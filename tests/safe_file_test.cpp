@@ -3,12 +3,15 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -131,6 +134,73 @@ TEST_F(SafeFileTest, WritesToAnOpenDescriptor) {
     EXPECT_EQ(before.st_ino, after.st_ino) << "the open file, not another of its name";
     EXPECT_NE("no error", messageOf(name));
     close(descriptor);
+}
+
+TEST_F(SafeFileTest, LeavesNothingBehindWhenInterrupted) {
+    const fs::path target = folder / "target";
+    writeSafely(target, "whole");
+    constexpr std::array kSignals{SIGINT, SIGTERM, SIGHUP};
+    for (std::size_t run = 0; run < 30; ++run) {
+        const int signal = kSignals[run % kSignals.size()];
+        const pid_t child = fork();
+        if (child == 0) {
+            for (;;) writeSafely(target, "whole");
+        }
+        usleep(static_cast<useconds_t>(1000 + 137 * run));
+        kill(child, signal);
+        int status = 0;
+        waitpid(child, &status, 0);
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal) << "held back, not lost";
+    }
+    EXPECT_EQ(1, fileCount());
+    EXPECT_EQ("whole", contentOf(target));
+}
+
+TEST_F(SafeFileTest, HoldsSignalsUntilTheLastFileIsDone) {
+    const auto isHeld = [] {
+        sigset_t now;
+        pthread_sigmask(SIG_SETMASK, nullptr, &now);
+        return sigismember(&now, SIGTERM) == 1;
+    };
+    auto first = std::make_unique<SafeFile>(folder / "first");
+    auto second = std::make_unique<SafeFile>(folder / "second");
+    first.reset();
+    EXPECT_TRUE(isHeld());
+    EXPECT_NE("no error", messageOf(folder));
+    EXPECT_TRUE(isHeld());
+    second.reset();
+    EXPECT_FALSE(isHeld());
+}
+
+TEST_F(SafeFileTest, FindsANameForTheTemporaryFile) {
+    const fs::path target = folder / "target";
+    const fs::path taken = target.string() + ".new" + std::to_string(getpid());
+    std::ofstream(taken) << "of another process";
+    writeSafely(target, "x");
+    EXPECT_EQ("x", contentOf(target));
+    EXPECT_EQ("of another process", contentOf(taken));
+
+    const fs::path longest = folder / (std::string(251, 'n') + ".mcf");
+    EXPECT_NE(std::string::npos, SafeFile(longest).temporary().string().find(".mcf"));
+    writeSafely(longest, "y");
+    EXPECT_EQ("y", contentOf(longest));
+    const fs::path tooLong = folder / std::string(256, 'n');
+    EXPECT_EQ(tooLong.string() + " cannot be written: File name too long", messageOf(tooLong));
+    EXPECT_EQ(3, fileCount());
+}
+
+TEST_F(SafeFileTest, KeepsTheOwner) {
+    if (geteuid() != 0) GTEST_SKIP() << "only the superuser may give files away";
+    const fs::path target = folder / "target";
+    writeSafely(target, "x");
+    ASSERT_EQ(0, chown(target.c_str(), 1234, 2345));
+    ASSERT_EQ(0, chmod(target.c_str(), 06750));
+    writeSafely(target, "y");
+    struct stat status {};
+    stat(target.c_str(), &status);
+    EXPECT_EQ(1234U, status.st_uid);
+    EXPECT_EQ(2345U, status.st_gid);
+    EXPECT_EQ(06750U, modeOf(target));
 }
 
 }  // namespace
