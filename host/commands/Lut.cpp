@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "host/ChangeReport.h"
@@ -86,8 +87,11 @@ void show(const ShowOptions& options, Session& session) {
 
 /// Refuses what holds no tables: the applet takes entries that it does not find for zeros.
 void requireTables(const fs::path& file) {
-    if (!fs::exists(file)) throw Failure("there is no file " + file.string());
-    if (!fs::is_regular_file(file)) throw Failure(file.string() + " is no file of lookup tables");
+    std::error_code error;
+    const fs::file_status status = fs::status(file, error);
+    if (status.type() == fs::file_type::not_found) throw Failure("there is no file " + file.string());
+    if (!fs::status_known(status)) throw Failure(file.string() + " cannot be read: " + error.message());
+    if (!fs::is_regular_file(status)) throw Failure(file.string() + " is no file of lookup tables");
     Fg_LutFileParser parser;
     marovine::OwnedTable<LookupTable_s> tables[3];
     const bool read = parser.getLutFromFile(file.c_str(), tables[0], tables[1], tables[2]) == 0;
@@ -136,7 +140,15 @@ void save(const fs::path& target, Session& session) {
     } catch (const Refused& refusal) {
         throw Failure("nothing saved to " + target.string() + ": " + meaningOf(refusal.code));
     }
-    if (!readsBack(applet, tablesOf(applet), file.temporary()))
+    bool same = false;
+    try {
+        same = readsBack(applet, tablesOf(applet), file.temporary());
+    } catch (const Refused& refusal) {
+        // The refusal itself names the temporary file.
+        throw Failure("nothing saved to " + target.string() +
+                      ": reading back what was written is refused: " + meaningOf(refusal.code));
+    }
+    if (!same)
         throw Failure("nothing saved to " + target.string() +
                       ": what was written does not read back the same");
     file.commit();

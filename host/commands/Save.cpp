@@ -1,6 +1,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <system_error>
 
 #include "host/ConfigCheck.h"
 #include "host/ConfigFile.h"
@@ -38,7 +39,8 @@ void run(const fs::path& target, Session& session) {
     if (target.filename().string().find(".mcf") == std::string::npos)
         throw UsageError("the name of a configuration file ends in .mcf; " + target.string() + " does not");
     Applet& applet = session.applet();
-    const bool existed = fs::exists(target);
+    std::error_code unknown;  // the safe file says what is wrong
+    const bool existed = fs::exists(target, unknown);
     SafeFile file(target);
     try {
         applet.save(file.temporary());
