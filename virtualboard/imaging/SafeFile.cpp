@@ -75,7 +75,8 @@ class Descriptor {
 
 /// The path of a regular file behind all links, whether it exists or not; nothing for what can only be
 /// written through: pipes, devices, folders, and the descriptors that the kernel shows as links.
-std::optional<fs::path> regularTarget(fs::path path) {
+std::optional<fs::path> regularTarget(const fs::path& given) {
+    fs::path path = given;
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
     if (fs::exists(status) && !fs::is_regular_file(status)) return std::nullopt;
@@ -87,7 +88,7 @@ std::optional<fs::path> regularTarget(fs::path path) {
         const fs::path next = fs::read_symlink(path, error);
         path = next.is_absolute() ? next : folder / next;
     }
-    fail(path, ELOOP);
+    fail(given, ELOOP);
 }
 
 /// A name beside the target that is no longer than names may be. What is too long loses its beginning: the
