@@ -195,6 +195,8 @@ TEST_F(SignalAnalyzersTest, TheClockMovesForwardOnly) {
     EXPECT_THROW(control.advanceClock(std::numeric_limits<double>::quiet_NaN()), std::invalid_argument);
     control.advanceClock(1e8);
     EXPECT_EQ(500000000000u % 4294967296u, count(0)) << "the counter is 32 bits wide";
+    for (int i = 0; i < 12; ++i) control.advanceClock(9e8);
+    EXPECT_EQ(20000000000000u % 4294967296u, count(0)) << "the clock's end";
 }
 
 TEST_F(SignalAnalyzersTest, TheRealClockRunsOnFromWhereItWasStopped) {

@@ -29,8 +29,14 @@ class BoardClock {
         }
     }
 
-    /// Moves the clock forward, in any mode.
-    void advance(BoardTime time) { (running() ? base_ : stoodAt_) += time; }
+    /// No step moves the clock beyond this: sums of two such times still fit.
+    static constexpr BoardTime kLatest = 4'000'000'000'000'000'000;
+
+    /// Moves the clock forward, in any mode, at most to `kLatest`.
+    void advance(BoardTime time) {
+        const BoardTime left = std::max<BoardTime>(0, kLatest - now());
+        (running() ? base_ : stoodAt_) += std::min(time, left);
+    }
 
     /// Moves a clock that does not run by itself to a time, if that is still to come.
     void moveTo(BoardTime time) { stoodAt_ = std::max(stoodAt_, time); }

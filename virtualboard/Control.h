@@ -92,13 +92,15 @@ class Control {
     void setClockManual(bool manual = true) {
         setClockMode(manual ? ClockMode::Manual : ClockMode::RealTime);
     }
-    /// Moves the clock forward by 0 to 1e9 seconds; throws `std::invalid_argument` for anything else.
+    /// Moves the clock forward by 0 to 1e9 seconds; throws `std::invalid_argument` for anything else. After
+    /// 4e9 seconds in all further steps move it no more.
     void advanceClock(double seconds);
 
     // ---- what stands around the board; a running acquisition follows from its next picture on ----
 
     /// What lies on the belt, endlessly repeated. `fieldWidth` is the number of sensor pixels over which the
-    /// optics spread it; 0 shows one scene pixel per sensor pixel.
+    /// optics spread it; 0 shows one scene pixel per sensor pixel. Throws `std::invalid_argument` for a field
+    /// of more than 65536 pixels in width or 2^28 in all.
     void setScene(const imaging::Image& scene, std::uint32_t fieldWidth = 0);
     /// Lays the built-in chart on the belt, as at first.
     void showTestChart();

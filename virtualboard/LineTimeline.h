@@ -44,7 +44,7 @@ class LineTimeline {
 
  private:
     static BoardTime nanoseconds(double microseconds) {
-        constexpr double kLatest = 4e18;  // of 9.2e18: sums of two still fit
+        constexpr auto kLatest = static_cast<double>(BoardClock::kLatest);
         return static_cast<BoardTime>(std::ceil(std::min(microseconds * 1000, kLatest)));
     }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <stdexcept>
+#include <string>
 
 #include "virtualboard/imaging/Scene.h"
 #include "virtualboard/imaging/Stages.h"
@@ -23,6 +25,7 @@ std::uint8_t channel(Pixel pixel, Colour colour) {
 
 SensorScene::SensorScene(const Image& scene, const CameraTraits& camera, std::uint32_t fieldWidth)
     : camera_(camera) {
+    checkField(scene, fieldWidth);
     const Image black(1, 1);
     const Image& source = scene.pixels.empty() ? black : scene;
     const std::uint32_t wanted = fieldWidth != 0 ? fieldWidth : source.width;
@@ -36,6 +39,21 @@ SensorScene::SensorScene(const Image& scene, const CameraTraits& camera, std::ui
             // The width is even, so the index has the parity of the column.
             mosaic[i] = channel(seen.pixels[i], bayerColour(camera.phase, i, parity));
         }
+    }
+}
+
+void SensorScene::checkField(const Image& scene, std::uint32_t fieldWidth) {
+    if (fieldWidth == 0) return;  // as large as the picture that the caller already holds
+    if (fieldWidth > kMaxFieldWidth) {
+        throw std::invalid_argument("a scene cannot be spread over " + std::to_string(fieldWidth) +
+                                    " sensor pixels: give a field width of at most " +
+                                    std::to_string(kMaxFieldWidth));
+    }
+    const std::uint64_t rows = scene.pixels.empty() ? fieldWidth : scaledHeight(scene, fieldWidth);
+    if (rows * fieldWidth > kMaxFieldPixels) {
+        throw std::invalid_argument("a scene spread over " + std::to_string(fieldWidth) +
+                                    " sensor pixels would have " + std::to_string(rows) +
+                                    " rows: give a smaller field width or a less tall picture");
     }
 }
 

@@ -17,7 +17,14 @@ class SensorScene {
  public:
     /// `fieldWidth` 0 shows one scene pixel per sensor pixel; odd widths grow by one pixel, so that the
     /// Bayer pattern continues over the seam. An empty scene counts as one black pixel.
+    /// Throws what `checkField` throws.
     SensorScene(const Image& scene, const CameraTraits& camera, std::uint32_t fieldWidth = 0);
+
+    /// Throws `std::invalid_argument` for a scene spread over more than `kMaxFieldWidth` pixels, or over
+    /// more than `kMaxFieldPixels` once its proportions are kept.
+    static void checkField(const Image& scene, std::uint32_t fieldWidth);
+    static constexpr std::uint32_t kMaxFieldWidth = 65536;  ///< four times the widest sensor
+    static constexpr std::uint64_t kMaxFieldPixels = std::uint64_t{1} << 28;
 
     const CameraTraits& camera() const { return camera_; }
     std::uint32_t width() const { return width_; }  ///< sensor pixels after which the scene repeats
