@@ -16,8 +16,12 @@ void FrameSequencer::configure(const DesignSettings& settings, std::uint64_t lin
         windows_.clear();
         taken_ = 0;
         cursor_ = std::max(cursor_, line);
-    } else if (freeRun() && taken_ > 0 && yLength_ != settings.triggerYLength) {
-        cursor_ = current()->first + taken_;
+    } else if (freeRun() &&
+               (yOffset_ != settings.triggerYOffset || yLength_ != settings.triggerYLength ||
+                imageHeight_ != settings.imageHeight || rowsPerLine_ != rowsPerTrigger(settings))) {
+        // Lines that are past cannot become a picture only because the window shrank.
+        if (taken_ > 0) cursor_ = current()->first + taken_;
+        cursor_ = std::max(cursor_, line);
         taken_ = 0;
     }
     mode_ = settings.imageTriggerMode;

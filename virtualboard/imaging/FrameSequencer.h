@@ -36,7 +36,8 @@ struct FramePosition {
 class FrameSequencer {
  public:
     /// Takes over new settings at a line. Windows already begun keep their lines, unless the trigger mode
-    /// changes: then they end here. `linesPerFrame` is the source's, see `LineClock`.
+    /// changes: then they end here. In free run another window starts anew at this line; the same one goes on
+    /// undisturbed. `linesPerFrame` is the source's, see `LineClock`.
     void configure(const DesignSettings& settings, std::uint64_t linesPerFrame, std::uint64_t line);
 
     /// Forgets everything triggered: the acquisition starts at this line with picture 0.
