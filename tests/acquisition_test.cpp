@@ -285,6 +285,42 @@ TEST_F(AcquisitionTest, InRealTimePicturesComeByThemselves) {
     EXPECT_LE(8, waitFor(memory, 8)) << "the host reads again";
 }
 
+TEST_F(ManualClockTest, PicturesKeepTheSettingsTheyWereTakenWith) {
+    setWindow(1024, 100);
+    applet.board().setScene(Image(64, 4, grey(100)));
+    const FrameMemory memory(9, 1024 * 100 * 3);
+    ASSERT_EQ(0, acquire(memory));
+    pass(800);
+    set("FG_SCALINGFACTOR_RED", 0.0);
+    set("FG_WIDTH", 512u);
+    pass(100);
+    for (std::int64_t number = 1; number <= 9; ++number) {
+        ASSERT_LE(number, waitFor(memory, number));
+        const bool old = number <= 8;
+        EXPECT_EQ(old ? 1024u : 512u, memory.picture(number).width) << number;
+        EXPECT_EQ((Pixel{100, 100, static_cast<std::uint8_t>(old ? 100 : 0)}),
+                  copyOf(memory.picture(number)).at(20, 50))
+            << number;
+    }
+}
+
+TEST_F(ManualClockTest, AnotherWindowMakesNoPicturesOfThePast) {
+    setWindow(64, 1024);
+    set("FG_YOFFSET", 2u);
+    const FrameMemory memory(4, 64 * 1024 * 3);
+    ASSERT_EQ(0, acquire(memory));
+    pass(1024);
+    set("FG_YOFFSET", 2u);  // passes through 0
+    set("FG_HEIGHT", 4u);
+    EXPECT_EQ(kTimeout, waitFor(memory, 1, 0));
+    EXPECT_EQ(0, status(memory, FRAME_STATUS_LOST));
+    pass(6);
+    ASSERT_EQ(1, waitFor(memory, 1));
+    EXPECT_EQ(4u, memory.picture(1).height);
+    EXPECT_EQ(grey((1024 + 2 + 1) % 256), copyOf(memory.picture(1)).at(10, 1));
+    EXPECT_EQ(0, status(memory, FRAME_STATUS_LOST));
+}
+
 // ---- the image trigger ----
 
 TEST_F(ManualClockTest, ASoftwareTriggerStartsAPicture) {
@@ -391,6 +427,29 @@ TEST_F(ManualClockTest, APictureThatDoesNotComeTimesOut) {
     EXPECT_EQ(kTimeout, waitFor(memory, 1, 1));
     EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::seconds(1));
     EXPECT_EQ(kTimeout, applet.lastError());
+}
+
+TEST_F(ManualClockTest, AWaitThatEndsLeavesOthersTheirRoom) {
+    setWindow(64, 4);
+    const FrameMemory memory(4, 64 * 4 * 3);
+    ASSERT_EQ(0, acquire(memory));
+    std::thread waiting([&] { EXPECT_LE(20, waitFor(memory, 20, 6)); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    EXPECT_EQ(kTimeout, waitFor(memory, 5, 1));
+    // Two ms each, so that the queue never holds more than the ring.
+    for (int i = 0; i < 500 && status(memory, FRAME_STATUS_PICTURES) < 20; ++i) {
+        pass(4);
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    waiting.join();
+}
+
+TEST_F(AcquisitionTest, RefusesAFieldTooLargeAndKeepsTheScene) {
+    setWindow(64, 4);
+    applet.board().setScene(Image(64, 4, grey(100)));
+    for (const std::uint32_t width : {0xFFFFFFFFu, 65537u, 65536u})
+        EXPECT_THROW(applet.board().setScene(Image(4, 4), width), std::invalid_argument) << width;
+    EXPECT_EQ(grey(100), take().at(20, 2));
 }
 
 TEST_F(ManualClockTest, AWaitingHostIsTold) {

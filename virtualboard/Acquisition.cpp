@@ -52,6 +52,7 @@ void Acquisition::attach(const FindSlot& find, ReadSettings readSettings) {
 }
 
 void Acquisition::setScene(std::shared_ptr<const imaging::Image> scene, std::uint32_t fieldWidth) {
+    if (scene != nullptr) SensorScene::checkField(*scene, fieldWidth);
     changeSurroundings([&] {
         picture_ = std::move(scene);
         fieldWidth_ = fieldWidth;
@@ -100,6 +101,7 @@ int Acquisition::acquire(std::int64_t pictures, std::shared_ptr<FrameRing> ring,
     stopping_ = failed_ = overflow_ = polled_ = false;
     due_.clear();
     renderer_.reset();
+    rendered_.reset();
     ++run_;
     try {
         timeline_ = {};
@@ -140,7 +142,8 @@ void Acquisition::end(Lock& lock, const void* owner) {
         updateReadOuts(clock_.now());
         wake_.notify_all();
     } else {
-        wake_.wait(lock, [this] { return !running_; });
+        // Another thread may acquire again before this one gets the lock.
+        wake_.wait(lock, [this, run = run_] { return !running_ || run_ != run; });
     }
 }
 
@@ -172,7 +175,9 @@ std::int64_t Acquisition::lastPictureBlocking(Lock& lock, std::int64_t picture, 
         told_ = std::max(told_, delivered_);
         return delivered_;
     }
-    done_ = std::min(done_, delivered_);  // the host may now wait for an earlier one
+    // The host may now wait for an earlier one, but what other threads still wait for keeps its room.
+    const std::int64_t needed = awaited_.empty() ? 0 : *awaited_.rbegin() - 1;
+    done_ = std::min(done_, std::max(delivered_, needed));
     if (failed_) return kInternalFailure;
     return !running_ || stopping_ ? kStopped : kTimeout;
 }
@@ -218,7 +223,7 @@ void Acquisition::accept(const imaging::FramePosition& position, std::uint64_t e
         ++lost_;
         return;
     }
-    due_.push_back(position);
+    due_.push_back({position, snapshot_});
     ++accepted_;
 }
 
@@ -245,17 +250,19 @@ void Acquisition::updateReadOuts(BoardTime now) {
 
 /// Takes over settings and surroundings as they are now.
 void Acquisition::reconfigure(BoardTime now) {
-    const DesignSettings before = std::exchange(settings_, readSettings_());
+    const DesignSettings settings = readSettings_();
     if (scene_ == nullptr) {
         scene_ = std::make_shared<const SensorScene>(picture_ != nullptr ? *picture_ : imaging::testChart(),
                                                      camera_, fieldWidth_);
     }
-    ++version_;
-    timeline_.setClock(lineClock(settings_, belt_, scene_->rows()), now);
+    const auto before =
+        std::exchange(snapshot_, std::make_shared<const Snapshot>(Snapshot{settings, scene_, belt_}));
+    timeline_.setClock(lineClock(settings, belt_, scene_->rows()), now);
     const std::uint64_t line = timeline_.lineAt(now);
-    sequencer_.configure(settings_, timeline_.linesPerFrame(), line);
-    const bool listens = settings_.imageTriggerMode != before.imageTriggerMode ||
-                         settings_.imageTriggerEnable != before.imageTriggerEnable;
+    sequencer_.configure(settings, timeline_.linesPerFrame(), line);
+    const bool listens =
+        before != nullptr && (settings.imageTriggerMode != before->settings.imageTriggerMode ||
+                              settings.imageTriggerEnable != before->settings.imageTriggerEnable);
     if (listens && active_) sequencer_.openGate(line);  // an edge is over, an open gate is not
     wake_.notify_all();
 }
@@ -293,22 +300,17 @@ void Acquisition::work() {
 
 /// Brings the first picture of the queue into its buffer.
 void Acquisition::renderNext(Lock& lock) {
-    const imaging::FramePosition position = due_.front();
+    const DuePicture picture = due_.front();
     const std::int64_t number = delivered_ + 1;
     const std::span<std::uint8_t> buffer = ring_->begin(number);
     const std::shared_ptr<FrameRing> ring = ring_;
-    if (rendererVersion_ != version_ || !renderer_.has_value()) {
-        const DesignSettings settings = settings_;
-        const auto scene = scene_;
-        const imaging::Belt belt = belt_;
-        rendererVersion_ = version_;
-        lock.unlock();
-        renderer_.emplace(scene, belt);
-        renderer_->configure(settings);
-    } else {
-        lock.unlock();
+    lock.unlock();
+    if (rendered_ != picture.taken) {
+        renderer_.emplace(picture.taken->scene, picture.taken->belt);
+        renderer_->configure(picture.taken->settings);
+        rendered_ = picture.taken;
     }
-    const std::uint32_t rows = renderer_->render(position, buffer);
+    const std::uint32_t rows = renderer_->render(picture.position, buffer);
     if (rows != 0) {
         ring->finish(
             {.pixels = buffer.data(), .width = renderer_->width(), .height = rows, .number = number});
@@ -332,7 +334,7 @@ bool Acquisition::skipToNext() {
     const bool awaited = !awaited_.empty() && *awaited_.rbegin() > delivered_;
     if (!awaited && !polled_) return false;
     const auto time = nextDue();
-    if (!time.has_value()) return false;
+    if (!time.has_value() || *time > BoardClock::kLatest) return false;
     clock_.moveTo(*time);
     return true;
 }

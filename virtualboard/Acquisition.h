@@ -78,6 +78,17 @@ class Acquisition {
     void clockChanged() { wake_.notify_all(); }
 
  private:
+    /// What decides how a picture looks.
+    struct Snapshot {
+        imaging::DesignSettings settings;
+        std::shared_ptr<const imaging::SensorScene> scene;
+        imaging::Belt belt;
+    };
+    struct DuePicture {
+        imaging::FramePosition position;
+        std::shared_ptr<const Snapshot> taken;  ///< as things stood when it was complete
+    };
+
     int check(const dma_mem* memory) const;
     std::int64_t unread() const { return std::max<std::int64_t>(0, delivered_ - done_); }
     /// Buffers that hold pictures which the host has not done with, or wait for one.
@@ -111,8 +122,7 @@ class Acquisition {
     imaging::CameraTraits camera_;
     imaging::Belt belt_;
     std::shared_ptr<const imaging::SensorScene> scene_;  ///< made when first needed
-    imaging::DesignSettings settings_;
-    std::uint64_t version_ = 0;  ///< of settings and surroundings
+    std::shared_ptr<const Snapshot> snapshot_;           ///< a new one for each change
 
     // ---- the present acquisition, or the last one ----
 
@@ -135,9 +145,9 @@ class Acquisition {
     bool active_ = false;  ///< the image trigger's level
     LineTimeline timeline_;
     imaging::FrameSequencer sequencer_;
-    std::deque<imaging::FramePosition> due_;          ///< the first one is being rendered
+    std::deque<DuePicture> due_;                      ///< the first one is being rendered
     std::optional<imaging::FrameRenderer> renderer_;  ///< the thread's own
-    std::uint64_t rendererVersion_ = 0;
+    std::shared_ptr<const Snapshot> rendered_;        ///< what the renderer is set up for
     std::thread thread_;
 };
 
