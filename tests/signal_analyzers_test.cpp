@@ -196,7 +196,9 @@ TEST_F(SignalAnalyzersTest, TheClockMovesForwardOnly) {
     control.advanceClock(1e8);
     EXPECT_EQ(500000000000u % 4294967296u, count(0)) << "the counter is 32 bits wide";
     for (int i = 0; i < 12; ++i) control.advanceClock(9e8);
-    EXPECT_EQ(20000000000000u % 4294967296u, count(0)) << "the clock's end";
+    const std::uint32_t atTheEnd = count(0);
+    control.advanceClock(9e8);
+    EXPECT_EQ(atTheEnd, count(0)) << "the clock goes no further";
 }
 
 TEST_F(SignalAnalyzersTest, TheRealClockRunsOnFromWhereItWasStopped) {
