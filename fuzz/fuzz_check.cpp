@@ -1,5 +1,5 @@
 /// Checks any text as a configuration, as the command does before a load, and holds the verdict against what
-/// a load really says. Takes the seeds of `fuzz_load`.
+/// a load really says.
 
 #include <algorithm>
 #include <cstdint>

@@ -99,11 +99,6 @@ void findMissingKeys(const ConfigFile& file, Findings& findings) {
     }
 }
 
-std::string_view withoutBlanks(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
-    return text.substr(0, text.find_last_not_of(" \t") + 1);
-}
-
 /// A stored key in a line that a load does not take it from.
 Finding untaken(const ConfigFile& file, const ConfigLine& line, bool inParameters) {
     const auto* taken = file.find(line.key);
@@ -126,7 +121,7 @@ Finding unknown(const ConfigLine& line) {
     }();
     Finding result =
         finding(Weight::Note, line.number, "unknown key " + inQuotes(line.key) + "; a load ignores it");
-    if (const auto key = withoutBlanks(line.key); key != line.key && isStored(key)) {
+    if (const auto key = trimmed(line.key); key != line.key && isStored(key)) {
         result.text = "there are blanks around the key " + std::string(key) +
                       "; a load looks for it at the start of a line and with \"=\" right behind it";
         return result;
@@ -172,16 +167,11 @@ void findIgnoredLines(const ConfigFile& file, Findings& findings) {
 
 /// Whether a value lies in the parameter's range or is one of its entries; texts are free.
 bool allowed(const Parameter& parameter, const Value& value) {
-    const auto number = numberOf(value);
-    if (!number) return true;
-    if (!parameter.entries.empty())
-        return std::any_of(parameter.entries.begin(), parameter.entries.end(),
-                           [&](const Entry& entry) { return entry.value == *number; });
-    if (!parameter.range) return true;
-    // The file rounds: an end of the range may come back a little outside it.
-    if (sameInFile(value, parameter.range->minimum) || sameInFile(value, parameter.range->maximum))
+    if (!numberOf(value) || (parameter.entries.empty() && !parameter.range) || parameter.holds(value))
         return true;
-    return *number >= numberOf(parameter.range->minimum) && *number <= numberOf(parameter.range->maximum);
+    // The file rounds: an end of the range may come back a little outside it.
+    return parameter.entries.empty() &&
+           (sameInFile(value, parameter.range->minimum) || sameInFile(value, parameter.range->maximum));
 }
 
 /// Values that reach the applet otherwise than the file says, or that no setter checks.
@@ -210,6 +200,29 @@ void findOddValues(const Applet& applet, const ConfigFile& file, const std::vect
 bool tellsOf(const SkippedValue& value, const ConfigLine* line) {
     return value.line == line ||
            std::find(value.followUps.begin(), value.followUps.end(), line) != value.followUps.end();
+}
+
+/// What reads otherwise than the file says once `loaded` has loaded it, but for what setters refuse.
+Findings notKept(Applet& loaded, const ConfigFile& file, const std::vector<SkippedValue>& skipped) {
+    Findings findings;
+    for (const auto& row : sdkParameters) {
+        const auto* line = isRead(row) ? file.find(row.name) : nullptr;
+        if (line == nullptr || countsAsMissing(row, *line) ||
+            std::any_of(skipped.begin(), skipped.end(),
+                        [&](const SkippedValue& value) { return tellsOf(value, line); }))
+            continue;
+        const Parameter parameter = loaded.parameter(row.name);
+        const Value said = configValue(parameter, *line);
+        const Value reads = loaded.get(row.name);
+        if (sameInFile(said, reads)) continue;
+        findings.push_back(finding(
+            Weight::NotKept, line->number,
+            std::string(row.name) + " = " + parameter.textOf(said) + " reads " + parameter.textOf(reads) +
+                " after a load: " +
+                (row.fileUse == FileUse::Preloaded ? "a load only remembers the value, it does not set it"
+                                                   : "a later key sets the same thing")));
+    }
+    return findings;
 }
 
 bool isFatal(const Finding& item) {
@@ -255,28 +268,6 @@ Findings findingsIn(const ConfigFile& file) {
     findInHeader(file, findings);
     findMissingKeys(file, findings);
     findIgnoredLines(file, findings);
-    return findings;
-}
-
-Findings notKept(Applet& loaded, const ConfigFile& file, const std::vector<SkippedValue>& skipped) {
-    Findings findings;
-    for (const auto& row : sdkParameters) {
-        const auto* line = isRead(row) ? file.find(row.name) : nullptr;
-        if (line == nullptr || countsAsMissing(row, *line) ||
-            std::any_of(skipped.begin(), skipped.end(),
-                        [&](const SkippedValue& value) { return tellsOf(value, line); }))
-            continue;
-        const Parameter parameter = loaded.parameter(row.name);
-        const Value said = configValue(parameter, *line);
-        const Value reads = loaded.get(row.name);
-        if (sameInFile(said, reads)) continue;
-        findings.push_back(finding(
-            Weight::NotKept, line->number,
-            std::string(row.name) + " = " + parameter.textOf(said) + " reads " + parameter.textOf(reads) +
-                " after a load: " +
-                (row.fileUse == FileUse::Preloaded ? "a load only remembers the value, it does not set it"
-                                                   : "a later key sets the same thing")));
-    }
     return findings;
 }
 

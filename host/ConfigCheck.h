@@ -8,7 +8,6 @@
 
 #include "host/Client.h"
 #include "host/ConfigFile.h"
-#include "host/SkippedValues.h"
 
 namespace marovine::host {
 
@@ -35,10 +34,6 @@ const char* textOf(Finding::Weight weight);
 
 /// What the text alone shows, line by line: what is missing, doubled, unknown, cut.
 std::vector<Finding> findingsIn(const ConfigFile& file);
-/// What reads otherwise than the file says once `loaded` has loaded it, but for what setters refuse
-/// (`skipped`).
-std::vector<Finding> notKept(Applet& loaded, const ConfigFile& file,
-                             const std::vector<SkippedValue>& skipped);
 /// All that can be found, in line order. `applet` is in the state that the file is to be loaded into,
 /// remembers its steps, and stays as it is.
 std::vector<Finding> checkConfiguration(const Applet& applet, const std::filesystem::path& file);

@@ -26,12 +26,6 @@ std::string parameterSection() {
     return Fg_ConfigFileParser::getPortString(0);
 }
 
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r\n";
-    text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
-    return text.substr(0, text.find_last_not_of(blanks) + 1);
-}
-
 /// What stands between the apostrophes of a text's line, or behind the "=" without them.
 std::string_view writtenText(const ConfigLine& line) {
     std::string_view text = trimmed(line.text);
@@ -122,6 +116,12 @@ std::string ConfigFile::headerValue(const ConfigLine& line, std::string_view key
 const ConfigLine* ConfigFile::activePort() const {
     const auto* line = lineAfter(Fg_ConfigFileParser::CameraSectionText, "AktivePort");
     return line != nullptr && line->value.find(MissingText) == std::string::npos ? line : nullptr;
+}
+
+std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view blanks = " \t\r\n";
+    text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+    return text.substr(0, text.find_last_not_of(blanks) + 1);
 }
 
 bool isRead(const SdkParameter& row) {

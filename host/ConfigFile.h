@@ -58,6 +58,9 @@ class ConfigFile {
     std::vector<ConfigLine> lines_;
 };
 
+/// A text without the blanks and line ends around it.
+std::string_view trimmed(std::string_view text);
+
 /// Whether a load reads the key; without one of those it fails.
 bool isRead(const SdkParameter& row);
 /// Whether a load takes the line for a missing one: a number that says "Error".

@@ -1,5 +1,6 @@
 #include "host/Parameter.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
@@ -93,6 +94,15 @@ std::string Parameter::textOf(const Value& value, bool whole) const {
 std::string Parameter::textWithUnit(const Value& value) const {
     const std::string text = textOf(value);
     return unit.empty() ? text : text + " " + unit;
+}
+
+bool Parameter::holds(const Value& value) const {
+    const auto number = numberOf(value);
+    if (!number) return false;
+    if (!entries.empty())
+        return std::any_of(entries.begin(), entries.end(),
+                           [&](const Entry& entry) { return entry.value == *number; });
+    return range && *number >= numberOf(range->minimum) && *number <= numberOf(range->maximum);
 }
 
 bool Parameter::hasStep() const {

@@ -63,6 +63,8 @@ struct Parameter {
     /// or a field's elements separated by commas or blanks. Throws `UnreadableValue`, which names the
     /// entries or what was expected.
     Value parse(std::string_view text) const;
+    /// Whether a number is one of the entries, or lies in the reported range; false for texts.
+    bool holds(const Value& value) const;
     /// Whether the parameter states a step that its values must be multiples of.
     bool hasStep() const;
 

@@ -135,24 +135,17 @@ Keys keysOf(const std::vector<Candidate>& candidates) {
     return keys;
 }
 
-/// Whether the reported range holds a value that is refused: it would mislead.
-bool liesInside(const Parameter& parameter, const Value& value) {
-    const auto number = numberOf(value);
-    if (!number) return false;
-    if (!parameter.entries.empty())
-        return std::any_of(parameter.entries.begin(), parameter.entries.end(),
-                           [&](const Entry& entry) { return entry.value == *number; });
-    return parameter.range && *number >= numberOf(parameter.range->minimum) &&
-           *number <= numberOf(parameter.range->maximum) && stepBelow(parameter, *number) == *number;
-}
-
 SkippedValue explained(const Applet& state, const Candidate& candidate, int code) {
     const Parameter parameter = state.parameter(candidate.setting.parameter);
     SkippedValue result{.line = candidate.line,
                         .why = explain(state, candidate.setting, code),
                         .followUps = {},
                         .misread = {}};
-    if (liesInside(parameter, candidate.setting.value)) result.why.accepted.clear();
+    // A range that holds the refused value would mislead.
+    const auto number = numberOf(candidate.setting.value);
+    if (parameter.holds(candidate.setting.value) &&
+        (!parameter.entries.empty() || stepBelow(parameter, *number) == *number))
+        result.why.accepted.clear();
     if (!readsAsWritten(parameter, *candidate.line)) result.misread = misreadText(parameter, *candidate.line);
     return result;
 }
