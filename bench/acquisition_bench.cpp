@@ -5,9 +5,9 @@
 
 #include <cstdint>
 
-#include "entry/marovine.h"
-#include "virtualboard/Control.h"
-#include "virtualboard/FrameMemory.h"
+#include "marovine/Control.h"
+#include "marovine/FrameMemory.h"
+#include "marovine/marovine.h"
 
 namespace {
 

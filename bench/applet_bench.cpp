@@ -22,13 +22,13 @@
 #include <variant>
 #include <vector>
 
+#include "base/DynamicLoading.h"
 #include "bench/Ratios.h"
-#include "entry/marovine.h"
-#include "params/DesignParameters.h"
-#include "params/SdkParameterTable.h"
-#include "virtualboard/Control.h"
-#include "wrapper/DynamicLoading.h"
-#include "wrapper/FgGxWrapper.h"
+#include "marovine/Control.h"
+#include "marovine/marovine.h"
+#include "runtime/FgGxWrapper.h"
+#include "tables/DesignParameters.h"
+#include "tables/SdkParameterTable.h"
 
 namespace marovine::bench {
 namespace {

@@ -6,9 +6,9 @@
 
 #include <cstring>
 
-#include "virtualboard/imaging/FrameRenderer.h"
-#include "virtualboard/imaging/PatternGenerator.h"
-#include "virtualboard/imaging/Scene.h"
+#include "board/imaging/FrameRenderer.h"
+#include "board/imaging/PatternGenerator.h"
+#include "board/imaging/Scene.h"
 
 namespace virtualboard::imaging {
 namespace {

@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <cstring>
 
-#include "entry/ErrorCodes.h"
-#include "entry/marovine.h"
-#include "wrapper/FgGxWrapper.h"
+#include "base/ErrorCodes.h"
+#include "marovine/marovine.h"
+#include "runtime/FgGxWrapper.h"
 
 namespace error = marovine::error;
 using marovine::RuntimeSlot;

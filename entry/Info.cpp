@@ -5,12 +5,12 @@
 #include <cstdint>
 #include <string_view>
 
-#include "design/DesignImage.h"
-#include "entry/AppletIdentity.h"
-#include "entry/ErrorCodes.h"
-#include "entry/marovine.h"
-#include "params/EnumerationTables.h"
-#include "wrapper/FgGxWrapper.h"
+#include "base/AppletIdentity.h"
+#include "base/ErrorCodes.h"
+#include "entry/DesignImage.h"
+#include "marovine/marovine.h"
+#include "runtime/FgGxWrapper.h"
+#include "tables/EnumerationTables.h"
 
 namespace error = marovine::error;
 

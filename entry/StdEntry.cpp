@@ -3,12 +3,12 @@
 #include <cstdlib>
 #include <memory>
 
-#include "design/DesignImage.h"
-#include "entry/ErrorCodes.h"
-#include "entry/marovine.h"
-#include "params/FgGxWrapperImpl.h"
-#include "params/ParameterHandlers.h"
-#include "params/TrueWord.h"
+#include "base/ErrorCodes.h"
+#include "base/TrueWord.h"
+#include "entry/DesignImage.h"
+#include "marovine/marovine.h"
+#include "parameters/FgGxWrapperImpl.h"
+#include "parameters/ParameterHandlers.h"
 
 namespace error = marovine::error;
 

@@ -7,8 +7,8 @@
 #include <dlfcn.h>
 #include <stdio.h>
 
-#include "entry/marovine.h"
-#include "virtualboard/VirtualBoard.h"
+#include "marovine/marovine.h"
+#include "marovine/VirtualBoard.h"
 
 /* A real host gets the board device from its own driver; here it is a virtual one. */
 

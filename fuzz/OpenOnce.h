@@ -4,8 +4,8 @@
 
 #include <cstdlib>
 
-#include "entry/marovine.h"
-#include "virtualboard/Control.h"
+#include "marovine/Control.h"
+#include "marovine/marovine.h"
 
 namespace marovine::fuzz {
 

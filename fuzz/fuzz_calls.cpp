@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "entry/ErrorCodes.h"
+#include "base/ErrorCodes.h"
 #include "fuzz/OpenOnce.h"
-#include "params/SdkParameterTable.h"
+#include "tables/SdkParameterTable.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "host/ConfigCheck.h"
-#include "host/Failure.h"
+#include "client/ConfigCheck.h"
+#include "client/Failure.h"
 #include "tests/TemporaryFile.h"
 
 using namespace marovine::host;

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "persistence/Fg_ConfigFileParser.h"
+#include "files/Fg_ConfigFileParser.h"
 #include "tests/PlainLookup.h"
 #include "tests/TemporaryFile.h"
 

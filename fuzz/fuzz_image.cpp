@@ -5,8 +5,8 @@
 #include <stdexcept>
 #include <vector>
 
-#include "virtualboard/ImageFormat.h"
-#include "virtualboard/ImageReader.h"
+#include "board/design/ImageFormat.h"
+#include "board/design/ImageReader.h"
 
 // Reads any bytes as a design image, as they are and once more as the content behind a header that is right:
 // no checksum may shield the reader of the records.

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "entry/ErrorCodes.h"
+#include "base/ErrorCodes.h"
 #include "fuzz/OpenOnce.h"
-#include "params/SdkParameterTable.h"
+#include "tables/SdkParameterTable.h"
 #include "tests/TemporaryFile.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -2,7 +2,7 @@
 #include <cstdlib>
 #include <iterator>
 
-#include "persistence/Fg_LutFileParser.h"
+#include "files/Fg_LutFileParser.h"
 #include "tests/TemporaryFile.h"
 
 // Reads a file of any content as every kind of table; what was read must come back the same when it is saved

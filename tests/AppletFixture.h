@@ -11,11 +11,11 @@
 #include <string_view>
 #include <vector>
 
-#include "entry/ErrorCodes.h"
-#include "entry/marovine.h"
-#include "params/EnumerationTables.h"
-#include "params/SdkParameterTable.h"
-#include "virtualboard/Control.h"
+#include "base/ErrorCodes.h"
+#include "marovine/Control.h"
+#include "marovine/marovine.h"
+#include "tables/EnumerationTables.h"
+#include "tables/SdkParameterTable.h"
 
 namespace marovine::test {
 

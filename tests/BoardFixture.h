@@ -7,10 +7,10 @@
 #include <string>
 #include <string_view>
 
-#include "design/DesignImage.h"
-#include "virtualboard/Control.h"
-#include "virtualboard/HostRuntime.h"
-#include "wrapper/OutsideRuntimes.h"
+#include "board/machine/HostRuntime.h"
+#include "entry/DesignImage.h"
+#include "marovine/Control.h"
+#include "marovine/OutsideRuntimes.h"
 
 namespace virtualboard::test {
 

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <utility>
 
-#include "host/Client.h"
+#include "client/Client.h"
 
 namespace marovine::test {
 

@@ -10,7 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "wrapper/TavrDir.h"
+#include "base/TavrDir.h"
 
 /// Runs `scenario` in a child process; its failed expectations fail this test.
 template <typename Scenario>

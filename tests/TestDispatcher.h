@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "infra/LoggingDispatcher.h"
+#include "base/LoggingDispatcher.h"
 
 struct TestDispatcher {
     struct Message {

@@ -4,11 +4,11 @@
 #include <functional>
 #include <thread>
 
+#include "board/imaging/Scene.h"
+#include "marovine/BoardCodes.h"
+#include "marovine/FrameMemory.h"
 #include "tests/AppletFixture.h"
 #include "tests/Threads.h"
-#include "virtualboard/Codes.h"
-#include "virtualboard/FrameMemory.h"
-#include "virtualboard/imaging/Scene.h"
 
 namespace marovine::test {
 namespace {

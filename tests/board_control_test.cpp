@@ -8,10 +8,10 @@
 #include <utility>
 #include <vector>
 
+#include "board/design/DesignData.h"
+#include "marovine/BoardCodes.h"
+#include "marovine/VirtualBoard.h"
 #include "tests/BoardFixture.h"
-#include "virtualboard/Codes.h"
-#include "virtualboard/DesignData.h"
-#include "virtualboard/VirtualBoard.h"
 
 namespace virtualboard::test {
 namespace {

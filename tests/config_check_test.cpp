@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "host/ConfigCheck.h"
-#include "host/SkippedValues.h"
+#include "client/ConfigCheck.h"
+#include "client/SkippedValues.h"
 #include "tests/HostFixture.h"
 #include "tests/TemporaryFile.h"
 

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "infra/Fg_Log.h"
-#include "persistence/Fg_ConfigFileParser.h"
+#include "base/Fg_Log.h"
+#include "files/Fg_ConfigFileParser.h"
 #include "tests/PlainLookup.h"
 #include "tests/TemporaryFile.h"
 

@@ -7,7 +7,7 @@
 #include <memory>
 #include <set>
 
-#include "params/Catalogue.h"
+#include "tables/Catalogue.h"
 #include "tests/AppletFixture.h"
 
 namespace marovine::test {

@@ -7,12 +7,12 @@
 #include <fstream>
 #include <random>
 
-#include "design/DescriptionParser.h"
-#include "design/DesignImage.h"
-#include "design/ImageWriter.h"
+#include "board/design/DescriptionParser.h"
+#include "board/design/ImageFormat.h"
+#include "board/design/ImageReader.h"
+#include "board/design/ImageWriter.h"
+#include "entry/DesignImage.h"
 #include "tests/BoardFixture.h"
-#include "virtualboard/ImageFormat.h"
-#include "virtualboard/ImageReader.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 /// Why a value is refused: the sentence, and that what it names is really accepted.
 
-#include "host/Explain.h"
+#include "client/Explain.h"
 
 #include <gmock/gmock.h>
 
@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/Snapshot.h"
+#include "client/Snapshot.h"
 #include "tests/HostFixture.h"
 
 namespace marovine::host {

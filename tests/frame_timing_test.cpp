@@ -4,8 +4,8 @@
 
 #include <functional>
 
-#include "virtualboard/imaging/FrameSequencer.h"
-#include "virtualboard/imaging/LineClock.h"
+#include "board/imaging/FrameSequencer.h"
+#include "board/imaging/LineClock.h"
 
 namespace virtualboard::imaging {
 namespace {

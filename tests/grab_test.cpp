@@ -13,10 +13,10 @@
 #include <thread>
 #include <vector>
 
-#include "host/Lettering.h"
-#include "host/Progress.h"
-#include "virtualboard/imaging/Png.h"
-#include "virtualboard/imaging/Scene.h"
+#include "board/imaging/Scene.h"
+#include "command/Progress.h"
+#include "pictures/Lettering.h"
+#include "pictures/Png.h"
 
 namespace marovine::host {
 namespace {

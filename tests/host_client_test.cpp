@@ -7,12 +7,12 @@
 
 #include <nlohmann/json.hpp>
 
-#include "host/Console.h"
-#include "host/Curve.h"
-#include "host/Names.h"
-#include "host/Snapshot.h"
-#include "host/Trace.h"
-#include "params/EnumerationTables.h"
+#include "client/Names.h"
+#include "client/Snapshot.h"
+#include "command/Console.h"
+#include "command/Curve.h"
+#include "command/Trace.h"
+#include "tables/EnumerationTables.h"
 #include "tests/HostFixture.h"
 #include "tests/TemporaryFile.h"
 

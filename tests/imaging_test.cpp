@@ -8,11 +8,11 @@
 #include <fstream>
 #include <functional>
 
-#include "virtualboard/imaging/FrameRenderer.h"
-#include "virtualboard/imaging/PatternGenerator.h"
-#include "virtualboard/imaging/Png.h"
-#include "virtualboard/imaging/Scene.h"
-#include "virtualboard/imaging/TerminalView.h"
+#include "board/imaging/FrameRenderer.h"
+#include "board/imaging/PatternGenerator.h"
+#include "board/imaging/Scene.h"
+#include "pictures/Png.h"
+#include "pictures/TerminalView.h"
 
 namespace virtualboard::imaging {
 

@@ -24,15 +24,15 @@ cmp first.xml second.xml
 cmp moved/share/marovine/Marovine.hap "$build/Marovine.hap"
 
 cat >uses_control.cpp <<'END'
-#include <virtualboard/Control.h>
-#include <virtualboard/VirtualBoard.h>
+#include <marovine/Control.h>
+#include <marovine/VirtualBoard.h>
 int main() {
     GXdevice* board = virtualboard::insertBoard();
     virtualboard::Control(board).setClockManual();
     virtualboard::removeBoard(board);
 }
 END
-options=(-Imoved/include/marovine -Lmoved/lib64 -Wl,-rpath,"$work/moved/lib64")
+options=(-Imoved/include -Lmoved/lib64 -Wl,-rpath,"$work/moved/lib64")
 cc "${options[@]}" "$host" -lvirtualboard -ldl -o example
 ./example moved/lib64/libMarovine.so | grep -q "FG_WIDTH is 2048"
 c++ -std=c++20 "${options[@]}" uses_control.cpp -lvirtualboard -o uses_control

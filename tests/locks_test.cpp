@@ -1,4 +1,4 @@
-#include "infra/Locks.h"
+#include "base/Locks.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "infra/Logging.h"
+#include "base/Logging.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -13,12 +13,12 @@
 #include <thread>
 #include <vector>
 
-#include "infra/Fg_Log.h"
-#include "infra/LogLine.h"
+#include "base/DynamicLoading.h"
+#include "base/Fg_Log.h"
+#include "base/LogLine.h"
 #include "tests/OwnProcess.h"
 #include "tests/TestDispatcher.h"
 #include "tests/Threads.h"
-#include "wrapper/DynamicLoading.h"
 
 namespace {
 

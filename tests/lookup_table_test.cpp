@@ -3,9 +3,9 @@
 #include <limits>
 #include <numeric>
 
+#include "marovine/BoardCodes.h"
 #include "tests/AppletFixture.h"
 #include "tests/TemporaryFile.h"
-#include "virtualboard/Codes.h"
 
 namespace marovine::test {
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "persistence/Fg_LutFileParser.h"
+#include "files/Fg_LutFileParser.h"
 #include "tests/TemporaryFile.h"
 
 using namespace std::string_literals;

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "params/Fg_ParameterInfo.h"
+#include "description/Fg_ParameterInfo.h"
 
 namespace {
 

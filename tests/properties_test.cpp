@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "params/PropertiesFile.h"
-#include "params/TrueWord.h"
+#include "base/PropertiesFile.h"
+#include "base/TrueWord.h"
 
 namespace {
 

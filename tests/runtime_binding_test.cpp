@@ -10,9 +10,9 @@
 #include <cstdlib>
 #include <string>
 
-#include "entry/ErrorCodes.h"
-#include "entry/marovine.h"
-#include "virtualboard/Control.h"
+#include "base/ErrorCodes.h"
+#include "marovine/Control.h"
+#include "marovine/marovine.h"
 
 namespace marovine {
 namespace {

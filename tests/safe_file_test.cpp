@@ -15,8 +15,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "virtualboard/imaging/Png.h"
-#include "virtualboard/imaging/SafeFile.h"
+#include "pictures/Png.h"
+#include "pictures/SafeFile.h"
 
 namespace virtualboard::imaging {
 namespace {

@@ -4,7 +4,7 @@
 #include <bit>
 #include <set>
 
-#include "params/EventTable.h"
+#include "tables/EventTable.h"
 #include "tests/SettingChecks.h"
 
 namespace marovine::test {

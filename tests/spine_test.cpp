@@ -8,9 +8,9 @@
 #include <cstring>
 #include <map>
 
-#include "params/Catalogue.h"
+#include "runtime/FgGxWrapper.h"
+#include "tables/Catalogue.h"
 #include "tests/AppletFixture.h"
-#include "wrapper/FgGxWrapper.h"
 
 namespace marovine::test {
 namespace {

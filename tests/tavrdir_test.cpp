@@ -1,4 +1,4 @@
-#include "wrapper/TavrDir.h"
+#include "base/TavrDir.h"
 
 #include <gtest/gtest.h>
 

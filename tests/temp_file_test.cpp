@@ -5,7 +5,7 @@
 #include <cctype>
 #include <string>
 
-#include "wrapper/TempFile.h"
+#include "family/TempFile.h"
 
 namespace {
 

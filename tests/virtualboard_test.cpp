@@ -9,12 +9,12 @@
 #include <numeric>
 #include <sstream>
 
-#include "params/DesignParameters.h"
-#include "params/EventTable.h"
+#include "board/design/DesignData.h"
+#include "marovine/BoardCodes.h"
+#include "marovine/FrameMemory.h"
+#include "tables/DesignParameters.h"
+#include "tables/EventTable.h"
 #include "tests/BoardFixture.h"
-#include "virtualboard/Codes.h"
-#include "virtualboard/DesignData.h"
-#include "virtualboard/FrameMemory.h"
 
 namespace virtualboard::test {
 namespace {

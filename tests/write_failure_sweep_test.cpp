@@ -5,7 +5,7 @@
 #include <optional>
 #include <set>
 
-#include "params/Catalogue.h"
+#include "tables/Catalogue.h"
 #include "tests/AppletFixture.h"
 
 namespace marovine::test {

@@ -3,10 +3,10 @@
 #include <locale>
 #include <string>
 
-#include "params/Fg_ParameterInfo.h"
-#include "xml/Category.h"
-#include "xml/Filters.h"
-#include "xml/ParameterInfoBuilderXML.h"
+#include "description/Category.h"
+#include "description/Fg_ParameterInfo.h"
+#include "description/Filters.h"
+#include "description/ParameterInfoBuilderXML.h"
 
 namespace {
 

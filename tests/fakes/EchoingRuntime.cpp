@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "entry/marovine.h"
+#include "marovine/marovine.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <cstdlib>
 
-#include "entry/marovine.h"
+#include "marovine/marovine.h"
 
 extern "C" __attribute__((visibility("default"))) Fg_Struct* Fg_InitHandle(const char*, GXdevice*,
                                                                            fpga_design*) {

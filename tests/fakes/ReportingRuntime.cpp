@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "entry/marovine.h"
+#include "marovine/marovine.h"
 
 #pragma GCC visibility push(default)
 extern "C" Fg_Struct* Fg_InitHandleSlaveAware(const char*, GXdevice*, fpga_design*, int) {

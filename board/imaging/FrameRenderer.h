@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "board/imaging/FrameSequencer.h"
+#include "board/imaging/LineClock.h"
+#include "board/imaging/LineScanCamera.h"
+#include "board/imaging/Settings.h"
+#include "board/imaging/Stages.h"
+#include "board/imaging/TapSorter.h"
+
+namespace virtualboard::imaging {
+
+/// The whole image path: turns a picture's lines into 24-bit pixels (blue, green, red) in a caller's buffer.
+///
+/// Row by row, in this order:
+/// 1. source: the pattern generator (Enable_SelectSource 1) or the camera over the belt;
+/// 2. white balance, on Bayer data in the sensor's own coordinates: that is why its phase (White_BayerInit)
+/// is
+///    the one before window and mirroring. Gains count in steps of 1/1024;
+/// 3. tap geometry sorter and frame buffer window (see `LinePlan`);
+/// 4. de-Bayer on the window: EnableFast 1 takes the plain interpolation with phase BayerInit, 0 the enhanced
+///    one with the phase that Mode stands for. Beyond the picture's edges the pattern goes on with the rows
+///    and columns next to the edge (row -1 is row 1); a picture of one row or column repeats it;
+/// 5. lookup tables per colour.
+/// Settings hold for a whole picture. The renderer keeps only line buffers, so it costs no time to make one
+/// per acquisition; it is not thread-safe, the scene behind it may be shared.
+class FrameRenderer {
+ public:
+    FrameRenderer(std::shared_ptr<const SensorScene> scene, const Belt& belt);
+
+    /// Takes over new settings, from the next picture on.
+    void configure(const DesignSettings& settings);
+
+    const LineClock& clock() const { return clock_; }
+    std::uint32_t width() const { return plan_.width; }  ///< pixels per row
+    std::size_t rowBytes() const { return plan_.width * std::size_t{3}; }
+
+    /// Renders a picture; rows that do not fit into `out` are left out. Returns the rows written.
+    std::uint32_t render(const FramePosition& position, std::span<std::uint8_t> out);
+
+ private:
+    std::uint8_t* rawRow(std::uint32_t row) { return raw_[row % 3].data() + kMargin; }
+    void fetch(std::uint64_t sensorRow, std::uint8_t* line);
+    void balance(std::span<std::uint8_t> pixels, std::uint64_t sensorRow) const;
+
+    static constexpr std::size_t kMargin = 64;  // room for the pixel left of the line, keeps it aligned
+
+    std::shared_ptr<const SensorScene> scene_;
+    Belt belt_;
+    DesignSettings settings_;
+    LineClock clock_;
+    LinePlan plan_;
+    std::unique_ptr<LineSource> source_;
+    std::uint64_t rowsPerLine_ = 1;
+    std::uint16_t gains_[3] = {1024, 1024, 1024};  // blue, green, red
+    std::vector<std::uint8_t> sensor_, raw_[3], planes_[3];
+};
+
+}  // namespace virtualboard::imaging

@@ -1,0 +1,114 @@
+#include "board/imaging/TapSorter.h"
+
+#include <algorithm>
+#include <cassert>
+
+#include "board/imaging/Stages.h"
+
+namespace virtualboard::imaging {
+namespace {
+
+constexpr std::uint64_t kBlack = ~std::uint64_t{0};
+
+class Sorter {
+ public:
+    Sorter(const DesignSettings& settings, const CameraTraits& camera)
+        : settings_(settings), camera_(camera), tapWidth_(settings.tapWidth) {
+        const std::uint32_t slots = std::min(settings.tapCount, 10u);
+        taps_ = settings.dummyTaps != 0 ? slots - slots / 5 : slots;
+        const std::uint32_t lanes = settings.fullMode == 1 ? 10 : 8;
+        pixelsPerClock_ = slots <= 1 ? lanes : 10 / slots;
+    }
+
+    // The sensor pixel that comes out at a position of the sorted line, or kBlack.
+    std::uint64_t sensorPixel(std::uint64_t position) const {
+        if (tapWidth_ == 0 || position >= tapWidth_ * taps_) return kBlack;
+        const auto* slot =
+            std::find(settings_.tapOrder.begin(), settings_.tapOrder.begin() + taps_, position / tapWidth_);
+        const auto tap = static_cast<std::uint32_t>(slot - settings_.tapOrder.begin());
+        if (tap == taps_) return kBlack;
+        const bool mirrored = settings_.tapMirror[tap] != 0;
+        const std::uint64_t pixel = place(position % tapWidth_, tapWidth_, mirrored);
+        if (camera_.readout) return readOut(*camera_.readout, tap, pixel);
+        return tap * tapWidth_ + place(pixel, tapWidth_, mirrored != (settings_.translateVantagePoint != 0));
+    }
+
+ private:
+    static std::uint64_t place(std::uint64_t index, std::uint64_t width, bool reversed) {
+        return reversed ? width - 1 - index : index;
+    }
+
+    // Follows a pixel of the sorter's tap over the link's lanes back to the camera's tap.
+    std::uint64_t readOut(const TapReadout& readout, std::uint32_t tap, std::uint64_t pixel) const {
+        if (readout.taps == 0 || readout.taps > readout.fromFarEnd.size() || readout.pixelsPerClock == 0) {
+            return kBlack;
+        }
+        const std::uint64_t clock = pixel / pixelsPerClock_;
+        const std::uint64_t lane = tap * pixelsPerClock_ + pixel % pixelsPerClock_;
+        const std::uint64_t cameraTap = lane / readout.pixelsPerClock;
+        const std::uint64_t cameraPixel = clock * readout.pixelsPerClock + lane % readout.pixelsPerClock;
+        const std::uint64_t width = camera_.sensorWidth / readout.taps;
+        if (cameraTap >= readout.taps || cameraPixel >= width) return kBlack;
+        return cameraTap * width + place(cameraPixel, width, readout.fromFarEnd[cameraTap]);
+    }
+
+    const DesignSettings& settings_;
+    const CameraTraits& camera_;
+    std::uint64_t tapWidth_, pixelsPerClock_;
+    std::uint32_t taps_;
+};
+
+bool isRun(const std::vector<std::uint64_t>& pixels, std::uint64_t step) {
+    return std::ranges::adjacent_find(pixels, [&](auto a, auto b) { return b != a + step; }) == pixels.end();
+}
+
+}  // namespace
+
+LinePlan planLine(const DesignSettings& settings, const CameraTraits& camera) {
+    LinePlan plan;
+    plan.width = static_cast<std::uint32_t>(std::min<std::size_t>(settings.xLength, kMaxLine));
+    if (plan.width == 0) return plan;
+
+    const Sorter sorter(settings, camera);
+    std::vector<std::uint64_t> pixels(plan.width);
+    std::uint64_t lowest = kBlack, highest = 0;
+    for (std::uint32_t i = 0; i < plan.width; ++i) {
+        const std::uint64_t pixel = sorter.sensorPixel(std::uint64_t{settings.xOffset} + i);
+        pixels[i] = pixel < kMaxLine ? pixel : kBlack;
+        if (pixels[i] == kBlack) continue;
+        lowest = std::min(lowest, pixel);
+        highest = std::max(highest, pixel);
+    }
+    if (lowest != kBlack) {
+        plan.first = static_cast<std::uint32_t>(lowest);
+        plan.count = static_cast<std::uint32_t>(highest - lowest + 1);
+    }
+    if (plan.count == plan.width && isRun(pixels, 1)) return plan;
+    if (plan.count == plan.width && isRun(pixels, ~std::uint64_t{0})) {
+        plan.order = LinePlan::Order::Backward;
+        return plan;
+    }
+    plan.order = LinePlan::Order::Gather;
+    plan.gather.resize(plan.width);
+    std::ranges::transform(pixels, plan.gather.begin(), [&](std::uint64_t pixel) {
+        return static_cast<std::uint16_t>(pixel == kBlack ? plan.count : pixel - plan.first);
+    });
+    return plan;
+}
+
+void LinePlan::arrange(std::span<const std::uint8_t> sensor, std::span<std::uint8_t> line) const {
+    assert(sensor.size() == std::size_t{count} + 1 && line.size() == width);
+    switch (order) {
+        case Order::Forward:
+            std::copy_n(sensor.begin(), width, line.begin());
+            break;
+        case Order::Backward:
+            mirror(sensor.first(count), line);
+            break;
+        case Order::Gather:
+            for (std::uint32_t i = 0; i < width; ++i) line[i] = sensor[gather[i]];
+            break;
+    }
+}
+
+}  // namespace virtualboard::imaging

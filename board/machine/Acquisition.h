@@ -1,0 +1,154 @@
+#pragma once
+
+/// The acquisition side of a board: cuts the line stream into pictures and brings them into the host's ring.
+
+#include <algorithm>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string_view>
+#include <thread>
+
+#include "board/imaging/FrameRenderer.h"
+#include "board/imaging/FrameSequencer.h"
+#include "board/imaging/Settings.h"
+#include "board/lines/BoardClock.h"
+#include "board/lines/ImageTriggerInput.h"
+#include "board/lines/LineTimeline.h"
+#include "board/lines/SignalAnalyzers.h"
+#include "board/machine/FrameRing.h"
+#include "marovine/Image.h"
+
+namespace virtualboard {
+
+/// One acquisition at a time, with one thread that takes its pictures. When a picture is due it is queued, or
+/// lost when the ring has no room (see FrameMemory.h); the thread renders what is queued.
+///
+/// The board's lock guards all of it; the caller holds it. Functions that take the lock give it up while
+/// they wait.
+class Acquisition {
+ public:
+    using Lock = std::unique_lock<std::mutex>;
+    using FindSlot = std::function<Slot*(std::string_view)>;
+    using ReadSettings = std::function<imaging::DesignSettings()>;
+
+    Acquisition(std::mutex& mutex, BoardClock& clock, SignalAnalyzers& analyzers)
+        : mutex_(mutex), clock_(clock), analyzers_(analyzers) {}
+    Acquisition(const Acquisition&) = delete;
+    Acquisition& operator=(const Acquisition&) = delete;
+    ~Acquisition();
+
+    /// Takes the slots of a newly configured board and marks those that are live and those of the image
+    /// trigger. `readSettings` is asked whenever a slot that drives pictures changes. No acquisition may run.
+    void attach(const FindSlot& find, ReadSettings readSettings);
+
+    // ---- what stands around the board ----
+
+    /// A null scene is the built-in chart.
+    void setScene(std::shared_ptr<const imaging::Image> scene, std::uint32_t fieldWidth);
+    void setCamera(const imaging::CameraTraits& camera);
+    void setBelt(const imaging::Belt& belt);
+
+    // ---- the host's functions; results are those of the runtime, refusals are codes of Codes.h ----
+
+    /// Starts to take `pictures` pictures (-1: until stopped). `owner` is the handle that asks. Throws what
+    /// reading the settings throws.
+    int acquire(std::int64_t pictures, std::shared_ptr<FrameRing> ring, const void* owner);
+    int stop(Lock& lock, const dma_mem* memory);
+    std::int64_t lastPicture(const dma_mem* memory);
+    std::int64_t lastPictureBlocking(Lock& lock, std::int64_t picture, int timeout, const dma_mem* memory);
+    std::int64_t status(int parameter, std::int64_t data, const dma_mem* memory);
+
+    /// Ends what `owner` started, or whatever runs when it is null.
+    void end(Lock& lock, const void* owner);
+
+    // ---- the board's side ----
+
+    bool running() const { return running_; }
+    /// Queues what is due by now and brings the read-outs up to date.
+    void settle(BoardTime now);
+    /// Follows a change of a slot that drives pictures.
+    void changed(const Slot& slot, BoardTime now);
+    /// The clock was moved or changed its mode.
+    void clockChanged() { wake_.notify_all(); }
+
+ private:
+    /// What decides how a picture looks.
+    struct Snapshot {
+        imaging::DesignSettings settings;
+        std::shared_ptr<const imaging::SensorScene> scene;
+        imaging::Belt belt;
+    };
+    struct DuePicture {
+        imaging::FramePosition position;
+        std::shared_ptr<const Snapshot> taken;  ///< as things stood when it was complete
+    };
+
+    int check(const dma_mem* memory) const;
+    std::int64_t unread() const { return std::max<std::int64_t>(0, delivered_ - done_); }
+    /// Buffers that hold pictures which the host has not done with, or wait for one.
+    std::int64_t filled() const { return static_cast<std::int64_t>(due_.size()) + unread(); }
+    bool isComplete() const { return pictures_ >= 0 && accepted_ >= pictures_; }
+    std::optional<BoardTime> nextDue() const;
+    void accept(const imaging::FramePosition& position, std::uint64_t end);
+    template <typename Change>
+    void changeSurroundings(Change change);
+    void reconfigure(BoardTime now);
+    void updateReadOuts(BoardTime now);
+    void work();
+    void renderNext(Lock& lock);
+    bool skipToNext();
+    void waitForWork(Lock& lock);
+
+    std::mutex& mutex_;
+    BoardClock& clock_;
+    SignalAnalyzers& analyzers_;
+    std::condition_variable wake_;  ///< for all changes: waiters look for themselves
+
+    ReadSettings readSettings_;
+    ImageTriggerInput trigger_;
+    Slot* busy_ = nullptr;
+    Slot* overflowed_ = nullptr;
+    Slot* fillLevel_ = nullptr;
+    Slot* dmaStatus_ = nullptr;
+
+    std::shared_ptr<const imaging::Image> picture_;  ///< on the belt
+    std::uint32_t fieldWidth_ = 0;
+    imaging::CameraTraits camera_;
+    imaging::Belt belt_;
+    std::shared_ptr<const imaging::SensorScene> scene_;  ///< made when first needed
+    std::shared_ptr<const Snapshot> snapshot_;           ///< a new one for each change
+
+    // ---- the present acquisition, or the last one ----
+
+    std::shared_ptr<FrameRing> ring_;  ///< while it runs
+    std::weak_ptr<FrameRing> memory_;  ///< as long as the host has it
+    const void* owner_ = nullptr;
+    bool running_ = false;   ///< from acquire until the thread has ended
+    bool stopping_ = false;  ///< the thread shall end
+    bool failed_ = false;    ///< the thread had to give up
+    std::uint64_t run_ = 0;  ///< counts acquisitions
+    std::int64_t pictures_ = -1;
+    std::int64_t accepted_ = 0;   ///< pictures that found room
+    std::int64_t delivered_ = 0;  ///< finished pictures; the last one's number
+    std::int64_t lost_ = 0;
+    std::int64_t told_ = 0;                ///< the last number that the host was given
+    std::int64_t done_ = 0;                ///< up to here the host has done with pictures
+    std::multiset<std::int64_t> awaited_;  ///< pictures that threads of the host wait for
+    bool polled_ = false;                  ///< the host has asked since the last picture whether there is one
+    bool overflow_ = false;
+    bool active_ = false;  ///< the image trigger's level
+    LineTimeline timeline_;
+    imaging::FrameSequencer sequencer_;
+    std::deque<DuePicture> due_;                      ///< the first one is being rendered
+    std::optional<imaging::FrameRenderer> renderer_;  ///< the thread's own
+    std::shared_ptr<const Snapshot> rendered_;        ///< what the renderer is set up for
+    std::thread thread_;
+};
+
+}  // namespace virtualboard

@@ -1,0 +1,134 @@
+#pragma once
+
+/// The applet as a host uses it: opened on a board, its parameters set and read by name.
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <variant>
+#include <vector>
+
+#include "client/Failure.h"
+#include "client/Library.h"
+#include "client/Parameter.h"
+#include "client/Value.h"
+#include "marovine/Control.h"
+#include "marovine/marovine.h"
+
+namespace marovine::host {
+
+/// An event of the design and the mask under which a host waits for it.
+struct Event {
+    std::string name;
+    std::uint64_t mask = 0;
+};
+
+/// How an instance is opened and what it remembers.
+struct OpenOptions {
+    bool writeDefaults = true;   ///< false attaches to the design as it is (flag 1 of the entry point)
+    bool recordWrites = false;   ///< the board keeps a journal from the first write on
+    bool rememberSteps = false;  ///< keeps every accepted set and load, so that `twin` can repeat them
+};
+
+/// An applet instance on a virtual board of its own. Both end with the object. Codes of the applet arrive as
+/// `Refused`, names that it does not know as `UnknownName`.
+class Applet {
+ public:
+    explicit Applet(std::shared_ptr<const Library> library, OpenOptions options = {});
+    Applet(const Applet&) = delete;
+    Applet& operator=(const Applet&) = delete;
+
+    /// Another instance on another board in the same state: opened alike, then given every remembered step.
+    std::unique_ptr<Applet> twin() const;
+
+    const Library& library() const { return *library_; }
+    Fg_Struct* record() { return &instance_.record; }
+    GXdevice* device() { return slot_.device; }
+    virtualboard::Control& board() { return board_; }
+
+    // ---- what there is ----
+
+    /// Names of all parameters in list order; direct access parameters stand behind the SDK's.
+    const std::vector<std::string>& names() const { return names_; }
+    /// A parameter with its range and access as they are now.
+    Parameter parameter(std::string_view name) const;
+    /// The described parameters in display order.
+    std::vector<Parameter> tree() const;
+    /// The text that describes a parameter; empty when there is none.
+    std::string description(std::string_view name);
+    std::vector<Event> events();
+
+    // ---- values ----
+
+    Value get(std::string_view name);
+    /// Elements `first` to `first + count - 1` of a field.
+    Field getElements(std::string_view name, std::uint32_t first, std::uint32_t count);
+    /// Sets a parameter. A number of another type is converted if it keeps its value; `UnreadableValue` else.
+    void set(std::string_view name, const Value& value);
+    /// Sets a run of a field's elements.
+    void setElements(std::string_view name, std::uint32_t first, const Field& elements);
+
+    // ---- files ----
+
+    void save(const std::filesystem::path& file);
+    void load(const std::filesystem::path& file);
+    /// The XML description of all parameters.
+    std::string xml();
+
+ private:
+    struct SetStep {
+        std::string name;
+        Value value;
+        std::uint32_t firstElement;
+    };
+    struct LoadStep {
+        std::filesystem::path file;
+    };
+    using Step = std::variant<SetStep, LoadStep>;
+
+    struct Known {
+        std::int32_t id;
+        const RegisterInfo* node;  ///< null for the runtime's own parameters
+        std::string group;
+    };
+
+    /// A board in the machine, for as long as the object lives.
+    struct BoardSlot {
+        BoardSlot() : device(virtualboard::insertBoard()) {}
+        BoardSlot(const BoardSlot&) = delete;
+        BoardSlot& operator=(const BoardSlot&) = delete;
+        ~BoardSlot() { virtualboard::removeBoard(device); }
+        GXdevice* device;
+    };
+    /// The open instance.
+    struct Instance {
+        explicit Instance(const Library& opened) : library(opened) {}
+        Instance(const Instance&) = delete;
+        Instance& operator=(const Instance&) = delete;
+        ~Instance() {
+            if (record.instance != nullptr) library.freeGrabber(&record);
+        }
+        const Library& library;
+        Fg_Struct record{};
+    };
+
+    void readTree();
+    const Known& known(std::string_view name) const;
+    void remember(Step step);
+
+    std::shared_ptr<const Library> library_;
+    OpenOptions options_;
+    BoardSlot slot_;
+    virtualboard::Control board_;
+    Instance instance_;
+    std::vector<std::string> names_;
+    std::vector<std::string> displayOrder_;
+    std::unordered_map<std::string, Known> known_;
+    std::vector<Step> steps_;
+};
+
+}  // namespace marovine::host

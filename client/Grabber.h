@@ -1,0 +1,43 @@
+#pragma once
+
+/// Pictures through the applet's acquisition functions, as a host takes them.
+
+#include <cstdint>
+#include <string>
+
+#include "client/Client.h"
+#include "marovine/FrameMemory.h"
+#include "marovine/Image.h"
+
+namespace marovine::host {
+
+/// One acquisition, from its construction to its end. Codes of the applet arrive as `Refused`.
+class Grabber {
+ public:
+    /// Starts to take `pictures` pictures of the size that the applet is set to (-1: without end). Throws
+    /// `Failure` when there is no memory for such pictures.
+    explicit Grabber(Applet& applet, std::int64_t pictures = -1);
+    Grabber(const Grabber&) = delete;
+    Grabber& operator=(const Grabber&) = delete;
+    ~Grabber();
+
+    /// Whether the next picture comes within `seconds`; with 0 it must be there already.
+    bool comes(int seconds);
+    /// The picture that has come. It stays until the next one is waited for.
+    virtualboard::imaging::ImageView next();
+    /// Pictures that the board lost because this host was too slow.
+    std::int64_t lost();
+
+ private:
+    Applet& applet_;
+    virtualboard::FrameMemory memory_;
+    std::int64_t taken_ = 0;
+};
+
+/// The first picture that an applet takes as it is set, as fast as it can.
+virtualboard::imaging::Image firstPicture(Applet& applet);
+
+/// Why no picture comes, as far as the applet's parameters tell.
+std::string whyNoPicture(Applet& applet);
+
+}  // namespace marovine::host

@@ -1,0 +1,173 @@
+#include "client/Rehearsal.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace marovine::host {
+
+namespace {
+
+/// How far short of a limit a rounded value may stay, relative to the limit.
+constexpr long double kRounding = 1e-6L;
+/// Halvings that lead from the largest double to the smallest.
+constexpr int kHalvings = 2200;
+constexpr int kMostDigits = 17;
+
+bool isWhole(const Parameter& parameter) {
+    return parameter.kind != FG_KIND_DOUBLE;
+}
+
+/// A number rounded to some significant digits.
+double roundedTo(double number, int digits) {
+    std::array<char, 64> buffer{};
+    const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number,
+                                            std::chars_format::scientific, digits - 1);
+    double result = number;
+    if (error == std::errc{}) std::from_chars(buffer.data(), end, result);
+    return result;
+}
+
+/// Halves the way between an accepted and a refused number until nothing lies between them.
+template <class Accepts>
+long double lastAccepted(long double good, long double bad, long double step, const Accepts& accepts) {
+    for (int i = 0; i < kHalvings; ++i) {
+        long double middle = good + (bad - good) / 2;
+        if (step > 0) {
+            middle = good + std::trunc((bad - good) / 2 / step) * step;
+            // One step is left: it has not been tried when `bad` is no multiple.
+            if (middle == good) middle = bad > good ? good + step : good - step;
+            if (bad > good ? middle >= bad : middle <= bad) return good;
+        } else if (std::fabs(bad - good) <= std::fabs(good) * 1e-12L + 1e-15L) {
+            return good;
+        }
+        (accepts(middle) ? good : bad) = middle;
+    }
+    return good;
+}
+
+/// A number of few digits next to `number` that is accepted as well; `number` itself if there is none.
+template <class Accepts>
+long double shortened(long double number, const Accepts& accepts) {
+    for (int digits = 1; digits < kMostDigits; ++digits) {
+        const double rounded = roundedTo(static_cast<double>(number), digits);
+        if (std::fabs(rounded - number) <= std::fabs(number) * kRounding && accepts(rounded)) return rounded;
+    }
+    return number;
+}
+
+/// The distance of neighbouring values: 1 for whole numbers without step, 0 for doubles, which may take any
+/// value whatever step they state.
+long double stepOf(const Parameter& parameter) {
+    if (!isWhole(parameter)) return 0;
+    return parameter.hasStep() ? *numberOf(parameter.range->increment) : 1;
+}
+
+}  // namespace
+
+long double stepBelow(const Parameter& parameter, long double number) {
+    if (!parameter.hasStep()) return number;
+    const long double step = *numberOf(parameter.range->increment);
+    const long double minimum = *numberOf(parameter.range->minimum);
+    // Steps count from 0 where the minimum is a multiple itself, else from the minimum.
+    const long double origin = std::fmod(minimum, step) == 0 ? 0 : minimum;
+    return origin + std::floor((number - origin) / step) * step;
+}
+
+Rehearsal::Rehearsal(const Applet& original)
+    : original_(original), twin_(original.twin()), base_(*twin_, Snapshot::Scope::Settings) {}
+
+bool Rehearsal::set(const Setting& setting) {
+    try {
+        twin_->set(setting.parameter, setting.value);
+        return true;
+    } catch (const Failure&) {
+        return false;
+    }
+}
+
+int Rehearsal::codeOf(const Setting& setting) {
+    std::optional<Value> before;
+    try {
+        before = twin_->get(setting.parameter);
+    } catch (const Refused&) {
+        // Without a value to go back to, a new twin is the only way back.
+    }
+    try {
+        twin_->set(setting.parameter, setting.value);
+    } catch (const Refused& refusal) {
+        return refusal.code;
+    }
+    if (!before || !set({setting.parameter, *before})) reset();
+    return 0;
+}
+
+Value Rehearsal::limitTowards(const Parameter& parameter, const Value& accepted, const Value& refused) {
+    const Value own = parameter.emptyValue();
+    const auto acceptsNumber = [&](long double number) {
+        const auto value = valueLike(own, number);
+        return value && accepts({parameter.name, *value});
+    };
+    const long double good = *numberOf(accepted);
+    const auto largest = static_cast<long double>(std::numeric_limits<double>::max());
+    const long double bad = std::clamp(*numberOf(refused), -largest, largest);
+    const long double limit = lastAccepted(good, bad, stepOf(parameter), acceptsNumber);
+    return *valueLike(own, isWhole(parameter) ? limit : shortened(limit, acceptsNumber));
+}
+
+bool Rehearsal::trueAfter(const Setting& setting, const std::function<bool()>& condition) {
+    return set(setting) && condition();
+}
+
+std::vector<Cause> Rehearsal::causesAgainst(const std::string& parameter,
+                                            const std::function<bool()>& condition) {
+    std::vector<Cause> causes;
+    for (const auto& other : base_.states()) {
+        if (other.parameter.name == parameter || !other.value) continue;
+        if (auto cause = causeIn(other, condition)) causes.push_back(std::move(*cause));
+        set({other.parameter.name, *other.value});
+        restore();
+    }
+    return causes;
+}
+
+std::optional<Cause> Rehearsal::causeIn(const ParameterState& other, const std::function<bool()>& condition) {
+    const Parameter& parameter = other.parameter;
+    Cause cause{.parameter = parameter.name, .value = parameter.textOf(*other.value), .remedies = {}};
+    if (parameter.kind == FG_KIND_ENUMERATION) {
+        for (const auto& entry : parameter.entries)
+            if (Value(entry.value) != *other.value && trueAfter({parameter.name, entry.value}, condition))
+                cause.remedies.push_back(entry.constantName);
+    } else if (parameter.range) {
+        for (const Value& end : {parameter.range->minimum, parameter.range->maximum}) {
+            if (end == *other.value || !trueAfter({parameter.name, end}, condition)) continue;
+            refine(other, *numberOf(end), condition, cause);
+            break;
+        }
+    }
+    if (cause.remedies.empty()) return std::nullopt;
+    return cause;
+}
+
+void Rehearsal::refine(const ParameterState& other, long double good, const std::function<bool()>& condition,
+                       Cause& cause) {
+    const Parameter& parameter = other.parameter;
+    const auto holdsFor = [&](long double number) {
+        const auto value = valueLike(*other.value, number);
+        return value && trueAfter({parameter.name, *value}, condition);
+    };
+    const long double now = *numberOf(*other.value);
+    long double nearest = lastAccepted(good, now, stepOf(parameter), holdsFor);
+    if (!isWhole(parameter)) nearest = shortened(nearest, holdsFor);
+    cause.remedies.push_back(textOf(*valueLike(*other.value, nearest)));
+    cause.direction = good > now ? Cause::Direction::OrMore : Cause::Direction::OrLess;
+}
+
+void Rehearsal::restore() {
+    if (!changesBetween(base_, Snapshot(*twin_, Snapshot::Scope::Settings)).empty()) reset();
+}
+
+}  // namespace marovine::host

@@ -1,0 +1,83 @@
+#include "command/Session.h"
+
+#include <charconv>
+
+#include "client/ConfigCheck.h"
+
+namespace marovine::host {
+
+SettingText parseName(std::string_view text) {
+    SettingText result{.name = std::string(text), .firstElement = {}, .value = {}};
+    const auto bracket = text.find('[');
+    if (bracket == std::string_view::npos) return result;
+    std::uint32_t index = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data() + bracket + 1, end, index);
+    if (error != std::errc{} || stop + 1 != end || *stop != ']')
+        throw UsageError(std::string(text) + ": write NAME[INDEX] with a whole number as index");
+    result.firstElement = index;
+    result.name.erase(bracket);
+    return result;
+}
+
+SettingText parseSetting(std::string_view text) {
+    const auto split = text.find('=');
+    if (split == std::string_view::npos || split == 0)
+        throw UsageError(std::string(text) + " is no setting; write NAME=VALUE");
+    SettingText setting = parseName(text.substr(0, split));
+    setting.value = text.substr(split + 1);
+    return setting;
+}
+
+const Console& Session::console() {
+    if (!console_)
+        console_.emplace(options.colour == "always"  ? Colour::Always
+                         : options.colour == "never" ? Colour::Never
+                                                     : Colour::Auto);
+    return *console_;
+}
+
+std::shared_ptr<const Library> Session::library() {
+    if (!library_) {
+        if (options.logLevel) switchLogOn(*options.logLevel, options.library);
+        library_ = Library::load(options.library);
+    }
+    return library_;
+}
+
+Applet& Session::applet() {
+    if (applet_) return *applet_;
+    applet_ = std::make_unique<Applet>(
+        library(),
+        OpenOptions{.writeDefaults = !options.attach, .recordWrites = false, .rememberSteps = true});
+    if (!options.config.empty()) loadConfiguration(*applet_, options.config);
+    for (const auto& text : options.settings) apply(parseSetting(text));
+    return *applet_;
+}
+
+Parameter Session::apply(const SettingText& setting) {
+    Applet& open = applet();
+    const Parameter parameter = open.parameter(setting.name);
+    const Value value = parameter.parse(setting.value);
+    if (!setting.firstElement) {
+        open.set(parameter.name, value);
+    } else if (const auto* elements = std::get_if<Field>(&value)) {
+        open.setElements(parameter.name, *setting.firstElement, *elements);
+    } else {
+        throw UsageError(parameter.name + " has no elements; write " + parameter.name + "=VALUE");
+    }
+    return open.parameter(setting.name);
+}
+
+std::optional<Explanation> explained(Session& session, const Refused& refusal) {
+    if (!session.isOpen() || refusal.parameter.empty() || refusal.value.empty()) return std::nullopt;
+    try {
+        Applet& applet = session.applet();
+        const Value value = applet.parameter(refusal.parameter).parse(refusal.value);
+        return explain(applet, {refusal.parameter, value}, refusal.code);
+    } catch (const Failure&) {
+        return std::nullopt;  // the refusal itself stays to be told
+    }
+}
+
+}  // namespace marovine::host

@@ -1,0 +1,246 @@
+#include "files/Fg_ConfigFileParser.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "base/ErrorCodes.h"
+#include "base/Fg_Log.h"
+#include "files/ConfigLine.h"
+
+using marovine::LineReader;
+
+namespace {
+
+int refuse(char* destination) {
+    marovine::copyText(marovine::MissingText, destination);
+    return marovine::error::keyMissing;
+}
+
+/// Reads on to the line that holds the key.
+std::optional<std::string_view> findLine(LineReader& reader, std::string_view section, std::string_view key) {
+    const auto nextLine = [&reader](auto matches) {
+        auto line = reader.next();
+        while (line && !matches(*line)) line = reader.next();
+        return line;
+    };
+    reader.rewind();
+    if (!nextLine([&](std::string_view line) { return line.find(section) != line.npos; }))
+        return std::nullopt;
+    return nextLine([&](std::string_view line) {
+        return line.starts_with(key) && line.substr(key.size()).starts_with('=');
+    });
+}
+
+}  // namespace
+
+Fg_ConfigFileParser::Fg_ConfigFileParser(Fg_Log* log, const char* fileName, bool readOnly) : log_(log) {
+    logEntry(__func__);
+    if (checkFileType(fileName) && checkFileExist(fileName)) {
+        file_.reset(std::fopen(fileName, readOnly ? "r" : "r+"));
+    }
+}
+
+bool Fg_ConfigFileParser::setSaveFile(const char* path) {
+    logEntry(__func__);
+    if (!checkFileType(path)) {
+        logError("Config File is Invalid");
+        return false;
+    }
+    index_.reset();
+    file_.reset();  // first, so that nothing of it is flushed into the same file emptied
+    file_.reset(std::fopen(path, "w"));
+    if (!file_) {
+        logError("Config File: fopen failed");
+        return false;
+    }
+    logInfo("Config File is valid");
+    return true;
+}
+
+bool Fg_ConfigFileParser::checkFileType(const char* path) const {
+    logEntry(__func__);
+    const bool matches = path != nullptr && std::strstr(path, ".mcf") != nullptr;
+    logInfo(matches ? "File type ok" : "File type not ok");
+    return matches;
+}
+
+bool Fg_ConfigFileParser::checkFileExist(const char* path) const {
+    logEntry(__func__);
+    const bool exists = marovine::isReadableFile(path);
+    logInfo(exists ? "Config File exist" : "Config File don't exist");
+    return exists;
+}
+
+int Fg_ConfigFileParser::writeConfigFileHeader() {
+    logEntry(__func__);
+    return write({CameraSectionText, ConfigFileVersionText});
+}
+
+int Fg_ConfigFileParser::writeConfigFilePortA() {
+    return writeConfigFileByPort(0);
+}
+
+int Fg_ConfigFileParser::writeConfigFilePortB() {
+    return writeConfigFileByPort(1);
+}
+
+int Fg_ConfigFileParser::writeConfigFileByPort(int port) {
+    logEntry(__func__);
+    return write({"\n", getPortString(port).c_str(), "\n"});
+}
+
+int Fg_ConfigFileParser::writeConfigFile(const char* key, const char* value) {
+    logEntry(__func__);
+    return write({key, "='", value, "';\n"});
+}
+
+int Fg_ConfigFileParser::writeConfigFileValue(const char* key, const char* value) {
+    logEntry(__func__);
+    return write({key, "=", value, ";\n"});
+}
+
+int Fg_ConfigFileParser::writeConfigFileIntKey(const char* key, int value) {
+    return writeConfigFileValue(key, std::to_string(value).c_str());
+}
+
+int Fg_ConfigFileParser::writeConfigFileUInt64Key(const char* key, unsigned long value) {
+    return writeConfigFileValue(key, std::to_string(value).c_str());
+}
+
+int Fg_ConfigFileParser::writeConfigFileInt64Key(const char* key, long value) {
+    return writeConfigFileValue(key, std::to_string(value).c_str());
+}
+
+int Fg_ConfigFileParser::writeConfigFileDoubleKey(const char* key, double value) {
+    return writeConfigFileValue(key, marovine::generalText(value).c_str());
+}
+
+std::string Fg_ConfigFileParser::getPortString(int port) {
+    return std::string("[Port ") + static_cast<char>(static_cast<unsigned>(port) + 'A') + ']';
+}
+
+int Fg_ConfigFileParser::parseKey(const char* section, const char* key, char* destination) {
+    logEntry(__func__);
+    if (section == nullptr || key == nullptr || !file_) return refuse(destination);
+    if (!index_) index_ = std::make_unique<marovine::ConfigFileIndex>(file_.get());
+    LineReader reader(file_.get());
+    std::optional<std::string_view> line;
+    if (!index_->answers(key)) {
+        line = findLine(reader, section, key);
+    } else if (const auto number = index_->find(section, key)) {
+        line = index_->lines()[*number];
+    }
+    if (!line) return refuse(destination);
+    marovine::copyText(marovine::valueIn(*line), destination);
+    return 0;
+}
+
+int Fg_ConfigFileParser::parseKeyFromLine(const char* needle, char* destination) {
+    logEntry(__func__);
+    if (needle == nullptr) return refuse(destination);
+    LineReader reader(file_.get());
+    reader.rewind();
+    while (const auto line = reader.next()) {
+        const auto value = marovine::headerValueIn(*line, needle);
+        if (!value) continue;
+        marovine::copyText(*value, destination);
+        return 0;
+    }
+    return refuse(destination);
+}
+
+template <typename Value>
+int Fg_ConfigFileParser::parseNumber(const char* section, const char* key, Value* value,
+                                     int (*convert)(const char*, Value*)) {
+    std::array<char, marovine::LineSize> text;
+    parseKey(section, key, text.data());
+    // The text decides, not the code: a value that says "Error" counts as missing.
+    if (std::strstr(text.data(), marovine::MissingText.data()) != nullptr) return -1;
+    return convert(text.data(), value);
+}
+
+int Fg_ConfigFileParser::parseIntKey(const char* section, const char* key, int* value) {
+    return parseNumber(section, key, value, getIntValue);
+}
+
+int Fg_ConfigFileParser::parseUInt64Key(const char* section, const char* key, unsigned long* value) {
+    return parseNumber(section, key, value, getUInt64Value);
+}
+
+int Fg_ConfigFileParser::parseInt64Key(const char* section, const char* key, long* value) {
+    return parseNumber(section, key, value, getInt64Value);
+}
+
+int Fg_ConfigFileParser::parseDoubleKey(const char* section, const char* key, double* value) {
+    return parseNumber(section, key, value, getDoubleValue);
+}
+
+int Fg_ConfigFileParser::parseKeySection(int port, const char* key, char* destination) {
+    return key == nullptr ? -1 : parseKey(getPortString(port).c_str(), key, destination);
+}
+
+int Fg_ConfigFileParser::parseIntKeySection(int port, const char* key, int* value) {
+    return parseIntKey(getPortString(port).c_str(), key, value);
+}
+
+int Fg_ConfigFileParser::parseUInt64KeySection(int port, const char* key, unsigned long* value) {
+    return parseUInt64Key(getPortString(port).c_str(), key, value);
+}
+
+int Fg_ConfigFileParser::parseInt64KeySection(int port, const char* key, long* value) {
+    return parseInt64Key(getPortString(port).c_str(), key, value);
+}
+
+int Fg_ConfigFileParser::parseDoubleKeySection(int port, const char* key, double* value) {
+    return parseDoubleKey(getPortString(port).c_str(), key, value);
+}
+
+int Fg_ConfigFileParser::parseIntKeyFromHeader(const char* key, int* value) {
+    return parseIntKey(CameraSectionText, key, value);
+}
+
+int Fg_ConfigFileParser::getIntValue(const char* text, int* value) {
+    *value = static_cast<int>(std::strtol(text, nullptr, 10));
+    return 0;
+}
+
+int Fg_ConfigFileParser::getUInt64Value(const char* text, unsigned long* value) {
+    char* end = nullptr;
+    const unsigned long number = std::strtoul(text, &end, 10);
+    if (end != text) *value = number;
+    return 0;
+}
+
+int Fg_ConfigFileParser::getInt64Value(const char* text, long* value) {
+    char* end = nullptr;
+    const long number = std::strtol(text, &end, 0);
+    if (end != text) *value = number;
+    return 0;
+}
+
+int Fg_ConfigFileParser::getDoubleValue(const char* text, double* value) {
+    *value = marovine::doubleFromText(text);
+    return 0;
+}
+
+int Fg_ConfigFileParser::write(std::initializer_list<const char*> texts) {
+    if (!file_ || std::find(texts.begin(), texts.end(), nullptr) != texts.end()) return -1;
+    index_.reset();
+    for (const char* text : texts) std::fputs(text, file_.get());
+    return std::fflush(file_.get()) == 0 && std::ferror(file_.get()) == 0 ? 0 : -1;
+}
+
+void Fg_ConfigFileParser::logError(const char* message) const {
+    if (log_ != nullptr) log_->Error(message);
+}
+
+void Fg_ConfigFileParser::logInfo(const char* message) const {
+    if (log_ != nullptr) log_->Info(message);
+}
+
+void Fg_ConfigFileParser::logEntry(const char* member) const {
+    if (log_ != nullptr) log_->Func((std::string("Fg_ConfigFileParser::") + member).c_str());
+}

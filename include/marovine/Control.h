@@ -1,0 +1,133 @@
+#pragma once
+
+/// The control interface of the virtual board: what a developer can see and do that a real board does not
+/// offer. It watches writes, reads and forces design values, injects faults and sets the read-outs.
+///
+/// Names are full names: "Device1_Process0_Trigger_Trigger_ExsyncPeriod" for a parameter of the design,
+/// "FG_TIMEOUT" (600), "FG_CAMSTATUS_EXTENDED" (2050) and so on for the runtime's own parameters.
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "marovine/ClockMode.h"
+#include "marovine/Image.h"
+#include "marovine/World.h"
+#include "marovine/marovine.h"
+
+#pragma GCC visibility push(default)
+
+namespace virtualboard {
+
+/// A value of a design parameter in the parameter's own type; a field is the vector of its elements.
+using Value = std::variant<std::uint32_t, std::int32_t, std::int64_t, std::uint64_t, double, std::string,
+                           std::vector<std::uint32_t>>;
+
+/// One write that reached the runtime, accepted or refused.
+struct Write {
+    std::string name;              ///< full name of the parameter
+    int id = 0;                    ///< the runtime's id
+    FgParamTypes type{};           ///< the type code of the call
+    Value value;                   ///< what was written; for a field the elements of this write
+    std::uint32_t firstIndex = 0;  ///< first element of a field write, else 0
+    int result = 0;                ///< what the runtime answered: 0 or a negative code
+};
+
+/// Puts a new board into the machine; it holds no design yet. Boards are independent of each other.
+GXdevice* insertBoard();
+/// Takes a board out and ends its acquisition. No applet may still be open on it.
+void removeBoard(GXdevice* board);
+
+/// Handle to one board's control interface; copies refer to the same board. Thread-safe. Every function
+/// throws `std::invalid_argument` when the board is not (or no longer) in the machine.
+class Control {
+ public:
+    explicit Control(GXdevice* board);
+
+    // ---- journal of writes ----
+
+    /// Starts (or stops) keeping a journal of writes; a stopped journal costs a write nothing.
+    void recordWrites(bool on);
+    /// The journal so far, oldest first; empties it.
+    std::vector<Write> takeWrites();
+    /// Calls `watcher` at each write after it was carried out; an empty function ends that.
+    void watchWrites(std::function<void(const Write&)> watcher);
+
+    // ---- values ----
+
+    /// Value of a parameter; throws `std::out_of_range` naming it when the design has none of that name.
+    Value value(std::string_view name) const;
+    /// Sets a value past all range checks, the journal and the faults: also how read-outs such as
+    /// temperature, fill level or input levels are set. A forced read-out of an analyzer stays until the
+    /// analyzers are cleared, one that follows the acquisition until the board is opened anew. Throws
+    /// `std::out_of_range` for an unknown name and `std::invalid_argument` for a text, a field or a number
+    /// where the parameter is of another sort.
+    void force(std::string_view name, const Value& value);
+    /// Names of all parameters of the design, in the design's order.
+    std::vector<std::string> parameterNames() const;
+
+    // ---- faults ----
+
+    /// Makes every write of one parameter fail with `code` (0 ends that). Throws `std::out_of_range` for a
+    /// name that the design lacks; a board without design takes any name and heeds it once it has one.
+    void refuseWrites(std::string_view name, int code);
+    /// Makes every read of one parameter fail with `code` (0 ends that).
+    void refuseReads(std::string_view name, int code);
+    /// Makes the n-th write from now (1 is the next one), whatever its parameter, fail once with `code`.
+    void refuseNthWrite(unsigned n, int code);
+    /// Makes the n-th read from now fail once with `code`.
+    void refuseNthRead(unsigned n, int code);
+    /// Ends all faults of this board.
+    void clearFaults();
+
+    // ---- the board's clock ----
+
+    /// How the clock runs; in real time at first. Lines, pictures, pulse counts and periods follow this
+    /// clock.
+    void setClockMode(ClockMode mode);
+    /// Stops the board's clock, so that it moves only with `advanceClock`; false lets it run on.
+    void setClockManual(bool manual = true) {
+        setClockMode(manual ? ClockMode::Manual : ClockMode::RealTime);
+    }
+    /// Moves the clock forward by 0 to 1e9 seconds; throws `std::invalid_argument` for anything else. After
+    /// 4e9 seconds in all further steps move it no more.
+    void advanceClock(double seconds);
+
+    // ---- what stands around the board; a running acquisition follows from its next picture on ----
+
+    /// What lies on the belt, endlessly repeated. `fieldWidth` is the number of sensor pixels over which the
+    /// optics spread it; 0 shows one scene pixel per sensor pixel. Throws `std::invalid_argument` for a field
+    /// of more than 65536 pixels in width or 2^28 in all.
+    void setScene(const imaging::Image& scene, std::uint32_t fieldWidth = 0);
+    /// Lays the built-in chart on the belt, as at first.
+    void showTestChart();
+    /// The belt's speed, the pixel pitch on it and the encoder on its drive.
+    void setBelt(const imaging::Belt& belt);
+    /// The camera.
+    void setCamera(const imaging::CameraTraits& camera);
+    /// The level at an input: 0 to 7 are the inputs, 8 to 11 the front inputs. An image trigger that listens
+    /// to it takes a rising edge (a falling one where it is low active) as a trigger, and the level as a
+    /// gate. Throws `std::invalid_argument` for another input.
+    void setInput(unsigned input, bool high);
+
+    // ---- how the next opening behaves, on whichever board of this process ----
+
+    /// The design runtime refuses to load any design.
+    void refuseDesign(bool on);
+    /// The host runtime opens no handle and reports `code` as its last error (`on` false ends that).
+    void refuseHandle(bool on, int code = 0);
+    /// Designs loaded from now on lack this parameter, event or register.
+    void hide(std::string_view name);
+    /// Ends `refuseDesign`, `refuseHandle` and `hide`.
+    void clearOpeningFaults();
+
+ private:
+    GXdevice* board_;
+};
+
+}  // namespace virtualboard
+
+#pragma GCC visibility pop

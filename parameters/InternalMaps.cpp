@@ -1,0 +1,111 @@
+/// What an instance looks up once when it is opened: the names of the pseudo-parameters, the events, and the
+/// ids of the design parameters.
+
+#include <deque>
+#include <string_view>
+#include <unordered_map>
+
+#include "base/LogLine.h"
+#include "base/TrueWord.h"
+#include "parameters/FgGxWrapperImpl.h"
+#include "tables/EventTable.h"
+
+using marovine::kDesignIdBase;
+using marovine::kRegisterIdBase;
+using tavr::templates::platform::PropertiesFile;
+
+namespace {
+
+/// Whether a node of the inner handle's tree describes a single value.
+bool isScalar(const RegisterInfo& node) {
+    switch (node.kind) {
+        case FG_KIND_UINT32:
+        case FG_KIND_ENUMERATION:
+        case FG_KIND_TEXT:
+        case FG_KIND_DOUBLE:
+        case FG_KIND_UINT64:
+        case FG_KIND_INT32:
+        case FG_KIND_INT64:
+            return true;
+        default:
+            return false;
+    }
+}
+
+/// One more than the bits of a mask: a design that has this many events is not searched further.
+constexpr int kEventSearchLimit = 65;
+
+}  // namespace
+
+void FgGxWrapperImpl::initInternalMaps() {
+    if (marovine::isSwitchedOnByEnvironment("TAVR_ENABLE_DGXA")) recordScalarDesignParameters();
+    if (directRegisterAccess) addRegisterNames();
+    addDesignNames();
+    buildEventMaps();
+}
+
+void FgGxWrapperImpl::recordScalarDesignParameters() {
+    std::deque<const RegisterInfo*> queue{getUnwrappedParameterInfo()};
+    for (; !queue.empty(); queue.pop_front()) {
+        const RegisterInfo* group = queue.front();
+        if (group == nullptr || group->kind != FG_KIND_GROUP) continue;
+        for (int i = 0; i < group->value.group.childCount; ++i) {
+            const RegisterInfo* child = group->value.group.children[i];
+            if (isScalar(*child) && child->name != nullptr)
+                properties_.setProperty(PropertiesFile::key(propertiesSection_, child->name), "On");
+            else if (child->kind == FG_KIND_GROUP)
+                queue.push_back(child);
+        }
+        queue.push_back(group->next);
+    }
+}
+
+void FgGxWrapperImpl::addRegisterNames() {
+    const int count = HapGetNrOfRegister(designHandle());
+    for (int number = 1; number <= count; ++number) {
+        const char* name = HapGetRegisterName(designHandle(), number);
+        if (name == nullptr) continue;
+        names_.addRegister(std::string("DRA_") + name,
+                           HapGetRegisterByName(designHandle(), name) + kRegisterIdBase);
+    }
+}
+
+void FgGxWrapperImpl::addDesignNames() {
+    for (const auto& name : properties_.getSectionPropertyNames(propertiesSection_)) {
+        if (!marovine::isTrueWord(properties_.getProperty(PropertiesFile::key(propertiesSection_, name))))
+            continue;
+        const int innerId = getParameterIdByName(name.c_str());
+        if (innerId != 0) names_.addDesignParameter("DGXA_" + name, innerId + kDesignIdBase);
+    }
+}
+
+void FgGxWrapperImpl::buildEventMaps() {
+    // The first event of a name counts.
+    std::unordered_map<std::string_view, std::uint64_t> masks;
+    for (int number = 0; number < kEventSearchLimit; ++number) {
+        const HapEvent* event = HapGetEvent(designHandle(), number);
+        if (event == nullptr) break;
+        if (event->name == nullptr) continue;
+        const std::uint64_t mask = number < 64 ? std::uint64_t{1} << number : 0;
+        masks.try_emplace(event->name, mask);
+        if (event->kind == 1) events_.enter(event->name, mask);
+    }
+    for (const auto& [sdkName, designName] : marovine::sdkEvents) {
+        const auto found = masks.find(designName);
+        if (found != masks.end())
+            events_.enter(sdkName, found->second);
+        else
+            marovine::logLine(*getDefaultLogger(), marovine::kLogLookup,
+                              "cannot retrieve event id for internal event: '", designName, "'");
+    }
+}
+
+void FgGxWrapperImpl::retrieveIds() {
+    for (std::size_t slot = 0; slot < marovine::designParameterCount; ++slot) {
+        const char* name = marovine::designParameterNames[slot];
+        designIds_[slot] = getParameterIdByName(name);
+        if (designIds_[slot] < 1)
+            marovine::logLine(*getDefaultLogger(), marovine::kLogLookup,
+                              "cannot retrieve GX id for GX parameter: '", name, "'");
+    }
+}

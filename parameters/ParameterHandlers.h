@@ -1,0 +1,73 @@
+#pragma once
+
+/// What serves each SDK parameter: its setter, where a read comes from, and its field in the cache.
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <variant>
+
+#include "parameters/FgGxWrapperImpl.h"
+#include "parameters/ParameterCache.h"
+#include "tables/SdkParameterTable.h"
+
+namespace marovine {
+
+// ---- how a parameter is set ----
+
+struct ReadOnly {};
+/// A table of values is set by the element or by the block.
+struct FieldSetters {
+    void (FgGxWrapperImpl::*element)(const FieldParameterInt_s*, bool);
+    void (FgGxWrapperImpl::*block)(const FieldParameterAccess*, bool);
+};
+template <class T>
+using Setter = void (FgGxWrapperImpl::*)(T, bool);
+using SetHandler = std::variant<ReadOnly, Setter<int>, Setter<unsigned int>, Setter<double>,
+                                Setter<unsigned long>, Setter<const char*>, FieldSetters>;
+
+// ---- where its value is kept ----
+
+template <class T>
+using CacheField = T& (*)(ParameterCache&);
+/// The cache field that a setter stores to and a configuration load fills; none for what is only read.
+using CacheSlot =
+    std::variant<std::monostate, CacheField<std::int32_t>, CacheField<std::uint32_t>, CacheField<double>,
+                 CacheField<std::uint64_t>, CacheField<std::string>, CacheField<LookupTable>>;
+
+// ---- how it is read ----
+
+struct FromCache {};  ///< the parameter's cache field
+struct FromApplied {  ///< the value that the design was last given successfully
+    CacheField<std::int32_t> field;
+};
+struct Constant {
+    std::int32_t value;
+};
+struct Forwarded {};    ///< the inner handle answers, with the caller's own arguments
+struct InnerHandle {};  ///< the inner handle answers on DMA channel 0 as unsigned 32-bit
+struct FixedText {
+    const char* text;
+};
+struct FieldCache {};  ///< a run of elements, or one, of a cached table
+template <class T>
+using Getter = void (FgGxWrapperImpl::*)(T*);
+using GetHandler = std::variant<FromCache, FromApplied, Constant, Forwarded, InnerHandle, FixedText,
+                                FieldCache, Getter<std::int32_t>, Getter<std::uint32_t>, Getter<std::int64_t>,
+                                Getter<std::uint64_t>, Getter<double>, Getter<char>>;
+
+/// One row per SDK parameter, in list order.
+struct ParameterHandlers {
+    const char* name;
+    SetHandler set;
+    GetHandler get;
+    CacheSlot slot;
+};
+
+extern const std::span<const ParameterHandlers, sdkParameterCount> parameterHandlers;
+
+/// The design file's name, as the runtime and `FG_HAP_FILE` know it.
+inline constexpr const char* kHapFile = "Marovine.hap";
+
+}  // namespace marovine

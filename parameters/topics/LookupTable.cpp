@@ -1,0 +1,225 @@
+/// The three lookup tables: computed from the processing parameters, loaded from a file, or set one by one.
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "files/Fg_LutFileParser.h"
+#include "parameters/FgGxWrapperImpl.h"
+#include "tables/Catalogue.h"
+
+namespace error = marovine::error;
+using marovine::applySetting;
+using marovine::constant;
+using marovine::DesignParameter;
+using marovine::designParameter;
+using marovine::entriesOf;
+using marovine::kAccessReadOnly;
+using marovine::kAccessReadWrite;
+using marovine::kLutEntries;
+using marovine::leavingErrors;
+using marovine::limits;
+using marovine::LookupTable;
+using marovine::LookupTableSettings;
+using marovine::LutChannel;
+using marovine::sdkId;
+
+namespace {
+
+/// A table in the cache and in the design.
+struct Channel {
+    LookupTable LookupTableSettings::*table;
+    DesignParameter parameter;
+};
+/// In the order of `LutChannel`.
+constexpr std::array<Channel, 3> kChannels{{
+    {&LookupTableSettings::red, designParameter("LookupTable_R_LUTcontent")},
+    {&LookupTableSettings::green, designParameter("LookupTable_G_LUTcontent")},
+    {&LookupTableSettings::blue, designParameter("LookupTable_B_LUTcontent")},
+}};
+
+constexpr const Channel& channelOf(LutChannel channel) {
+    return kChannels[static_cast<std::size_t>(channel)];
+}
+
+/// Largest entry, and largest input, of 8 bits.
+constexpr int kMaximum = 255;
+/// Where values are cut before they become entries.
+constexpr double kCeiling = 256.0;
+
+/// `std::pow` without its cost for the exponent 1, which gamma has unless somebody asks for a curve.
+double power(double base, double exponent) {
+    return exponent == 1.0 ? base : std::pow(base, exponent);
+}
+
+/// What the processing parameters make of each input.
+LookupTable processedTable(const LookupTableSettings& settings) {
+    const double exponent = 1.0 / settings.gamma;
+    const bool invert = settings.invert == constant("FG_ON");
+    LookupTable table{};
+    for (std::size_t input = 0; input < kLutEntries; ++input) {
+        const double base = (static_cast<double>(input) / double{kMaximum} + settings.offset) * settings.gain;
+        const double value = base < 0.0 ? 0.0 : power(base, exponent) * double{kMaximum} + 0.5;
+        // A processing parameter that is not a number gives 0, inverted or not.
+        if (std::isnan(value)) continue;
+        // Limited before the conversion, which is undefined for what no integer can hold.
+        const int entry = static_cast<int>(std::isinf(value) ? kCeiling : std::min(value, kCeiling));
+        table[input] = static_cast<std::uint32_t>(std::clamp(invert ? kMaximum - entry : entry, 0, kMaximum));
+    }
+    return table;
+}
+
+/// The record in which the design takes a whole table.
+FieldParameterAccess wholeTable(LookupTable& table) {
+    return {.type = FG_TYPE_UINT32, .start = 0, .count = kLutEntries, .values = table.data()};
+}
+
+/// The record in which a file takes or gives a channel.
+LookupTable_s fileRecord(LutChannel channel, std::int32_t* values) {
+    return {.values = values,
+            .id = static_cast<std::int32_t>(channel),
+            .nrOfElements = kLutEntries,
+            .format = 0,
+            .number = false};
+}
+LookupTable_s fileRecord(LutChannel channel, LookupTable& table) {
+    return fileRecord(channel, reinterpret_cast<std::int32_t*>(table.data()));
+}
+
+}  // namespace
+
+// ---- whole tables ----
+
+/// Fills the cached tables and writes them all; the old ones return to the cache when a step fails.
+template <class Fill>
+void FgGxWrapperImpl::replaceTables(Fill&& fill) {
+    auto& lut = cache_.lookupTable;
+    marovine::Restore red(lut.red);
+    marovine::Restore green(lut.green);
+    marovine::Restore blue(lut.blue);
+    fill();
+    for (const auto& [table, parameter] : kChannels) design().write(parameter, wholeTable(lut.*table));
+    red.confirm();
+    green.confirm();
+    blue.confirm();
+}
+
+void FgGxWrapperImpl::updateLutProcessing_P0() {
+    auto& lut = cache_.lookupTable;
+    if (lut.type != constant("LUT_TYPE_PROCESSING")) return;
+    replaceTables([&] { lut.red = lut.green = lut.blue = processedTable(lut); });
+}
+
+void FgGxWrapperImpl::loadCustomTables() {
+    auto& lut = cache_.lookupTable;
+    if (lut.customFile.empty()) return;
+    Fg_LutFileParser parser;
+    if (!parser.checkFileExist(lut.customFile.c_str())) throw error::fileNotFound;
+    using Record = marovine::OwnedTable<LookupTable_s>;
+    Record red(fileRecord(LutChannel::Red, nullptr));
+    Record green(fileRecord(LutChannel::Green, nullptr));
+    Record blue(fileRecord(LutChannel::Blue, nullptr));
+    if (parser.getLutFromFile(lut.customFile.c_str(), red, green, blue) != 0) throw error::fileNotAccessible;
+    // A short table changes the first entries only. The values are the design's to judge.
+    const auto take = [](LookupTable& table, const LookupTable_s& record) {
+        std::copy_n(record.values, std::min<std::size_t>(record.nrOfElements, kLutEntries), table.begin());
+    };
+    replaceTables([&] {
+        take(lut.red, red);
+        take(lut.green, green);
+        take(lut.blue, blue);
+    });
+}
+
+// ---- type and files ----
+
+void FgGxWrapperImpl::set_sdk_param_FG_LUT_TYPE_P0(int value, bool throwOnError) {
+    const auto verdict = marovine::oneOf(value, entriesOf("FG_LUT_TYPE"));
+    applySetting(cache_.lookupTable.type, value, verdict, throwOnError, [&] {
+        const bool custom = value == constant("LUT_TYPE_CUSTOM");
+        if (custom)
+            loadCustomTables();
+        else
+            updateLutProcessing_P0();
+        setAccessFlags(sdkId("FG_LUT_CUSTOM_FILE"), custom ? kAccessReadWrite : kAccessReadOnly);
+        for (const int id : {sdkId("FG_PROCESSING_GAIN"), sdkId("FG_PROCESSING_GAMMA"),
+                             sdkId("FG_PROCESSING_OFFSET"), sdkId("FG_PROCESSING_INVERT")})
+            setAccessFlags(id, custom ? kAccessReadOnly : kAccessReadWrite);
+    });
+}
+
+void FgGxWrapperImpl::set_sdk_param_FG_LUT_CUSTOM_FILE_P0(const char* value, bool throwOnError) {
+    auto& lut = cache_.lookupTable;
+    applySetting(lut.customFile, value, marovine::accepted(value != nullptr), throwOnError, [&] {
+        if (lut.type == constant("LUT_TYPE_CUSTOM")) loadCustomTables();
+    });
+}
+
+void FgGxWrapperImpl::set_sdk_param_FG_LUT_SAVE_FILE_P0(const char* value, bool throwOnError) {
+    auto& lut = cache_.lookupTable;
+    applySetting(lut.saveFile, value, marovine::accepted(value != nullptr), throwOnError, [&] {
+        if (lut.saveFile.empty()) return;
+        const int code = Fg_LutFileParser().saveLutToFile(value, fileRecord(LutChannel::Red, lut.red),
+                                                          fileRecord(LutChannel::Green, lut.green),
+                                                          fileRecord(LutChannel::Blue, lut.blue));
+        if (code != 0) throw error::fileNotAccessible;
+    });
+}
+
+// ---- single entries and blocks ----
+
+void FgGxWrapperImpl::setLutElement(LutChannel channel, const FieldParameterInt_s* element,
+                                    bool throwOnError) {
+    const Channel& target = channelOf(channel);
+    leavingErrors(throwOnError, [&] {
+        if (element == nullptr || element->index >= kLutEntries || element->value > kMaximum)
+            throw error::outOfRange;
+        applySetting((cache_.lookupTable.*target.table)[element->index], element->value, error::success, true,
+                     [&] { design().write(target.parameter, *element); });
+    });
+}
+
+void FgGxWrapperImpl::setLutBlock(LutChannel channel, const FieldParameterAccess* block, bool throwOnError) {
+    const Channel& target = channelOf(channel);
+    leavingErrors(throwOnError, [&] {
+        if (block == nullptr || block->start >= kLutEntries || block->count > kLutEntries ||
+            block->start > kLutEntries - block->count)
+            throw error::outOfRange;
+        if (block->type != FG_TYPE_INT32 && block->type != FG_TYPE_UINT32 && block->type != FG_TYPE_FIELD_INT)
+            throw error::invalidArgument;
+        // The first value alone is checked: the design judges the others.
+        if (block->count != 0 &&
+            (block->values == nullptr || *static_cast<const std::uint32_t*>(block->values) > kMaximum))
+            throw error::outOfRange;
+        LookupTable& cached = cache_.lookupTable.*target.table;
+        marovine::Restore old(cached);
+        setFieldCache(cached.data(), block);  // copies values of the types 1 and 2 only
+        design().write(target.parameter, *block);
+        old.confirm();
+    });
+}
+
+// ---- processing parameters ----
+
+void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_OFFSET_P0(double value, bool throwOnError) {
+    applySetting(cache_.lookupTable.offset, value,
+                 marovine::notOutside(value, limits<double>("FG_PROCESSING_OFFSET")), throwOnError,
+                 [&] { updateLutProcessing_P0(); });
+}
+
+void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_GAIN_P0(double value, bool throwOnError) {
+    applySetting(cache_.lookupTable.gain, value,
+                 marovine::notOutside(value, limits<double>("FG_PROCESSING_GAIN")), throwOnError,
+                 [&] { updateLutProcessing_P0(); });
+}
+
+void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_GAMMA_P0(double value, bool throwOnError) {
+    applySetting(cache_.lookupTable.gamma, value,
+                 marovine::notOutside(value, limits<double>("FG_PROCESSING_GAMMA")), throwOnError,
+                 [&] { updateLutProcessing_P0(); });
+}
+
+void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_INVERT_P0(int value, bool throwOnError) {
+    applySetting(cache_.lookupTable.invert, value, marovine::oneOf(value, entriesOf("FG_PROCESSING_INVERT")),
+                 throwOnError, [&] { updateLutProcessing_P0(); });
+}

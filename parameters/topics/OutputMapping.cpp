@@ -1,0 +1,166 @@
+/// Which signal drives which output, control line, analyzer and custom event, and the two legacy views on
+/// that.
+
+#include <algorithm>
+#include <array>
+
+#include "parameters/FgGxWrapperImpl.h"
+#include "tables/RouteTable.h"
+#include "tables/SignalTable.h"
+
+namespace error = marovine::error;
+using marovine::applySetting;
+using marovine::constant;
+using marovine::entriesOf;
+using marovine::inside;
+using marovine::limits;
+using marovine::LowOnZero;
+using marovine::oneOf;
+using marovine::Route;
+using marovine::RoutedValue;
+
+namespace {
+
+/// Value in force of a source or polarity. The control lines keep one value only: what is requested (which a
+/// configuration load may have filled) counts. For the others it is what the design was last given.
+std::int32_t inForce(Route route, const RoutedValue& value) {
+    return route <= Route::CC4 ? value.requested : value.applied;
+}
+
+/// A source of a control line under the names of the legacy selection. Ground and supply know no polarity.
+struct LegacySource {
+    std::int32_t source;
+    std::int32_t plain;     ///< selection for high-active
+    std::int32_t inverted;  ///< selection for low-active
+};
+constexpr auto legacySources = std::to_array<LegacySource>({
+    {constant("FG_SIGNAL_CAM0_EXSYNC"), constant("CC_EXSYNC"), constant("CC_NOT_EXSYNC")},
+    {constant("FG_SIGNAL_CAM0_EXSYNC2"), constant("CC_PRESCALER"), constant("CC_NOT_PRESCALER")},
+    {constant("FG_SIGNAL_CAM0_FLASH"), constant("CC_STROBEPULSE"), constant("CC_NOT_STROBEPULSE")},
+    {constant("GND"), constant("CC_GND"), constant("CC_GND")},
+    {constant("VCC"), constant("CC_VCC"), constant("CC_VCC")},
+    {constant("FG_SIGNAL_GPI_0"), constant("CC_GPI_0"), constant("CC_NOT_GPI_0")},
+    {constant("FG_SIGNAL_GPI_1"), constant("CC_GPI_1"), constant("CC_NOT_GPI_1")},
+    {constant("FG_SIGNAL_GPI_2"), constant("CC_GPI_2"), constant("CC_NOT_GPI_2")},
+    {constant("FG_SIGNAL_GPI_3"), constant("CC_GPI_3"), constant("CC_NOT_GPI_3")},
+    {constant("FG_SIGNAL_GPI_4"), constant("CC_GPI_4"), constant("CC_NOT_GPI_4")},
+    {constant("FG_SIGNAL_GPI_5"), constant("CC_GPI_5"), constant("CC_NOT_GPI_5")},
+    {constant("FG_SIGNAL_GPI_6"), constant("CC_GPI_6"), constant("CC_NOT_GPI_6")},
+    {constant("FG_SIGNAL_GPI_7"), constant("CC_GPI_7"), constant("CC_NOT_GPI_7")},
+    {constant("FG_SIGNAL_FRONT_GPI_0"), constant("CC_FRONT_GPI_0"), constant("CC_NOT_FRONT_GPI_0")},
+    {constant("FG_SIGNAL_FRONT_GPI_1"), constant("CC_FRONT_GPI_1"), constant("CC_NOT_FRONT_GPI_1")},
+    {constant("FG_SIGNAL_FRONT_GPI_2"), constant("CC_FRONT_GPI_2"), constant("CC_NOT_FRONT_GPI_2")},
+    {constant("FG_SIGNAL_FRONT_GPI_3"), constant("CC_FRONT_GPI_3"), constant("CC_NOT_FRONT_GPI_3")},
+});
+
+constexpr bool selects(const LegacySource& row, std::int32_t selection) {
+    return row.plain == selection || row.inverted == selection;
+}
+
+/// The row that has a legacy selection; null for one that names no source.
+constexpr const LegacySource* findLegacy(std::int32_t selection) {
+    for (const auto& row : legacySources)
+        if (selects(row, selection)) return &row;
+    return nullptr;
+}
+static_assert(std::ranges::all_of(marovine::CcSignalMappingLineExtended, [](const auto& entry) {
+    return entry.value == constant("FG_OTHER") ||
+           std::ranges::any_of(legacySources, [&](const auto& row) { return selects(row, entry.value); });
+}));
+
+/// The legacy selection that a source and a polarity amount to.
+constexpr std::int32_t legacySelection(std::int32_t source, std::int32_t polarity) {
+    const auto* row = std::ranges::find(legacySources, source, &LegacySource::source);
+    if (row == legacySources.end()) return constant("FG_OTHER");
+    if (polarity == constant("FG_HIGH") || row->plain == row->inverted) return row->plain;
+    return polarity == constant("FG_LOW") ? row->inverted : constant("FG_OTHER");
+}
+
+/// Legacy digital output when one of its two outputs is driven by a signal; setting it changes nothing.
+constexpr std::int32_t kOtherLevels = -1;
+
+/// The source that gives an output a static level.
+constexpr std::int32_t staticLevel(bool high) {
+    return high ? constant("VCC") : constant("GND");
+}
+
+}  // namespace
+
+// ---- routes ----
+
+void FgGxWrapperImpl::getOutputMapping_P0(std::uint32_t* select, std::uint32_t* invert, std::int32_t signal,
+                                          std::int32_t polarity) {
+    const auto* row = marovine::findSignal(signal);
+    if (row == nullptr) throw error::internalFailure;
+    *select = row->multiplexerIndex;
+    if (signal == constant("GND") || signal == constant("VCC"))
+        *invert = signal == constant("VCC") ? 1 : 0;
+    else
+        *invert = polarity == constant("FG_LOW") ? 1 : 0;
+}
+
+void FgGxWrapperImpl::writeRoute(Route route, std::int32_t source, std::int32_t polarity) const {
+    std::uint32_t select = 0;
+    std::uint32_t invert = 0;
+    getOutputMapping_P0(&select, &invert, source, polarity);
+    design().write(rowOf(route).select, select);
+    design().write(rowOf(route).invert, invert);
+}
+
+void FgGxWrapperImpl::setRouteSource(Route route, std::int32_t source, bool throwOnError) {
+    auto& settings = cache_.outputs[route];
+    applySetting(settings.source.requested, source, oneOf(source, rowOf(route).signals), throwOnError, [&] {
+        writeRoute(route, source, inForce(route, settings.polarity));
+        settings.source.applied = source;
+    });
+}
+
+void FgGxWrapperImpl::setRoutePolarity(Route route, std::int32_t polarity, bool throwOnError) {
+    auto& settings = cache_.outputs[route];
+    applySetting(settings.polarity.requested, polarity, oneOf(polarity, LowOnZero), throwOnError, [&] {
+        writeRoute(route, inForce(route, settings.source), polarity);
+        settings.polarity.applied = polarity;
+    });
+}
+
+// ---- legacy: two outputs as static levels ----
+
+void FgGxWrapperImpl::set_sdk_param_FG_DIGIO_OUTPUT_P0(int value, bool throwOnError) {
+    applySetting(cache_.outputs.digitalOutput, value, inside(value, limits<std::int32_t>("FG_DIGIO_OUTPUT")),
+                 throwOnError, [&] {
+                     if (value == kOtherLevels) return;
+                     setRouteSource(Route::Gpo3, staticLevel((value & 1) != 0), true);
+                     setRouteSource(Route::Gpo7, staticLevel((value & 2) != 0), true);
+                 });
+}
+
+void FgGxWrapperImpl::get_sdk_param_FG_DIGIO_OUTPUT_P0(std::int32_t* destination) {
+    requireDestination(destination);
+    const std::int32_t low = cache_.outputs[Route::Gpo3].source.applied;
+    const std::int32_t high = cache_.outputs[Route::Gpo7].source.applied;
+    *destination = kOtherLevels;
+    for (const int value : {0, 1, 2, 3})
+        if (low == staticLevel((value & 1) != 0) && high == staticLevel((value & 2) != 0))
+            *destination = value;
+}
+
+// ---- legacy: a control line's source and polarity in one selection ----
+
+void FgGxWrapperImpl::setLegacyCc(std::size_t line, std::int32_t value, bool throwOnError) {
+    applySetting(
+        cache_.outputs.legacyCc[line], value, oneOf(value, entriesOf("FG_CCSEL0")), throwOnError, [&] {
+            if (value == constant("FG_OTHER")) return;
+            const LegacySource* row = findLegacy(value);
+            if (row == nullptr) throw error::internalFailure;
+            // Two settings one after the other: when the second fails, the first stays.
+            const auto route = static_cast<Route>(line);
+            setRouteSource(route, row->source, true);
+            setRoutePolarity(route, value == row->plain ? constant("FG_HIGH") : constant("FG_LOW"), true);
+        });
+}
+
+void FgGxWrapperImpl::getLegacyCc(std::size_t line, std::int32_t* destination) const {
+    requireDestination(destination);
+    const auto& settings = cache_.outputs[static_cast<Route>(line)];
+    *destination = legacySelection(settings.source.requested, settings.polarity.requested);
+}

@@ -1,0 +1,62 @@
+#include "pictures/Png.h"
+
+#include <png.h>
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "pictures/SafeFile.h"
+
+namespace virtualboard::imaging {
+namespace {
+
+constexpr std::uint64_t kMostPixels = std::uint64_t{1} << 28;
+
+[[noreturn]] void fail(const char* action, const std::filesystem::path& file, const std::string& reason) {
+    throw std::runtime_error(std::string("cannot ") + action + " '" + file.string() + "': " + reason);
+}
+
+// libpng's record of one file, freed on every way out.
+struct PngFile : png_image {
+    PngFile() : png_image{} { version = PNG_IMAGE_VERSION; }
+    ~PngFile() { png_image_free(this); }
+    PngFile(const PngFile&) = delete;
+    PngFile& operator=(const PngFile&) = delete;
+};
+
+std::vector<char> encode(const std::filesystem::path& file, const ImageView& picture) {
+    PngFile png;
+    png.width = picture.width;
+    png.height = picture.height;
+    png.format = PNG_FORMAT_BGR;
+    png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(png);
+    std::vector<char> bytes(size);
+    if (!png_image_write_to_memory(&png, bytes.data(), &size, 0, picture.bytes.data(), 0, nullptr)) {
+        fail("write", file, png.message);
+    }
+    bytes.resize(size);
+    return bytes;
+}
+
+}  // namespace
+
+Image readPng(const std::filesystem::path& file) {
+    PngFile png;
+    if (!png_image_begin_read_from_file(&png, file.c_str())) fail("read", file, png.message);
+    if (std::uint64_t{png.width} * png.height > kMostPixels) fail("read", file, "the picture is too large");
+    png.format = PNG_FORMAT_BGR;
+    Image picture(png.width, png.height);
+    const png_color white{255, 255, 255};
+    if (!png_image_finish_read(&png, &white, picture.pixels.data(), 0, nullptr))
+        fail("read", file, png.message);
+    return picture;
+}
+
+void writePng(const std::filesystem::path& file, const ImageView& picture) {
+    if (picture.width == 0 || picture.height == 0) fail("write", file, "the picture is empty");
+    const std::vector<char> bytes = encode(file, picture);
+    writeSafely(file, {bytes.data(), bytes.size()});
+}
+
+}  // namespace virtualboard::imaging
