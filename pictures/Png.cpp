@@ -11,7 +11,7 @@
 namespace virtualboard::imaging {
 namespace {
 
-constexpr std::uint64_t kMostPixels = std::uint64_t{1} << 28;
+constexpr std::uint64_t kMostPixels = std::uint64_t{1} << 26;
 
 [[noreturn]] void fail(const char* action, const std::filesystem::path& file, const std::string& reason) {
     throw std::runtime_error(std::string("cannot ") + action + " '" + file.string() + "': " + reason);
@@ -44,8 +44,14 @@ std::vector<char> encode(const std::filesystem::path& file, const ImageView& pic
 Image readPng(const std::filesystem::path& file) {
     PngFile png;
     if (!png_image_begin_read_from_file(&png, file.c_str())) fail("read", file, png.message);
-    if (std::uint64_t{png.width} * png.height > kMostPixels) fail("read", file, "the picture is too large");
+    // A small file can hold a picture that fills the memory.
+    if (std::uint64_t{png.width} * png.height > kMostPixels) {
+        fail("read", file,
+             "it has " + std::to_string(png.width) + " x " + std::to_string(png.height) +
+                 " pixels; at most " + std::to_string(kMostPixels) + " are taken, as in 8192 x 8192");
+    }
     png.format = PNG_FORMAT_BGR;
+    png.flags |= PNG_IMAGE_FLAG_16BIT_sRGB;  // else 16 bits without a colour chunk count as linear light
     Image picture(png.width, png.height);
     const png_color white{255, 255, 255};
     if (!png_image_finish_read(&png, &white, picture.pixels.data(), 0, nullptr))

@@ -6,8 +6,9 @@
 
 namespace virtualboard::imaging {
 
-/// Reads any PNG file as 24-bit colour; transparent parts are shown on white. Throws `std::runtime_error`
-/// that names the file and the reason; pictures of more than 2^28 pixels are refused.
+/// Reads any PNG file as 24-bit sRGB colour, which it is taken for where the file does not say otherwise;
+/// transparent parts are shown on white. Throws `std::runtime_error` that names the file and the reason;
+/// pictures of more than 2^26 pixels are refused by the file's header, before memory is taken for them.
 Image readPng(const std::filesystem::path& file);
 
 /// Writes a PNG file as `writeSafely` does. Throws `std::runtime_error` that names the file and the reason.

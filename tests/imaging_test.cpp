@@ -428,11 +428,26 @@ TEST(Png, roundTripAndNothingHalfWritten) {
     EXPECT_THROW(readPng(folder / "text.png"), std::runtime_error);
     EXPECT_THROW(readPng(folder / "missing.png"), std::runtime_error);
     EXPECT_THROW(writePng(folder / "missing" / "picture.png", picture), std::runtime_error);
+    using namespace std::string_literals;
+    const auto header = "\x89PNG\r\n\x1A\n\0\0\0\rIHDR"s;
+    std::ofstream(folder / "deep.png")  // one grey pixel of 0x8080, nothing said about its colour
+        << header +
+               "\0\0\0\1\0\0\0\1\x10\0\0\0\0\x6A\xEE\x47\x16"
+               "\0\0\0\x0BIDAT\x78\xDA\x63\x68\x68\0\0\1\x83\1\1\x8B\x91\x55\xF2\0\0\0\0IEND\xAE\x42\x60\x82"s;
+    EXPECT_EQ(readPng(folder / "deep.png").at(0, 0), (Pixel{128, 128, 128}));
+    std::ofstream(folder / "vast.png")  // 8193 x 8192
+        << header + "\0\0\x20\1\0\0\x20\0\1\0\0\0\0\xB5\x13\x9C\xCA\0\0\0\1IDAT"s;
+    try {
+        readPng(folder / "vast.png");
+        ADD_FAILURE();
+    } catch (const std::runtime_error& error) {
+        EXPECT_NE(std::string(error.what()).find("it has 8193 x 8192 pixels; at most"), std::string::npos);
+    }
     std::filesystem::create_directory(folder / "taken.png");
     std::ofstream(folder / "taken.png" / "inside");
     EXPECT_THROW(writePng(folder / "taken.png", picture), std::runtime_error);
     EXPECT_THROW(writePng(file, Image()), std::runtime_error);
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 3);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 5);
     std::filesystem::remove_all(folder);
 }
 

@@ -31,7 +31,10 @@ SensorScene::SensorScene(const Image& scene, const CameraTraits& camera, std::ui
     const std::uint32_t wanted = fieldWidth != 0 ? fieldWidth : source.width;
     width_ = (wanted + 1) / 2 * 2;
     rows_ = wanted == source.width ? source.height : scaledHeight(source, wanted);
-    const Image seen = resize(source, width_, rows_);
+    // A large scene is not copied only to be looked at.
+    const bool asItIs = source.width == width_ && source.height == rows_;
+    const Image scaled = asItIs ? Image() : resize(source, width_, rows_);
+    const Image& seen = asItIs ? source : scaled;
     for (std::uint32_t parity = 0; parity < 2; ++parity) {
         auto& mosaic = mosaic_[parity];
         mosaic.resize(seen.pixels.size());

@@ -76,8 +76,8 @@ void Control::advanceClock(double seconds) {
     boardOf(board_)->advanceClock(seconds);
 }
 
-void Control::setScene(const imaging::Image& scene, std::uint32_t fieldWidth) {
-    boardOf(board_)->setScene(std::make_shared<const imaging::Image>(scene), fieldWidth);
+void Control::setScene(imaging::Image scene, std::uint32_t fieldWidth) {
+    boardOf(board_)->setScene(std::make_shared<const imaging::Image>(std::move(scene)), fieldWidth);
 }
 void Control::showTestChart() {
     boardOf(board_)->setScene(nullptr, 0);

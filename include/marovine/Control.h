@@ -101,7 +101,7 @@ class Control {
     /// What lies on the belt, endlessly repeated. `fieldWidth` is the number of sensor pixels over which the
     /// optics spread it; 0 shows one scene pixel per sensor pixel. Throws `std::invalid_argument` for a field
     /// of more than 65536 pixels in width or 2^28 in all.
-    void setScene(const imaging::Image& scene, std::uint32_t fieldWidth = 0);
+    void setScene(imaging::Image scene, std::uint32_t fieldWidth = 0);
     /// Lays the built-in chart on the belt, as at first.
     void showTestChart();
     /// The belt's speed, the pixel pitch on it and the encoder on its drive.
