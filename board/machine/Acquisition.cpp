@@ -252,8 +252,9 @@ void Acquisition::updateReadOuts(BoardTime now) {
 void Acquisition::reconfigure(BoardTime now) {
     const DesignSettings settings = readSettings_();
     if (scene_ == nullptr) {
-        scene_ = std::make_shared<const SensorScene>(picture_ != nullptr ? *picture_ : imaging::testChart(),
-                                                     camera_, fieldWidth_);
+        scene_ = picture_ != nullptr
+                     ? std::make_shared<const SensorScene>(*picture_, camera_, fieldWidth_)
+                     : std::make_shared<const SensorScene>(imaging::testChart(), camera_, fieldWidth_);
     }
     const auto before =
         std::exchange(snapshot_, std::make_shared<const Snapshot>(Snapshot{settings, scene_, belt_}));
