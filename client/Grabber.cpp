@@ -1,15 +1,21 @@
 #include "client/Grabber.h"
 
 #include <algorithm>
+#include <cmath>
 #include <new>
 
+#include "board/imaging/LineClock.h"
+#include "board/imaging/Scene.h"
+#include "board/imaging/Settings.h"
 #include "marovine/BoardCodes.h"
+#include "pictures/Png.h"
 
 namespace marovine::host {
 
 namespace {
 
 using virtualboard::FrameMemory;
+using virtualboard::imaging::DesignSettings;
 using virtualboard::imaging::Image;
 using virtualboard::imaging::ImageView;
 using virtualboard::imaging::kBytesPerPixel;
@@ -38,6 +44,37 @@ std::string shown(Applet& applet, const char* name) {
 
 std::string setting(Applet& applet, const char* name) {
     return std::string(name) + " = " + shown(applet, name);
+}
+
+/// The design's own values: with --attach they need not be what the parameters say.
+class BoardValues : public virtualboard::imaging::ValueReader {
+ public:
+    explicit BoardValues(Applet& applet) : board_(applet.board()) {}
+
+    std::uint32_t u32(std::string_view name) const override {
+        return std::get<std::uint32_t>(board_.value(name));
+    }
+    double real(std::string_view name) const override { return std::get<double>(board_.value(name)); }
+    void field(std::string_view name, std::span<std::uint32_t> out) const override {
+        const auto elements = std::get<std::vector<std::uint32_t>>(board_.value(name));
+        std::copy_n(elements.begin(), std::min(elements.size(), out.size()), out.begin());
+    }
+
+ private:
+    const virtualboard::Control& board_;
+};
+
+constexpr std::uint32_t kTriggered = 1, kGated = 2;  // image trigger modes of the design
+
+bool isTriggered(const DesignSettings& settings) {
+    return settings.imageTriggerEnable != 0 &&
+           (settings.imageTriggerMode == kTriggered || settings.imageTriggerMode == kGated);
+}
+
+/// Line triggers that a picture lasts at most.
+std::uint64_t pictureLines(const DesignSettings& settings) {
+    const bool endless = settings.imageTriggerMode == kGated && settings.maxGatedHeight != 0;
+    return endless ? settings.imageHeight : std::min(settings.imageHeight, settings.triggerYLength);
 }
 
 }  // namespace
@@ -71,29 +108,85 @@ std::int64_t Grabber::lost() {
 }
 
 Image firstPicture(Applet& applet) {
-    constexpr int patience = 60;  // s; the machine may be busy
+    constexpr Wait wait{.seconds = 60};  // the machine may be busy
     applet.board().setClockMode(virtualboard::ClockMode::AsFastAsPossible);
     Grabber grabber(applet, 1);
-    if (!grabber.comes(patience)) throw Failure(whyNoPicture(applet));
+    if (!grabber.comes(wait.seconds)) throw Failure(whyNoPicture(applet, wait));
     const ImageView picture = grabber.next();
     Image copy(picture.width, picture.height);
     std::ranges::copy(picture.bytes, copy.bytes().begin());
     return copy;
 }
 
-std::string whyNoPicture(Applet& applet) {
-    const std::string none = "no picture came: ";
-    const std::string mode = shown(applet, "FG_IMGTRIGGERMODE");
-    if (mode.starts_with("ASYNC")) {
-        if (shown(applet, "FG_IMGTRIGGERON") == "FG_OFF")
-            return none + setting(applet, "FG_IMGTRIGGERMODE") + " with FG_IMGTRIGGERON = FG_OFF";
-        return none + setting(applet, "FG_IMGTRIGGERMODE") + " waits for " +
-               setting(applet, "FG_IMGTRIGGERINSRC");
+void refuseWhatNoPngHolds(Applet& applet) {
+    const DesignSettings settings = readSettings(BoardValues(applet));
+    const std::uint64_t rows = std::min<std::uint64_t>(
+        pictureLines(settings) * virtualboard::imaging::rowsPerTrigger(settings), settings.yLength);
+    if (virtualboard::imaging::fitsPng(settings.xLength, rows)) return;
+    throw Failure("no PNG file holds a picture of " + std::to_string(settings.xLength) + " x " +
+                  std::to_string(rows) + " pixels; make FG_WIDTH or FG_HEIGHT smaller, or use --view alone");
+}
+
+namespace {
+
+/// Why a trigger that the image trigger waits for does not come.
+std::string whyNoTrigger(Applet& applet, const DesignSettings& settings, const Wait& wait) {
+    const std::string waits =
+        setting(applet, "FG_IMGTRIGGERMODE") + " waits for " + setting(applet, "FG_IMGTRIGGERINSRC");
+    const bool gated = settings.imageTriggerMode == kGated;
+    if (shown(applet, "FG_IMGTRIGGERINSRC") != "TRGINSOFTWARE")
+        return waits + (wait.sentTriggers ? ", and --trigger is heard by TRGINSOFTWARE only"
+                                          : ", which nothing drives here; TRGINSOFTWARE hears --trigger");
+    if (gated) {
+        return waits + ", for a level and not for a pulse" +
+               (wait.sentTriggers ? " as --trigger sends it" : "") +
+               ": set FG_SETSOFTWARETRIGGER to 1; one gate brings as many pictures as fit into it";
     }
-    if (shown(applet, "FG_CAMERASIMULATOR_ENABLE") == "FG_CAMERASIMULATOR")
-        return none + "the camera simulator waits for the line trigger, " + setting(applet, "FG_EXSYNCON");
-    return none + "the camera gets no line trigger or is cut off (" + setting(applet, "FG_EXSYNCON") + ", " +
-           setting(applet, "FG_CCSEL0") + ", " + setting(applet, "FG_CAMERA_LINK_CORE_RESET") + ")";
+    if (!wait.sentTriggers) return waits + "; --trigger sends one for every picture";
+    if (settings.selectPeriod > 1) {
+        return "of every " + std::to_string(settings.selectPeriod) +
+               " triggered pictures only one is passed on (" + setting(applet, "FG_IMG_SELECT_PERIOD") +
+               "), and --trigger sends one trigger for each wanted";
+    }
+    return waits + ", and a trigger that comes while a picture is taken does not count";
+}
+
+/// Why the camera, or the generator in its place, gives no lines.
+std::string whyNoLines(Applet& applet, const DesignSettings& settings) {
+    std::string text = "the camera gets no line trigger or is cut off (" + setting(applet, "FG_EXSYNCON") +
+                       ", " + setting(applet, "FG_CCSEL0") + ", " +
+                       setting(applet, "FG_CAMERA_LINK_CORE_RESET") + ")";
+    if (settings.generatorEnable != 0)
+        text = "the camera simulator waits for the line trigger, " + setting(applet, "FG_EXSYNCON");
+    return text;
+}
+
+}  // namespace
+
+std::string whyNoPicture(Applet& applet, const Wait& wait) {
+    const std::string none = "no picture came within " + std::to_string(wait.seconds) + " s: ";
+    if (*numberOf(applet.get("FG_FILLLEVEL")) > 0)
+        return none + "a large one is still being made; wait longer with --timeout";
+    const DesignSettings settings = readSettings(BoardValues(applet));
+    const auto clock = lineClock(settings, wait.belt, virtualboard::imaging::kChartSize);
+    if (!clock.running()) {
+        if (wait.attached)
+            return none + "with --attach the design is as it was left, and there its camera gives no lines";
+        return none + whyNoLines(applet, settings);
+    }
+    const std::uint64_t lines = settings.triggerYOffset + pictureLines(settings);
+    if (settings.selectPhase >= settings.selectPeriod || lines == settings.triggerYOffset)
+        return none + "the design is set to pass none on" +
+               (wait.attached ? " (--attach left it as it was)" : "");
+    const double seconds = clock.timeFor(lines * settings.selectPeriod) * 1e-6;
+    const bool slow = wait.realTime && seconds > wait.seconds;
+    if (isTriggered(settings) && !(slow && wait.sentTriggers))
+        return none + whyNoTrigger(applet, settings, wait);
+    if (slow) {
+        return none + "at this line rate one takes " + textOf(std::ceil(seconds)) +
+               " s; wait longer with --timeout, or leave out --real-time";
+    }
+    return none + "this machine is too busy or the picture too large; wait longer with --timeout";
 }
 
 }  // namespace marovine::host

@@ -8,6 +8,7 @@
 #include "client/Client.h"
 #include "marovine/FrameMemory.h"
 #include "marovine/Image.h"
+#include "marovine/World.h"
 
 namespace marovine::host {
 
@@ -37,7 +38,19 @@ class Grabber {
 /// The first picture that an applet takes as it is set, as fast as it can.
 virtualboard::imaging::Image firstPicture(Applet& applet);
 
-/// Why no picture comes, as far as the applet's parameters tell.
-std::string whyNoPicture(Applet& applet);
+/// Throws `Failure` when the pictures that the board is set to take are larger than any PNG file.
+void refuseWhatNoPngHolds(Applet& applet);
+
+/// What a host did that waited in vain for a picture.
+struct Wait {
+    int seconds = 0;
+    bool sentTriggers = false;  ///< a software trigger for each picture
+    bool realTime = false;      ///< the board's clock ran in real time
+    bool attached = false;      ///< the applet was opened without writing the defaults
+    virtualboard::imaging::Belt belt{};
+};
+
+/// Why no picture came, as far as the design's values tell. The acquisition still runs.
+std::string whyNoPicture(Applet& applet, const Wait& wait);
 
 }  // namespace marovine::host

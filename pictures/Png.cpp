@@ -41,6 +41,12 @@ std::vector<char> encode(const std::filesystem::path& file, const ImageView& pic
 
 }  // namespace
 
+bool fitsPng(std::uint64_t width, std::uint64_t height) {
+    constexpr std::uint64_t mostAcross = 1'000'000;
+    constexpr std::uint64_t mostBytes = 0xFFFFFFFF;
+    return width <= mostAcross && height <= mostAcross && width * height * kBytesPerPixel <= mostBytes;
+}
+
 Image readPng(const std::filesystem::path& file) {
     PngFile png;
     if (!png_image_begin_read_from_file(&png, file.c_str())) fail("read", file, png.message);

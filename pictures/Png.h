@@ -11,6 +11,10 @@ namespace virtualboard::imaging {
 /// pictures of more than 2^26 pixels are refused by the file's header, before memory is taken for them.
 Image readPng(const std::filesystem::path& file);
 
+/// Whether `writePng` and a reader can take a picture of this size: libpng stops at a million rows or columns
+/// and below 2^32 bytes of pixels.
+bool fitsPng(std::uint64_t width, std::uint64_t height);
+
 /// Writes a PNG file as `writeSafely` does. Throws `std::runtime_error` that names the file and the reason.
 void writePng(const std::filesystem::path& file, const ImageView& picture);
 

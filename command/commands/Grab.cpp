@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -57,72 +58,123 @@ void check(const Options& options) {
         throw Failure("there is no folder " + folder.string() + " for the pictures");
 }
 
+virtualboard::imaging::Belt beltOf(const Options& options) {
+    virtualboard::imaging::Belt belt;
+    if (options.speed > 0) belt.speed = options.speed;
+    return belt;
+}
+
 void prepare(const Options& options, Applet& applet) {
     auto& board = applet.board();
+    if (!options.output.empty()) refuseWhatNoPngHolds(applet);
     if (!options.scene.empty()) board.setScene(virtualboard::imaging::readPng(options.scene));
-    if (options.speed > 0) {
-        virtualboard::imaging::Belt belt;
-        belt.speed = options.speed;
-        board.setBelt(belt);
-    }
+    board.setBelt(beltOf(options));
     board.setClockMode(options.realTime ? ClockMode::RealTime : ClockMode::AsFastAsPossible);
 }
 
 /// Waits for a picture in short steps, so that an interrupt is noticed. False after an interrupt.
-bool await(Grabber& grabber, Applet& applet, int patience, const Interrupt& interrupt) {
-    for (int waited = 0; waited < patience; ++waited) {
+bool await(Grabber& grabber, Applet& applet, const Wait& wait, const Interrupt& interrupt) {
+    for (int waited = 0; waited < wait.seconds; ++waited) {
         if (interrupt.signal() != 0) return false;
         if (grabber.comes(1)) return true;
     }
     if (interrupt.signal() != 0) return false;
-    throw Failure(whyNoPicture(applet) + "; waited for " + std::to_string(patience) + " s");
+    throw Failure(whyNoPicture(applet, wait));
 }
 
-struct Result {
-    std::vector<std::string> files;
-    int taken = 0;
+struct Size {
     std::uint32_t width = 0;
-    std::uint32_t height = 0;  // of the last picture
-    std::int64_t lost = 0;
+    std::uint32_t height = 0;
+    bool operator==(const Size&) const = default;
+
+    std::string text() const { return std::to_string(width) + " x " + std::to_string(height) + " pixels"; }
 };
 
-Result grab(const Options& options, Session& session, const Interrupt& interrupt) {
+struct Result {
+    std::vector<std::string> files{};
+    std::vector<Size> sizes{};  ///< of the pictures taken
+    std::int64_t lost = 0;
+
+    /// The number of pictures from one on that share its size.
+    std::size_t alike(std::size_t first) const {
+        const auto from = sizes.begin() + static_cast<std::ptrdiff_t>(first);
+        const auto to = std::find_if(from, sizes.end(), [&](const Size& size) { return size != *from; });
+        return static_cast<std::size_t>(to - from);
+    }
+};
+
+void takePictures(const Options& options, Session& session, const Interrupt& interrupt, Result& result) {
     Applet& applet = session.applet();
     prepare(options, applet);
+    const Wait wait{.seconds = options.patience,
+                    .sentTriggers = options.trigger,
+                    .realTime = options.realTime,
+                    .attached = session.options.attach,
+                    .belt = beltOf(options)};
+    const auto count = static_cast<std::size_t>(options.count);
     Grabber grabber(applet, options.count);
-    Progress progress(static_cast<std::size_t>(options.count), "pictures");
-    Result result;
-    while (result.taken < options.count) {
+    Progress progress(count, "pictures");
+    while (result.sizes.size() < count) {
         if (options.trigger) applet.set("FG_SENDSOFTWARETRIGGER", std::int32_t{1});
-        if (!await(grabber, applet, options.patience, interrupt)) break;
+        if (!await(grabber, applet, wait, interrupt)) break;
         const ImageView picture = grabber.next();
-        result.width = picture.width;
-        result.height = picture.height;
-        ++result.taken;
+        const std::size_t number = result.sizes.size() + 1;
         if (!options.output.empty()) {
-            const fs::path file = numbered(options.output, result.taken, options.count);
+            const fs::path file = numbered(options.output, static_cast<int>(number), options.count);
             virtualboard::imaging::writePng(file, picture);
             result.files.push_back(file.string());
         }
-        progress.reached(static_cast<std::size_t>(result.taken));
-        if (options.view && result.taken == options.count) showPicture(session.console(), picture);
+        result.sizes.push_back({picture.width, picture.height});
+        progress.reached(number);
+        if (options.view && number == count) showPicture(session.console(), picture);
     }
     result.lost = grabber.lost();
+}
+
+/// What was taken until the end or an interrupt.
+Result grab(const Options& options, Session& session, const Interrupt& interrupt) {
+    Result result;
+    takePictures(options, session, interrupt, result);
     return result;
 }
 
 void print(const Console& console, const Result& result) {
     auto& out = console.out();
-    const std::string size = std::to_string(result.width) + " x " + std::to_string(result.height) + " pixels";
-    if (result.taken > 1) out << result.taken << " pictures of ";
-    if (result.taken == 1 && !result.files.empty()) out << result.files.front() << ": ";
-    if (result.taken > 0) out << size;
-    if (result.taken > 1 && !result.files.empty())
-        out << " in " << result.files.front() << " to " << result.files.back();
-    if (result.taken > 0) out << '\n';
-    if (result.lost > 0)
-        out << result.lost << " pictures were lost: this host was slower than the camera; leave out "
+    const auto& [files, sizes, lost] = result;
+    const std::size_t taken = sizes.size();
+    if (taken == 1) {
+        out << (files.empty() ? "" : files.front() + ": ") << sizes.front().text() << '\n';
+    } else if (taken > 0 && result.alike(0) == taken) {
+        out << taken << " pictures of " << sizes.front().text();
+        if (!files.empty()) out << " in " << files.front() << " to " << files.back();
+        out << '\n';
+    } else {
+        for (std::size_t i = 0, count = 0; i < taken; i += count) {
+            count = result.alike(i);
+            const auto name = [&](std::size_t at) {
+                return files.empty() ? "picture " + std::to_string(at + 1) : files[at];
+            };
+            out << name(i) << (count > 1 ? " to " + name(i + count - 1) : "") << ": " << sizes[i].text()
+                << '\n';
+        }
+    }
+    if (lost > 0)
+        out << lost << " pictures were lost: this host was slower than the camera; leave out "
             << "--real-time\n";
+}
+
+/// Width and height stand for all pictures; they are null where those differ.
+Json jsonOf(const Result& result) {
+    const bool same = result.sizes.empty() || result.alike(0) == result.sizes.size();
+    const Size size = result.sizes.empty() ? Size{} : result.sizes.front();
+    Json sizes = Json::array();
+    for (const auto& [width, height] : result.sizes) sizes.push_back({{"width", width}, {"height", height}});
+    return {{"files", result.files},
+            {"pictures", result.sizes.size()},
+            {"width", same ? Json(size.width) : Json()},
+            {"height", same ? Json(size.height) : Json()},
+            {"sizes", std::move(sizes)},
+            {"lost", result.lost}};
 }
 
 void run(const Options& options, Session& session) {
@@ -130,18 +182,14 @@ void run(const Options& options, Session& session) {
     const Interrupt interrupt;
     const Result result = grab(options, session, interrupt);
     if (options.json) {
-        session.console().out() << printed({{"files", result.files},
-                                            {"pictures", result.taken},
-                                            {"width", result.width},
-                                            {"height", result.height},
-                                            {"lost", result.lost}})
-                                << '\n';
+        session.console().out() << printed(jsonOf(result)) << '\n';
     } else {
         print(session.console(), result);
     }
     if (interrupt.signal() == 0) return;
     session.status = 128 + interrupt.signal();
-    std::cerr << "marovine: interrupted after " << result.taken << " of " << options.count << " pictures\n";
+    std::cerr << "marovine: interrupted after " << result.sizes.size() << " of " << options.count
+              << " pictures\n";
 }
 
 }  // namespace
