@@ -21,7 +21,7 @@ Interrupt::Interrupt() {
     received = 0;
     struct sigaction action {};
     action.sa_handler = note;
-    action.sa_flags = SA_RESTART;  // a write under way is finished
+    action.sa_flags = 0;  // opening a pipe that nobody else opens ends with EINTR
     for (std::size_t i = 0; i < kSignals.size(); ++i) {
         sigaction(kSignals[i], &action, &before[i]);
         // Who started this program may want it to outlive the terminal.

@@ -4,7 +4,8 @@
 
 namespace marovine::host {
 
-/// Holds SIGINT, SIGTERM and SIGHUP back as long as it lives: they are only noted. Only one at a time.
+/// Holds SIGINT, SIGTERM and SIGHUP back as long as it lives: they are only noted, and end with EINTR what
+/// waits. Only one at a time.
 class Interrupt {
  public:
     Interrupt();

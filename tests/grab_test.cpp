@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -139,6 +140,7 @@ TEST_F(GrabTest, SaysWhatIsWrong) {
 TEST_F(GrabTest, AnInterruptLeavesOnlyWholePictures) {
     const pid_t child = fork();
     if (child == 0) {
+        std::signal(SIGINT, SIG_DFL);  // whoever runs the tests may ignore it
         if (chdir(folder.c_str()) == 0)
             execl(MAROVINE_COMMAND, MAROVINE_COMMAND, "grab", "-n", "100000", "-o", "p.png", nullptr);
         _exit(127);
@@ -154,6 +156,14 @@ TEST_F(GrabTest, AnInterruptLeavesOnlyWholePictures) {
     EXPECT_LE(2u, files().size());
     for (const auto& name : files())
         EXPECT_EQ(1024u, virtualboard::imaging::readPng(folder / name).height) << name;
+}
+
+TEST_F(GrabTest, AnInterruptEndsWaitingForAPipe) {
+    ASSERT_EQ(0, mkfifo((folder / "pipe.png").c_str(), 0600));
+    for (const char* arguments : {"grab --view --scene pipe.png", "grab -o pipe.png"}) {
+        const Outcome outcome = run(arguments, "timeout --preserve-status -k 5 2");
+        EXPECT_EQ(128 + SIGTERM, outcome.status) << arguments << outcome.output;
+    }
 }
 
 TEST_F(GrabTest, TheContactSheetIsSmallAndItsViewsDiffer) {

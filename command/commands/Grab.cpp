@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -134,7 +135,12 @@ void takePictures(const Options& options, Session& session, const Interrupt& int
 /// What was taken until the end or an interrupt.
 Result grab(const Options& options, Session& session, const Interrupt& interrupt) {
     Result result;
-    takePictures(options, session, interrupt, result);
+    try {
+        takePictures(options, session, interrupt, result);
+    } catch (const std::runtime_error&) {
+        // A pipe that was waited for cannot be opened any more: that is the interrupt, told by the caller.
+        if (interrupt.signal() == 0) throw;
+    }
     return result;
 }
 
