@@ -151,9 +151,11 @@ TEST(Command, FitsATerminalAndColoursOnlyWhenAsked) {
     for (const char* arguments : {"set FG_WIDTH=1004", "set FG_WIDTH=-8", "set FG_LUT_TYPE=5",
                                   "set FG_TAPGEOMETRY=5", "get --count 5 FG_WIDTH"})
         all.emplace_back(arguments);
+    const fs::path folder = fs::temp_directory_path() / ("marovine-demo-" + std::to_string(getpid()));
+    fs::create_directory(folder);
     for (std::size_t i = 0; i < all.size(); ++i) {
         const std::string& arguments = all[i];
-        const Result result = run(arguments);
+        const Result result = run(arguments, "cd " + folder.string() + " && ");
         EXPECT_EQ(i < refused, result.status == 0) << arguments << result.errors;
         EXPECT_THAT(result.output, Not(HasSubstr("\033["))) << arguments;
         EXPECT_THAT(result.output, Not(HasSubstr("\n\n\n"))) << arguments;
@@ -165,6 +167,7 @@ TEST(Command, FitsATerminalAndColoursOnlyWhenAsked) {
             EXPECT_LE(columns, 80U) << arguments << ": " << line;
         }
     }
+    fs::remove_all(folder);
     EXPECT_THAT(run("tree --color always").output, HasSubstr("\033[1m"));
 }
 

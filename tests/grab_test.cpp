@@ -10,6 +10,8 @@
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -126,7 +128,7 @@ TEST_F(GrabTest, SaysWhatIsWrong) {
           Case{"grab --view --timeout 1 --trigger --set FG_IMGTRIGGERMODE=ASYNC_TRIGGER "
                "--set FG_IMGTRIGGERINSRC=TRGINSOFTWARE --set FG_IMG_SELECT_PERIOD=3 -n 2",
                1, "FG_IMG_SELECT_PERIOD = 3"},
-          Case{"contact-sheet", 2, "--output"}}) {
+          Case{"demo -o nowhere", 1, "no folder nowhere"}, Case{"contact-sheet", 2, "--output"}}) {
         const auto [status, output] = run(c.arguments);
         EXPECT_EQ(c.status, status) << c.arguments;
         std::string joined;  // whatever lines it was broken into
@@ -164,6 +166,22 @@ TEST_F(GrabTest, AnInterruptEndsWaitingForAPipe) {
         const Outcome outcome = run(arguments, "timeout --preserve-status -k 5 2");
         EXPECT_EQ(128 + SIGTERM, outcome.status) << arguments << outcome.output;
     }
+}
+
+TEST_F(GrabTest, TheDemonstrationReplacesNothingElse) {
+    const auto contentOf = [&] {
+        std::ifstream in(folder / "belt.png");
+        return std::string(std::istreambuf_iterator<char>(in), {});
+    };
+    for (const char* says : {"written to belt.png", "was written before to belt.png"})
+        EXPECT_THAT(run("demo").output, HasSubstr(says));
+    EXPECT_THAT(files(), ElementsAre("belt.png", "contact-sheet.png"));
+    const std::string written = contentOf();
+    std::ofstream(folder / "belt.png") << "of another";
+    EXPECT_EQ(1, run("demo").status);
+    EXPECT_EQ("of another", contentOf());
+    EXPECT_EQ(0, run("demo --force -o .").status);
+    EXPECT_EQ(written, contentOf());
 }
 
 TEST_F(GrabTest, TheContactSheetIsSmallAndItsViewsDiffer) {

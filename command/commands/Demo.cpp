@@ -160,7 +160,9 @@ constexpr std::array sections{
     Section{"A line for every pulse at input 1, a flash on output 0", wireATrigger},
 };
 
-void run(Session& session) {
+void run(const DemoOutput& output, Session& session) {
+    if (!output.folder.empty() && !std::filesystem::is_directory(output.folder))
+        throw Failure("there is no folder " + output.folder.string() + " for the pictures");
     const Console& console = session.console();
     Applet applet(session.library(), {.writeDefaults = true, .recordWrites = true, .rememberSteps = true});
     const Stage stage{applet, console};
@@ -172,14 +174,20 @@ void run(Session& session) {
         section.show(stage);
     }
     console.out() << '\n';
-    demonstratePictures(session);
+    demonstratePictures(session, output);
 }
 
 }  // namespace
 
 void defineDemo(CommandLine command, Session& session) {
-    command.footer("Opens an applet of its own: --config and --set do not touch it.");
-    command.action([&session] { run(session); });
+    auto output = std::make_shared<DemoOutput>();
+    command.option("-o,--output", &output->folder,
+                   "Write the two pictures to this folder, not the current one", {.type = "FOLDER"});
+    command.flag("--force", output->replace, "Replace files of their names whatever they hold");
+    command.footer(
+        "Opens an applet of its own: --config and --set do not touch it.\n"
+        "The pictures are belt.png and contact-sheet.png. Files that hold something else stay.");
+    command.action([output, &session] { run(*output, session); });
 }
 
 }  // namespace marovine::host::commands

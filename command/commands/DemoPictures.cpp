@@ -1,8 +1,9 @@
 #include "command/commands/DemoPictures.h"
 
-#include <unistd.h>
-
+#include <array>
 #include <filesystem>
+#include <span>
+#include <stdexcept>
 
 #include "client/Grabber.h"
 #include "command/ContactSheet.h"
@@ -22,31 +23,54 @@ virtualboard::imaging::ImageView upperHalf(const virtualboard::imaging::ImageVie
     return {picture.width, picture.height / 2, picture.bytes.first(picture.bytes.size() / 2)};
 }
 
-/// Beside the applet's library, in the build folder that is; an installation's folder may be closed to us.
-fs::path folderFor(const Library& library) {
-    const fs::path folder = fs::absolute(library.file()).parent_path();
-    return access(folder.c_str(), W_OK) == 0 ? folder : fs::temp_directory_path();
+/// A picture and the file that it goes to.
+struct Work {
+    fs::path file;
+    virtualboard::imaging::Image picture;
+    bool there = false;  ///< as an earlier demonstration left it
+};
+
+bool holds(const fs::path& file, const virtualboard::imaging::Image& picture) {
+    if (!fs::is_regular_file(file)) return false;
+    try {
+        const auto there = virtualboard::imaging::readPng(file);
+        return there.width == picture.width && there.pixels == picture.pixels;
+    } catch (const std::runtime_error&) {
+        return false;  // no picture at all
+    }
+}
+
+void write(std::span<Work> works, bool replace) {
+    for (auto& work : works) {
+        work.there = holds(work.file, work.picture);
+        if (!work.there && !replace && fs::exists(fs::symlink_status(work.file)))
+            throw Failure(work.file.string() +
+                          " is there already and holds something else: name another folder " +
+                          "with -o, or replace it with --force");
+    }
+    for (const auto& work : works)
+        if (!work.there) virtualboard::imaging::writePng(work.file, work.picture);
 }
 
 }  // namespace
 
-void demonstratePictures(Session& session) {
+void demonstratePictures(Session& session, const DemoOutput& output) {
     const Console& console = session.console();
     const auto library = session.library();
-    const fs::path folder = folderFor(*library);
 
     console.heading("A picture of the belt, taken with the defaults: its first half");
     Applet applet(library);
-    const auto picture = firstPicture(applet);
-    showPicture(console, upperHalf(picture), kWidth);
-    const fs::path belt = folder / "belt.png";
-    virtualboard::imaging::writePng(belt, picture);
-    const fs::path sheet = folder / "contact-sheet.png";
-    virtualboard::imaging::writePng(sheet, contactSheet(library));
+    std::array works{Work{output.folder / "belt.png", firstPicture(applet)},
+                     Work{output.folder / "contact-sheet.png", contactSheet(library)}};
+    showPicture(console, upperHalf(works.front().picture), kWidth);
+    write(works, output.replace);
 
     Table table;
-    table.add({"all of it", belt.string()});
-    table.add({"what settings do to it", sheet.string()});
+    const auto told = [](const Work& work) {
+        return (work.there ? "was written before to " : "written to ") + work.file.string();
+    };
+    table.add({"all of it", told(works.front())});
+    table.add({"what settings do to it", told(works.back())});
     table.print(console, 2);
 }
 
