@@ -51,10 +51,13 @@ std::vector<std::string> nearestNames(std::string_view name, const std::vector<s
     const std::size_t tolerance = std::max<std::size_t>(2, name.size() / 3);
     std::vector<Candidate> candidates;
     for (const auto& known : names) {
-        std::size_t distance = editDistance(name, known);
         // "WIDTH" means FG_WIDTH although three letters are missing: leaving out costs less than a typing
         // error.
         const bool contained = wanted.size() >= 3 && lowered(known).find(wanted) != std::string::npos;
+        // The distance is no less than the difference in length; a name of any length costs no time.
+        const std::size_t least = std::max(name.size(), known.size()) - std::min(name.size(), known.size());
+        if (!contained && least > tolerance) continue;
+        std::size_t distance = editDistance(name, known);
         if (contained) distance = std::min(distance, 1 + (known.size() - wanted.size()) / 4);
         if (contained || distance <= tolerance) candidates.push_back({distance, &known});
     }
@@ -75,9 +78,11 @@ bool sameName(std::string_view a, std::string_view b) {
 }
 
 bool matchesPattern(std::string_view name, std::string_view pattern) {
+    const bool plain = pattern.find_first_of("*?[") == std::string_view::npos;
+    if (plain && pattern.size() > name.size()) return false;
     const std::string text = lowered(name);
     const std::string wanted = lowered(pattern);
-    if (wanted.find_first_of("*?[") == std::string::npos) return text.find(wanted) != std::string::npos;
+    if (plain) return text.find(wanted) != std::string::npos;
     return fnmatch(wanted.c_str(), text.c_str(), 0) == 0;
 }
 

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <functional>
 #include <sstream>
 
@@ -253,6 +254,10 @@ TEST(Names, FindsWhatWasMeant) {
              Case{"", {}},
          })
         EXPECT_EQ(nearest, nearestNames(typed, names)) << typed;
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_TRUE(
+        nearestNames(std::string(100'000, 'A'), std::vector<std::string>(1000, names.front())).empty());
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1)) << "a name of any length";
     EXPECT_EQ(3U, editDistance("kitten", "sitting"));
     EXPECT_TRUE(matchesPattern("FG_CAMERASIMULATOR_WIDTH", "simulator"));
     EXPECT_TRUE(matchesPattern("FG_CAMERASIMULATOR_WIDTH", "fg_*_width"));
