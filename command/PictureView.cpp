@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstdlib>
+#include <string_view>
 
 #include "board/imaging/Scene.h"
 #include "pictures/TerminalView.h"
@@ -15,6 +17,18 @@ using virtualboard::imaging::Image;
 using virtualboard::imaging::ImageView;
 
 constexpr std::uint64_t kLongest = 50;  // lines, of two pixels each
+
+/// Of what the environment says: a terminal named after 256 colours has no more unless COLORTERM promises it.
+virtualboard::imaging::Palette paletteOfTerminal() {
+    using virtualboard::imaging::Palette;
+    const auto variable = [](const char* name) {
+        const char* text = std::getenv(name);
+        return std::string_view(text != nullptr ? text : "");
+    };
+    const bool more = variable("COLORTERM") == "truecolor" || variable("COLORTERM") == "24bit";
+    const bool few = variable("TERM").find("256color") != std::string_view::npos;
+    return few && !more ? Palette::Indexed256 : Palette::TrueColour;
+}
 
 /// One character per two pixels, one above the other.
 std::string shades(const ImageView& picture, std::uint32_t columns) {
@@ -41,8 +55,9 @@ void showPicture(const Console& console, const ImageView& picture, std::size_t w
     const std::uint64_t narrow = std::max<std::uint64_t>(1, 2 * kLongest * picture.width / picture.height);
     const auto columns = static_cast<std::uint32_t>(
         std::min({std::uint64_t{console.drawingWidth()}, std::uint64_t{widest}, narrow}));
-    console.out() << (console.coloured() ? virtualboard::imaging::halfBlocks(picture, columns)
-                                         : shades(picture, columns));
+    console.out() << (console.coloured()
+                          ? virtualboard::imaging::halfBlocks(picture, columns, paletteOfTerminal())
+                          : shades(picture, columns));
 }
 
 }  // namespace marovine::host

@@ -456,6 +456,10 @@ TEST(TerminalView, twoPixelsPerCharacter) {
     picture.pixels = {{0, 0, 255}, {0, 0, 255}, {255, 0, 0}, {0, 255, 0}};
     EXPECT_EQ(halfBlocks(picture, 2),
               "\x1b[38;2;255;0;0m\x1b[48;2;0;0;255m\u2580\x1b[48;2;0;255;0m\u2580\x1b[0m\n");
+    EXPECT_EQ(halfBlocks(picture, 2, Palette::Indexed256),
+              "\x1b[38;5;196m\x1b[48;5;21m\u2580\x1b[48;5;46m\u2580\x1b[0m\n");
+    EXPECT_EQ(halfBlocks(Image(1, 2, {120, 121, 119}), 1, Palette::Indexed256),
+              "\x1b[38;5;243m\x1b[48;5;243m\u2580\x1b[0m\n");
     EXPECT_EQ(halfBlocks(picture, 0), "");
     EXPECT_EQ(halfBlocks(Image(), 10), "");
 }
