@@ -95,7 +95,9 @@ std::vector<std::string> wrapped(std::string_view text, std::size_t columns, std
 Console::Console(Colour colour) : out_(&std::cout) {
     width_ = widthOf(STDOUT_FILENO);
     const char* noColour = std::getenv("NO_COLOR");
-    const bool allowed = noColour == nullptr || *noColour == '\0';
+    const char* terminal = std::getenv("TERM");
+    const bool allowed = (noColour == nullptr || *noColour == '\0') &&
+                         (terminal == nullptr || std::string_view(terminal) != "dumb");
     coloured_ = colour == Colour::Always || (colour == Colour::Auto && allowed && isatty(STDOUT_FILENO) == 1);
 }
 
@@ -151,10 +153,10 @@ void Table::print(const Console& console, std::size_t indent) const {
 void Table::printRow(const Console& console, const Row& row, const Layout& layout) const {
     const std::size_t width = console.width() != 0 ? console.width() : std::string::npos;
     std::vector<std::string> lines{std::string(layout.indent, ' ')};
+    std::string below;
     const auto addBelow = [&](const std::string& cell) {
-        const std::size_t indent = layout.indent + kContinuationIndent;
-        for (const auto& part : wrapped(cell, width - std::min(width, indent)))
-            lines.push_back(std::string(indent, ' ') + part);
+        if (!below.empty()) below.append(kColumnGap, ' ');
+        below += cell;
     };
     for (std::size_t i = 0; i < row.cells.size(); ++i) {
         const std::string& cell = row.cells[i];
@@ -163,14 +165,14 @@ void Table::printRow(const Console& console, const Row& row, const Layout& layou
             const auto parts = wrapped(cell, layout.last);
             const bool fits = std::all_of(parts.begin(), parts.end(),
                                           [&](const auto& part) { return columnsOf(part) <= layout.last; });
-            if (lines.size() > 1 || !fits || (parts.size() > 1 && layout.last < kNarrowestColumn)) {
+            if (!below.empty() || !fits || (parts.size() > 1 && layout.last < kNarrowestColumn)) {
                 addBelow(cell);
                 continue;
             }
             lines.front() += parts.front();
             for (std::size_t part = 1; part < parts.size(); ++part)
                 lines.push_back(std::string(layout.before, ' ') + parts[part]);
-        } else if (lines.size() > 1 || columnsOf(lines.front()) + taken > width) {
+        } else if (!below.empty() || columnsOf(lines.front()) + taken > width) {
             addBelow(cell);
         } else if (i < right_.size() && right_[i]) {
             lines.front() += std::string(layout.widths[i] - taken, ' ') + cell + std::string(kColumnGap, ' ');
@@ -178,6 +180,10 @@ void Table::printRow(const Console& console, const Row& row, const Layout& layou
             lines.front() += padded(cell, layout.widths[i]) + std::string(kColumnGap, ' ');
         }
     }
+    const std::size_t indent = layout.indent + kContinuationIndent;
+    if (!below.empty())
+        for (const auto& part : wrapped(below, width - std::min(width, indent)))
+            lines.push_back(std::string(indent, ' ') + part);
     for (auto& line : lines) {
         line.erase(line.find_last_not_of(' ') + 1);
         // A row whose first cells are empty may stand below them altogether.

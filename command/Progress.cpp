@@ -5,7 +5,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <iostream>
+#include <cstdlib>
+#include <string_view>
 #include <utility>
 
 namespace marovine::host {
@@ -21,11 +22,21 @@ std::string progressBar(std::size_t done, std::size_t total, std::size_t columns
     return bar;
 }
 
+namespace {
+
+/// Whether standard error is a terminal on which a line can be drawn again.
+bool canRedraw() {
+    const char* kind = std::getenv("TERM");
+    return isatty(STDERR_FILENO) == 1 && (kind == nullptr || std::string_view(kind) != "dumb");
+}
+
+}  // namespace
+
 Progress::Progress(std::size_t total, std::string unit)
-    : total_(total), unit_(std::move(unit)), terminal_(isatty(STDERR_FILENO) == 1) {}
+    : total_(total), unit_(std::move(unit)), terminal_(canRedraw()) {}
 
 Progress::~Progress() {
-    if (drawn_) std::cerr << "\r\033[K" << std::flush;
+    if (drawn_) std::fputs("\r\033[K", stderr);
 }
 
 void Progress::reached(std::size_t done) {
@@ -36,10 +47,9 @@ void Progress::reached(std::size_t done) {
     last_ = now;
     drawn_ = true;
     const double rate = static_cast<double>(done) / std::chrono::duration<double>(now - start_).count();
-    std::array<char, 64> speed{};
-    std::snprintf(speed.data(), speed.size(), "%.1f/s", rate);
-    std::cerr << '\r' << '[' << progressBar(done, total_, columns) << "] " << done << '/' << total_ << ' '
-              << unit_ << ", " << speed.data() << "\033[K" << std::flush;
+    // Not through the stream of errors, which lets no control characters pass.
+    std::fprintf(stderr, "\r[%s] %zu/%zu %s, %.1f/s\033[K", progressBar(done, total_, columns).c_str(), done,
+                 total_, unit_.c_str(), rate);
 }
 
 }  // namespace marovine::host

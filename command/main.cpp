@@ -1,5 +1,7 @@
 /// The command `marovine`.
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <csignal>
 #include <iostream>
@@ -13,6 +15,7 @@
 #include "command/Json.h"
 #include "command/Session.h"
 #include "command/commands/Commands.h"
+#include "host/TerminalText.h"
 
 namespace {
 
@@ -24,7 +27,8 @@ constexpr const char* kFooter =
     "Chain steps in one run: --config FILE.mcf is loaded first, then every --set is applied, then the\n"
     "command runs. Keep a state with `marovine save` and come back to it with --config.\n"
     "\n"
-    "Exit status: 0 done, 1 refused by the applet or failed, 2 the command line makes no sense.";
+    "Exit status: 0 done, 1 refused by the applet or failed, 2 the command line makes no sense,\n"
+    "128 and the signal's number after a signal (130 for Ctrl-C, 143 for SIGTERM, 129 for SIGHUP).";
 
 void addGlobalOptions(CommandLine line, GlobalOptions& options) {
     line.option("--config", &options.config, "Load this configuration first",
@@ -111,6 +115,8 @@ int run(Program& program, Session& session, std::vector<std::string> arguments) 
 int main(int count, char** arguments) {
     // A file that may not grow any more is a failed write, told like any other.
     std::signal(SIGXFSZ, SIG_IGN);
+    const TerminalText output(std::cout, STDOUT_FILENO);
+    const TerminalText errors(std::cerr, STDERR_FILENO);
     Session session;
     Program program(kAbout, "marovine", kFooter);
     addGlobalOptions(program.top(), session.options);

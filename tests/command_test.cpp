@@ -169,6 +169,21 @@ TEST(Command, FitsATerminalAndColoursOnlyWhenAsked) {
     }
     fs::remove_all(folder);
     EXPECT_THAT(run("tree --color always").output, HasSubstr("\033[1m"));
+    EXPECT_THAT(run("list", "COLUMNS=40 ").output, HasSubstr("FG_TIMEOUT\n      rw  1000000 seconds\n"));
+}
+
+TEST(Command, SendsATerminalOnlyWhatItStands) {
+    const auto shown = [](const std::string& arguments, const std::string& terminal) {
+        return run(arguments + "' /dev/null </dev/null",
+                   "NO_COLOR= COLORTERM= TERM=" + terminal + " script -qec '")
+            .output;
+    };
+    EXPECT_THAT(shown("tree", "dumb"), Not(HasSubstr("\033")));
+    EXPECT_THAT(shown("tree", "xterm"), HasSubstr("\033[1mCamera Link\033[0m"));
+    EXPECT_THAT(shown("grab --view", "xterm-256color"), HasSubstr("\033[38;5;"));
+    const std::string file = "\033]0;title\007 \x9B \xC2\x9B \r \xC2\xB5";
+    EXPECT_THAT(shown("get FG_DEBUGFILE --set \"FG_DEBUGFILE=" + file + "\"", "xterm"),
+                HasSubstr("\\x1B]0;title\\x07 \\x9B \\xC2\\x9B \\x0D \xC2\xB5"));
 }
 
 TEST(Command, ReportsASetWithAllThatMoved) {
