@@ -146,7 +146,8 @@ Result grab(const Options& options, Session& session, const Interrupt& interrupt
 
 void print(const Console& console, const Result& result) {
     auto& out = console.out();
-    const auto& [files, sizes, lost] = result;
+    const auto& files = result.files;
+    const auto& sizes = result.sizes;
     const std::size_t taken = sizes.size();
     if (taken == 1) {
         out << (files.empty() ? "" : files.front() + ": ") << sizes.front().text() << '\n';
@@ -164,8 +165,8 @@ void print(const Console& console, const Result& result) {
                 << '\n';
         }
     }
-    if (lost > 0)
-        out << lost << " pictures were lost: this host was slower than the camera; leave out "
+    if (result.lost > 0)
+        out << result.lost << " pictures were lost: this host was slower than the camera; leave out "
             << "--real-time\n";
 }
 
