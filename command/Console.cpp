@@ -153,10 +153,14 @@ void Table::print(const Console& console, std::size_t indent) const {
 void Table::printRow(const Console& console, const Row& row, const Layout& layout) const {
     const std::size_t width = console.width() != 0 ? console.width() : std::string::npos;
     std::vector<std::string> lines{std::string(layout.indent, ' ')};
-    std::string below;
+    const std::size_t indent = layout.indent + kContinuationIndent;
+    const std::size_t room = width - std::min(width, indent);
+    std::vector<std::string> below;  // side by side as far as they fit
     const auto addBelow = [&](const std::string& cell) {
-        if (!below.empty()) below.append(kColumnGap, ' ');
-        below += cell;
+        if (!below.empty() && columnsOf(below.back()) + kColumnGap + columnsOf(cell) <= room)
+            below.back() += std::string(kColumnGap, ' ') + cell;
+        else
+            for (auto& part : wrapped(cell, room)) below.push_back(std::move(part));
     };
     for (std::size_t i = 0; i < row.cells.size(); ++i) {
         const std::string& cell = row.cells[i];
@@ -172,7 +176,7 @@ void Table::printRow(const Console& console, const Row& row, const Layout& layou
             lines.front() += parts.front();
             for (std::size_t part = 1; part < parts.size(); ++part)
                 lines.push_back(std::string(layout.before, ' ') + parts[part]);
-        } else if (!below.empty() || columnsOf(lines.front()) + taken > width) {
+        } else if (i > 0 && (!below.empty() || columnsOf(lines.front()) + taken > width)) {
             addBelow(cell);
         } else if (i < right_.size() && right_[i]) {
             lines.front() += std::string(layout.widths[i] - taken, ' ') + cell + std::string(kColumnGap, ' ');
@@ -180,10 +184,7 @@ void Table::printRow(const Console& console, const Row& row, const Layout& layou
             lines.front() += padded(cell, layout.widths[i]) + std::string(kColumnGap, ' ');
         }
     }
-    const std::size_t indent = layout.indent + kContinuationIndent;
-    if (!below.empty())
-        for (const auto& part : wrapped(below, width - std::min(width, indent)))
-            lines.push_back(std::string(indent, ' ') + part);
+    for (const auto& part : below) lines.push_back(std::string(indent, ' ') + part);
     for (auto& line : lines) {
         line.erase(line.find_last_not_of(' ') + 1);
         // A row whose first cells are empty may stand below them altogether.

@@ -95,7 +95,7 @@ void printTable(const Console& console, const std::vector<Wire>& wires) {
                   wire.agrees ? Style::Plain : Style::Bad);
     }
     table.print(console);
-    console.out() << "<-o- is inverted. Signals are read from the design, not from the parameters.\n";
+    console.paragraph("<-o- is inverted. Signals are read from the design, not from the parameters.");
 }
 
 void run(const Options& options, Session& session) {
