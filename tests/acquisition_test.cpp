@@ -377,6 +377,11 @@ TEST_F(ManualClockTest, AnInputTriggersAndGates) {
         applet.board().setInput(3, false);
         EXPECT_EQ(0, stop(memory));
     }
+    const FrameMemory memory(1, 64 * 100 * 3);
+    ASSERT_EQ(0, acquire(memory));
+    EXPECT_EQ(0, read("FG_IMGTRIGGER_IS_BUSY")) << "input 10 is high";
+    applet.board().force("Device1_Process0_Trigger_InputSignal_ImgTrgInSource_Input_Select", 64u + 10);
+    EXPECT_EQ(1, read("FG_IMGTRIGGER_IS_BUSY")) << "no such input: low";
 }
 
 // ---- refusals and endings ----

@@ -119,6 +119,8 @@ TEST_F(BoardControlTest, AWatcherMayUseTheBoardAndItsFailureStaysInside) {
     EXPECT_EQ(512u, seen) << "it took itself away";
     control.watchWrites([](const Write&) { throw std::runtime_error("no"); });
     EXPECT_EQ(kInternalFailure, set(kWidth, 2048));
+    control.watchWrites([](const Write&) { throw 7; });
+    EXPECT_EQ(kInternalFailure, set(kWidth, 1024));
 }
 
 TEST_F(BoardControlTest, RefusesTheWritesAndReadsItIsToldTo) {

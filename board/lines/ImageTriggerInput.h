@@ -2,6 +2,8 @@
 
 /// The input of the design's image trigger: where its level comes from.
 
+#include <limits>
+
 #include "board/design/Slot.h"
 
 namespace virtualboard {
@@ -22,7 +24,7 @@ class ImageTriggerInput {
     /// Whether the trigger is active: the selected input or the software's level, turned round where the
     /// polarity says so.
     bool active() const {
-        const Number level = fromSoftware() ? read(software_) : read(inputs_) >> read(select_);
+        const Number level = fromSoftware() ? read(software_) : selectedInput();
         return ((level ^ read(polarity_)) & 1) != 0;
     }
 
@@ -35,6 +37,11 @@ class ImageTriggerInput {
     static constexpr Number kFromSoftware = 4;
 
     static Number read(const Slot* slot) { return slot != nullptr ? slot->value : 0; }
+    /// The selected input in bit 0; a forced selection behind the last bit finds none.
+    Number selectedInput() const {
+        const Number select = read(select_);
+        return select < std::numeric_limits<Number>::digits ? read(inputs_) >> select : 0;
+    }
     bool fromSoftware() const { return read(source_) == kFromSoftware; }
 
     const Slot* source_ = nullptr;

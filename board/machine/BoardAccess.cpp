@@ -198,7 +198,11 @@ int Board::setNoticed(Lock& lock, int id, Slot* slot, const void* value, FgParam
     if (recording_) journal_.push_back(noted);
     const auto watcher = watcher_;
     lock.unlock();  // a watcher may use the control interface
-    if (watcher != nullptr) (*watcher)(noted);
+    try {
+        if (watcher != nullptr) (*watcher)(noted);
+    } catch (...) {  // a number that foreign code throws would pass for a result
+        return kInternalFailure;
+    }
     return code;
 }
 

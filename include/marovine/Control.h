@@ -53,7 +53,8 @@ class Control {
     void recordWrites(bool on);
     /// The journal so far, oldest first; empties it.
     std::vector<Write> takeWrites();
-    /// Calls `watcher` at each write after it was carried out; an empty function ends that.
+    /// Calls `watcher` at each write after it was carried out; an empty function ends that. When it throws,
+    /// whatever it throws, the write answers -31020; what was written stays.
     void watchWrites(std::function<void(const Write&)> watcher);
 
     // ---- values ----
