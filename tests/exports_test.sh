@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The library exports exactly what its header declares, needs the runtimes by their plain names, and lets an
-# installation's own libraries win. Usage: exports_test.sh LIBRARY HEADER
+# installation's own libraries win; nothing built beside it looks for libraries elsewhere.
+# Usage: exports_test.sh LIBRARY HEADER
 set -euo pipefail
 library=$1
 header=$2
@@ -24,4 +25,9 @@ grep -qE 'Shared library: \[lib(fglib5|virtualboard|common-logging-dispatcher)' 
     fail "needs a library that it must open by name, or the virtual board"
 grep -q '(RUNPATH)' <<<"$dynamic" || fail "has no RUNPATH"
 grep -q '(RPATH)' <<<"$dynamic" && fail "has an RPATH"
+
+# An empty element of a run path is the current folder, where anybody may have put a library.
+astray=$(find "$(dirname "$library")" -name CMakeFiles -prune -o -type f -perm -u+x -exec readelf -d {} + 2>/dev/null |
+    grep -E '\(R(UN)?PATH\)' | grep -vE '\[\$ORIGIN(:\$ORIGIN/\.\./lib64)?\]') &&
+    fail "run paths that lead astray: $astray"
 exit $status
