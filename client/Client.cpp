@@ -45,6 +45,7 @@ Value inOwnType(const Parameter& parameter, const Value& value) {
 
 Applet::Applet(std::shared_ptr<const Library> library, OpenOptions options)
     : library_(std::move(library)), options_(options), board_(slot_.device), instance_(*library_) {
+    board_.setClockManual();  // in real time the read-outs would depend on how long the opening takes
     board_.recordWrites(options_.recordWrites);
     int error = 0;
     record()->instance = library_->stdEntry(device(), &error, options_.writeDefaults ? 0 : kFlagAttach);

@@ -34,8 +34,8 @@ struct OpenOptions {
     bool rememberSteps = false;  ///< keeps every accepted set and load, so that `twin` can repeat them
 };
 
-/// An applet instance on a virtual board of its own. Both end with the object. Codes of the applet arrive as
-/// `Refused`, names that it does not know as `UnknownName`.
+/// An applet instance on a virtual board of its own, whose clock stands still at first. Both end with the
+/// object. Codes of the applet arrive as `Refused`, names that it does not know as `UnknownName`.
 class Applet {
  public:
     explicit Applet(std::shared_ptr<const Library> library, OpenOptions options = {});

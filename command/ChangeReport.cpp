@@ -7,16 +7,6 @@
 
 namespace marovine::host {
 
-namespace {
-
-/// The clock stops before the first look at the parameters.
-Applet& withStoppedClock(Applet& applet) {
-    applet.board().setClockManual(true);
-    return applet;
-}
-
-}  // namespace
-
 void addTraceOption(CommandLine command, TraceOption& option) {
     command.option("--trace", &option.text,
                    "Print every design write in order; with FILE.json or FILE.csv, keep them there",
@@ -31,7 +21,7 @@ std::filesystem::path TraceOption::file() const {
 }
 
 ChangeReport::ChangeReport(Applet& applet, TraceOption trace)
-    : applet_(withStoppedClock(applet)), option_(std::move(trace)), before_(applet) {
+    : applet_(applet), option_(std::move(trace)), before_(applet) {
     static_cast<void>(option_.file());  // a name without meaning is told before anything is set
     if (option_.wanted()) trace_.emplace(applet_);
 }
@@ -52,7 +42,6 @@ void ChangeReport::note(const std::string& cause) {
 
 void ChangeReport::finish() {
     after_.emplace(applet_);
-    applet_.board().setClockManual(false);
     changes_ = changesBetween(before_, *after_);
     if (trace_ && !option_.file().empty()) trace_->save(option_.file());
 }

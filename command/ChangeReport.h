@@ -28,8 +28,8 @@ struct TraceOption {
 
 void addTraceOption(CommandLine command, TraceOption& option);
 
-/// Watches an applet while settings are changed. The board's clock stands still from the making of the object
-/// until `finish`, so that running counters are not taken for changes.
+/// Watches an applet while settings are changed, on a board whose clock stands still: running counters would
+/// be taken for changes.
 class ChangeReport {
  public:
     ChangeReport(Applet& applet, TraceOption trace);

@@ -103,6 +103,8 @@ TEST(Command, EndsWithAStatusThatScriptsCanTrust) {
              Case{"set FG_WIDTH=99999999999", 1, "above the largest accepted value 16384"},
              Case{"set FG_WIDTH=8 --trace=x.txt", 2, ".csv"},
              Case{"set --trace x.txt FG_WIDTH=8", 2, ".csv"},
+             Case{"status", 0, "FG_SIGNAL_ANALYZER_0_PULSE_COUNT 0 "},
+             Case{"status --after 1", 0, "FG_SIGNAL_ANALYZER_0_PULSE_COUNT 5000 "},
              Case{"status --after nan", 2, "nan is no finite number"},
              Case{"status --after inf", 2, "inf is no finite number"},
              Case{"grab --speed nan -o x.png", 2, "nan is no finite number"},

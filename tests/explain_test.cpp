@@ -117,7 +117,6 @@ TEST_F(Explaining, NamesTheRuleAndTheCause) {
         } catch (const Refused& refusal) {
             code = refusal.code;
         }
-        fresh.board().setClockManual();
         const Snapshot before(fresh);
         const Explanation why = explain(fresh, refused, code);
         EXPECT_EQ(sentence, why.sentence());

@@ -166,8 +166,6 @@ void run(const DemoOutput& output, Session& session) {
     const Console& console = session.console();
     Applet applet(session.library(), {.writeDefaults = true, .recordWrites = true, .rememberSteps = true});
     const Stage stage{applet, console};
-    // Counters that run on their own would look like changes.
-    applet.board().setClockManual(true);
     for (const auto& section : sections) {
         if (&section != sections.data()) console.out() << '\n';
         console.heading(section.title);

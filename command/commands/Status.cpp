@@ -95,10 +95,7 @@ void print(const Console& console, const std::vector<Reading>& readings) {
 
 void run(const Options& options, Session& session) {
     Applet& applet = session.applet();
-    if (options.after > 0) {
-        applet.board().setClockManual(true);
-        applet.board().advanceClock(options.after);
-    }
+    applet.board().advanceClock(options.after);
     std::vector<Reading> readings;
     for (const auto& parameter : applet.tree())
         if (isReadOut(parameter.name)) readings.push_back(readingOf(applet, parameter.name));
@@ -123,8 +120,8 @@ void defineStatus(CommandLine command, Session& session) {
                    {.type = "SECONDS", .minimum = 0.0, .maximum = 1e9});
     command.flag("--json", options->json, "As a JSON object");
     command.footer(
-        "The signal analyzers count on the board's own clock: with --after 1 they show what a\n"
-        "second brings, at once.");
+        "The board's clock, on which the signal analyzers count, stands still: with --after 1 they show\n"
+        "what a second brings, at once.");
     command.action([options, &session] { run(*options, session); });
 }
 
