@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Installs a build, moves the installation and uses it from another folder: nothing of the build may be needed.
-# Usage: installation_test.sh BUILD_FOLDER HOST.c
+# Usage: installation_test.sh BUILD_FOLDER EXAMPLES
 set -euo pipefail
 build=$1
-host=$2
+examples=$2
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
@@ -33,7 +33,11 @@ int main() {
 }
 END
 options=(-Imoved/include -Lmoved/lib64 -Wl,-rpath,"$work/moved/lib64")
-cc "${options[@]}" "$host" -lvirtualboard -ldl -o example
-./example moved/lib64/libMarovine.so | grep -q "FG_WIDTH is 2048"
+for host in host grab; do
+    cc -std=c90 -pedantic -Werror "${options[@]}" "$examples/$host.c" -lvirtualboard -ldl -o $host
+done
+./host moved/lib64/libMarovine.so | grep -q "FG_WIDTH is 2048"
+./grab moved/lib64/libMarovine.so belt.ppm | grep -q "picture 3: 1024 x 256"
+[ "$(wc -c <belt.ppm)" -eq $((16 + 1024 * 256 * 3)) ]
 c++ -std=c++20 "${options[@]}" uses_control.cpp -lvirtualboard -o uses_control
 ./uses_control
