@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The library exports exactly what its header declares, needs the runtimes by their plain names, and lets an
-# installation's own libraries win; nothing built beside it looks for libraries elsewhere.
-# Usage: exports_test.sh LIBRARY HEADER
+# installation's own libraries win; nothing built beside it looks for libraries elsewhere; what is shipped is hardened.
+# Usage: exports_test.sh LIBRARY HEADER [HARDENED...]
 set -euo pipefail
 library=$1
 header=$2
@@ -30,4 +30,10 @@ grep -q '(RPATH)' <<<"$dynamic" && fail "has an RPATH"
 astray=$(find "$(dirname "$library")" -name CMakeFiles -prune -o -type f -perm -u+x -exec readelf -d {} + 2>/dev/null |
     grep -E '\(R(UN)?PATH\)' | grep -vE '\[\$ORIGIN(:\$ORIGIN/\.\./lib64)?\]') &&
     fail "run paths that lead astray: $astray"
+
+for file in "${@:3}"; do
+    parts=$(readelf -lW "$file") dynamic=$(readelf -d "$file") symbols=$(readelf -sW --dyn-syms "$file")
+    grep -q GNU_RELRO <<<"$parts" && grep -q BIND_NOW <<<"$dynamic" || fail "$file: what the loader wrote stays writable"
+    grep -q __stack_chk_fail <<<"$symbols" || fail "$file: no stack protector"
+done
 exit $status
