@@ -110,9 +110,9 @@ class Fg_ParameterInfo {
     static constexpr std::size_t kFirstBlock = std::size_t{112} * 1024;
 
     // All memory of a tree comes from one arena, because a tree is filled once at every opening of an
-    // instance and freed as a whole.
+    // instance and freed as a whole. Not from the default resource, which is the host's to change.
     struct Process {
-        std::pmr::monotonic_buffer_resource arena{kFirstBlock};
+        std::pmr::monotonic_buffer_resource arena{kFirstBlock, std::pmr::new_delete_resource()};
         RegisterInfo* first = nullptr;
         bool finalised = false;
 

@@ -26,7 +26,10 @@ std::string textAt(const RegisterInfo* node, std::size_t offset) {
 }
 
 TEST(ParameterInfo, TopLevelGroupsAreListedNewestFirst) {
+    // The default resource is the host's business.
+    auto* const hosts = std::pmr::set_default_resource(std::pmr::null_memory_resource());
     Fg_ParameterInfo registry(1);
+    std::pmr::set_default_resource(hosts);
     EXPECT_EQ(registry.getRegisterInfo(0), nullptr);
     RegisterInfo* const oldest = registry.addGroupInfo(0, nullptr, "Camera Link");
     RegisterInfo* const middle = registry.addGroupInfo(0, nullptr, "ROI");
