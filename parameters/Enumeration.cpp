@@ -28,9 +28,9 @@ int FgGxWrapperImpl::Fg_getParameterIdByName(const char* name) {
 }
 
 std::uint64_t FgGxWrapperImpl::Fg_getEventMask(const char* name) {
-    const std::uint64_t mask = name != nullptr ? events_.maskOf(name) : 0;
-    setError(mask != 0 ? error::success : error::invalidArgument);
-    return mask;
+    const auto mask = name != nullptr ? events_.maskOf(name) : std::nullopt;
+    setError(mask ? error::success : error::invalidArgument);
+    return mask.value_or(0);
 }
 
 const char* FgGxWrapperImpl::Fg_getEventName(unsigned long mask) {

@@ -1,13 +1,13 @@
 /// What an instance looks up once when it is opened: the names of the pseudo-parameters, the events, and the
 /// ids of the design parameters.
 
-#include <deque>
 #include <string_view>
 #include <unordered_map>
 
 #include "base/LogLine.h"
 #include "base/TrueWord.h"
 #include "parameters/FgGxWrapperImpl.h"
+#include "params/DesignTree.h"
 #include "tables/EventTable.h"
 
 using marovine::kDesignIdBase;
@@ -15,22 +15,6 @@ using marovine::kRegisterIdBase;
 using tavr::templates::platform::PropertiesFile;
 
 namespace {
-
-/// Whether a node of the inner handle's tree describes a single value.
-bool isScalar(const RegisterInfo& node) {
-    switch (node.kind) {
-        case FG_KIND_UINT32:
-        case FG_KIND_ENUMERATION:
-        case FG_KIND_TEXT:
-        case FG_KIND_DOUBLE:
-        case FG_KIND_UINT64:
-        case FG_KIND_INT32:
-        case FG_KIND_INT64:
-            return true;
-        default:
-            return false;
-    }
-}
 
 /// One more than the bits of a mask: a design that has this many events is not searched further.
 constexpr int kEventSearchLimit = 65;
@@ -45,19 +29,10 @@ void FgGxWrapperImpl::initInternalMaps() {
 }
 
 void FgGxWrapperImpl::recordScalarDesignParameters() {
-    std::deque<const RegisterInfo*> queue{getUnwrappedParameterInfo()};
-    for (; !queue.empty(); queue.pop_front()) {
-        const RegisterInfo* group = queue.front();
-        if (group == nullptr || group->kind != FG_KIND_GROUP) continue;
-        for (int i = 0; i < group->value.group.childCount; ++i) {
-            const RegisterInfo* child = group->value.group.children[i];
-            if (isScalar(*child) && child->name != nullptr)
-                properties_.setProperty(PropertiesFile::key(propertiesSection_, child->name), "On");
-            else if (child->kind == FG_KIND_GROUP)
-                queue.push_back(child);
-        }
-        queue.push_back(group->next);
-    }
+    marovine::forEachScalarLeaf(getUnwrappedParameterInfo(), [&](const RegisterInfo& leaf, const auto&) {
+        if (leaf.name != nullptr)
+            properties_.setProperty(PropertiesFile::key(propertiesSection_, leaf.name), "On");
+    });
 }
 
 void FgGxWrapperImpl::addRegisterNames() {

@@ -1,13 +1,14 @@
 /// Fills the description registry: the catalogue, then the groups of direct access when they are switched on.
 
-#include <deque>
+#include <algorithm>
+#include <array>
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
 #include "parameters/FgGxWrapperImpl.h"
+#include "params/DesignTree.h"
 #include "tables/Catalogue.h"
 
 using marovine::CatalogueRow;
@@ -127,7 +128,9 @@ void FgGxWrapperImpl::addRegisterGroup() {
         const std::string displayName = name + " (" + std::to_string(bits) + ")";
         const std::string fullName = "DRA_" + name;
         const int id = number + marovine::kRegisterIdBase;
-        const std::uint64_t maximum = bits >= 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << bits) - 1;
+        // A design that reports no sensible width gets an empty or a full range.
+        const std::uint64_t maximum =
+            bits >= 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << std::max(bits, 0)) - 1;
         enterInRegistryMap(bits <= 32 ? registry.addInfoUInt(group, displayName.c_str(), fullName.c_str(), 0,
                                                              static_cast<std::uint32_t>(maximum), 1, access,
                                                              1, 1, nullptr, id, 0)
@@ -146,24 +149,12 @@ struct InnerLeaf {
     std::vector<const RegisterInfo*> path;
 };
 
-/// All leaves of the inner tree by id, met breadth-first; the first leaf of an id counts.
+/// All scalar leaves of the inner tree by id; the first leaf of an id counts.
 std::unordered_map<int, InnerLeaf> leavesOf(const RegisterInfo* root) {
     std::unordered_map<int, InnerLeaf> leaves;
-    using Level = std::pair<const RegisterInfo*, std::vector<const RegisterInfo*>>;
-    std::deque<Level> queue;
-    for (const RegisterInfo* node = root; node != nullptr; node = node->next)
-        queue.emplace_back(node, std::vector<const RegisterInfo*>{});
-    for (; !queue.empty(); queue.pop_front()) {
-        auto& [node, path] = queue.front();
-        if (node->kind != FG_KIND_GROUP) {
-            leaves.try_emplace(node->address, InnerLeaf{node, path});
-            continue;
-        }
-        auto below = path;
-        below.push_back(node);
-        for (int i = 0; i < node->value.group.childCount; ++i)
-            queue.emplace_back(node->value.group.children[i], below);
-    }
+    marovine::forEachScalarLeaf(root, [&](const RegisterInfo& leaf, const auto& path) {
+        leaves.try_emplace(leaf.address, InnerLeaf{&leaf, path});
+    });
     return leaves;
 }
 
@@ -188,7 +179,8 @@ RegisterInfo* copyLeaf(Fg_ParameterInfo& registry, RegisterInfo* group, const Re
         case FG_KIND_DOUBLE:
             return add(addInfo<double>, v.real);
         case FG_KIND_TEXT:
-            return registry.addInfoString(group, leaf.displayName, name, v.text.attribute, leaf.accessFlags,
+            // The attribute is the applet's own: a runtime may keep something else in its place.
+            return registry.addInfoString(group, leaf.displayName, name, nullptr, leaf.accessFlags,
                                           leaf.secondFlags, leaf.publish, leaf.unit, id, 0);
         case FG_KIND_ENUMERATION: {
             RegisterInfo* node =

@@ -1,6 +1,7 @@
 /// Opening on host runtimes that are missing or incomplete. Each case runs in a process of its own, whose
 /// library path leads to the runtime in question; the log goes to the board's dispatcher on standard error.
 
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -12,7 +13,35 @@
 
 #include "base/ErrorCodes.h"
 #include "marovine/Control.h"
+#include "marovine/OutsideRuntimes.h"
 #include "marovine/marovine.h"
+
+namespace {
+
+/// Whether the design has 65 events, named by their numbers, and registers of a negative width.
+bool strangeDesign = false;
+
+template <class Function>
+Function* real(Function*, const char* name) {
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+// These stand before the design runtime's own.
+HapEvent* HapGetEvent(fpga_design* design, int number) {
+    if (!strangeDesign) return real(&HapGetEvent, "HapGetEvent")(design, number);
+    static std::array<std::string, 65> names;
+    static HapEvent event{};
+    if (number > 64) return nullptr;
+    names.at(static_cast<std::size_t>(number)) = std::to_string(number);
+    event = {0, names.at(static_cast<std::size_t>(number)).c_str(), 0, 1};
+    return &event;
+}
+
+int HapGetRegisterBitRange(fpga_design* design, int number) {
+    return strangeDesign ? -1 : real(&HapGetRegisterBitRange, "HapGetRegisterBitRange")(design, number);
+}
 
 namespace marovine {
 namespace {
@@ -104,6 +133,27 @@ TEST(Child, DISABLED_Acquire) {
     virtualboard::removeBoard(board);
 }
 
+/// Opens with direct access on a strange design and a runtime with a strange tree.
+TEST(Child, DISABLED_OpenStrangeDesign) {
+    strangeDesign = true;
+    GXdevice* board = virtualboard::insertBoard();
+    Fg_Struct record{Std_entry(board, nullptr, 1)};
+    const auto* tree = Fg_getParameterInfo(&record, 0);
+    const RegisterInfo* root = tree->value.group.children[0];
+    const RegisterInfo* next = root->value.group.children[0];
+    const RegisterInfo* text = root->value.group.children[1];
+    std::printf("%s: %s '%s', %s: %s\n", root->displayName, text->name, text->value.text.attribute,
+                next->displayName, next->value.group.children[0]->name);
+    std::printf("width %u\n", tree->next->value.group.children[0]->value.uint32.maximum);
+    for (const char* event : {"63", "64", "65"}) {
+        const auto mask = Fg_getEventMask(&record, event);
+        std::printf("event %s: %d %d\n", event, mask == 1ULL << 63, Fg_getLastErrorNumber(&record));
+    }
+    EXPECT_EQ(nullptr, Fg_getEventName(&record, 0));
+    EXPECT_EQ(error::invalidArgument, Fg_getLastErrorNumber(&record));
+    Fg_FreeGrabber(&record);
+}
+
 TEST(RuntimeBinding, FailsWithoutTheLibrary) {
     const auto [status, output] = runChild(runtimeAt("unloadable"), "Open");
     EXPECT_EQ(0, status) << output;
@@ -178,6 +228,16 @@ TEST(RuntimeBinding, PassesAcquisitionOnToTheInnerHandle) {
             EXPECT_THAT(output, HasSubstr(call + answer));
         EXPECT_THAT(output, HasSubstr("free on the inner handle:\nfreeing gave " + result + "\n"));
     }
+}
+
+TEST(RuntimeBinding, TrustsNeitherTreeNorDesignTooFar) {
+    const auto [status, output] =
+        runChild(runtimeAt("echoing") + " FAKE_RUNTIME_RESULT=0 TAVR_ENABLE_DGXA=1 TAVR_ENABLE_DRA=1",
+                 "OpenStrangeDesign");
+    EXPECT_EQ(0, status) << output;
+    for (const char* line : {"Root: DGXA_Text '', Next: DGXA_Count", "width 0", "event 63: 1 0",
+                             "event 64: 0 0", "event 65: 0 -2070"})
+        EXPECT_THAT(output, HasSubstr(line));
 }
 
 TEST(RuntimeBinding, StaysSilentUnlessAskedToSpeak) {

@@ -1,9 +1,10 @@
 /// A host runtime that prints the arguments of each acquisition call and answers with the number in
-/// FAKE_RUNTIME_RESULT; its own last error number is -4711.
+/// FAKE_RUNTIME_RESULT; its own last error number is -4711. Its parameter tree is full of traps.
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 
 #include "marovine/marovine.h"
 
@@ -23,10 +24,40 @@ std::intptr_t number(const void* address) {
     return reinterpret_cast<std::intptr_t>(address);
 }
 
+/// Null children, a text that keeps something else where an attribute would stand, a group that only the
+/// next pointer of another leads to, and one that leads back to the root.
+RegisterInfo* trickyTree() {
+    static RegisterInfo root{}, text{}, first{}, second{}, number{};
+    static RegisterInfo *ofRoot[] = {nullptr, &text, &first}, *ofSecond[] = {&number, &root};
+    const auto group = [](RegisterInfo& node, char* name, auto& children) {
+        node.displayName = name;
+        node.value.group = {static_cast<std::int32_t>(std::size(children)), children, 0};
+    };
+    static char names[][6] = {"Root", "Next", "Text", "Count"};
+    group(root, names[0], ofRoot);
+    group(second, names[1], ofSecond);
+    first.value.group.childCount = 1;
+    first.next = &second;
+    text.kind = FG_KIND_TEXT;
+    text.value.text.attribute = reinterpret_cast<char*>(1);
+    number.kind = FG_KIND_UINT32;
+    text.name = names[2];
+    number.name = names[3];
+    text.address = 'T';
+    number.address = 'C';
+    return &root;
+}
+
 }  // namespace
 
 #pragma GCC visibility push(default)
 extern "C" {
+RegisterInfo* Fg_getParameterInfo(Fg_Struct*, int) {
+    return trickyTree();
+}
+int Fg_getParameterIdByName(Fg_Struct*, const char* name) {
+    return *name;
+}
 Fg_Struct* Fg_InitHandleSlaveAware(const char* design, GXdevice*, fpga_design*, int flags) {
     std::printf("open %s with flags %d\n", design, flags);
     return &innerHandle;
