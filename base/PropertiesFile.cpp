@@ -7,11 +7,10 @@ namespace tavr::templates::platform {
 namespace {
 
 constexpr const char kSeparator[] = "::";
-constexpr std::size_t kSeparatorLength = sizeof kSeparator - 1;
 
 bool hasSectionAndName(const std::string& key) {
     const std::size_t separator = key.find(kSeparator);
-    return separator != std::string::npos && separator != 0 && separator + kSeparatorLength != key.size();
+    return separator != std::string::npos && separator != 0 && !key.ends_with(kSeparator);
 }
 
 }  // namespace

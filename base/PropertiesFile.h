@@ -11,7 +11,7 @@ namespace tavr::templates::platform {
 /// A store of named texts in sections, kept in memory: key = section + "::" + name. Usable from any thread.
 class PropertiesFile {
  public:
-    /// With the flag set (as at first), a key needs a section and a name around its first "::".
+    /// With the flag set (as at first), a key needs a section before its first "::" and must not end in "::".
     void setSections(bool sections) { sections_ = sections; }
     /// With the flag clear (as at first), keys and section names are upper-cased before use.
     void setCaseSensitive(bool caseSensitive) { caseSensitive_ = caseSensitive; }

@@ -233,6 +233,7 @@ void FgGxWrapperImpl::readLookupTable(const marovine::LookupTable& table, void* 
         auto* block = static_cast<FieldParameterAccess*>(value);
         if (block->start >= entries || block->count > entries || block->start > entries - block->count)
             throw error::invalidArgument;
+        if (!marovine::isLookupTableType(block->type)) throw error::invalidArgument;
         if (block->count != 0 && block->values == nullptr) throw error::invalidArgument;
         std::copy_n(table.data() + block->start, block->count, static_cast<std::uint32_t*>(block->values));
     } else {

@@ -31,6 +31,11 @@
 namespace marovine {
 /// Longest text that a getter may write, without its terminator.
 inline constexpr std::size_t kTextRoom = 655360;
+
+/// Whether a block of a lookup table may have this value type, all of which are 32 bits wide.
+constexpr bool isLookupTableType(std::int32_t type) {
+    return type == FG_TYPE_INT32 || type == FG_TYPE_UINT32 || type == FG_TYPE_FIELD_INT;
+}
 }  // namespace marovine
 
 class FgGxWrapperImpl final : public FgGxWrapper {

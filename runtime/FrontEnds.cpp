@@ -76,7 +76,8 @@ std::uint64_t FgGxWrapper::Fg_getEventMask(const char* name) {
     if (name == nullptr) return 0;
     for (int number = 0; number < kEventLimit; ++number) {
         const HapEvent* event = HapGetEvent(designHandle(), number);
-        if (event != nullptr && std::strcmp(event->name, name) == 0) return std::uint64_t{1} << number;
+        if (event != nullptr && event->name != nullptr && std::strcmp(event->name, name) == 0)
+            return std::uint64_t{1} << number;
     }
     return 0;
 }

@@ -234,6 +234,7 @@ TEST_F(LookupTableTest, ReadsOnlyWithinATable) {
     const std::pair<unsigned, unsigned> beyond[] = {{250, 7}, {256, 0}, {0, 257}, {1, 0xFFFFFFFF}};
     for (const auto& [start, count] : beyond)
         EXPECT_EQ(error::invalidArgument, readBlock({FG_TYPE_UINT32, start, count, values.data()})) << start;
+    EXPECT_EQ(error::invalidArgument, readBlock({FG_TYPE_DOUBLE, 0, 2, values.data()})) << "no such elements";
     EXPECT_THAT(values, Each(7u));
     for (const auto& [index, code] : {std::pair(255u, 0), std::pair(256u, error::invalidArgument)}) {
         FieldParameterInt element{.value = 7, .index = index};

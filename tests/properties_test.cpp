@@ -14,8 +14,8 @@ TEST(PropertiesFile, KeepsOnlyKeysWithSectionAndName) {
     const struct {
         const char* key;
         bool kept;
-    } rows[] = {{"none::Width", true}, {"a::b::c", true}, {"Width", false},
-                {"::Width", false},    {"none::", false}, {"", false}};
+    } rows[] = {{"none::Width", true}, {"a::b::c", true}, {"Width", false}, {"::Width", false},
+                {"none::", false},     {"a::b::", false}, {"", false}};
     PropertiesFile withSections;
     PropertiesFile withoutSections;
     withoutSections.setSections(false);

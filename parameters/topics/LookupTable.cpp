@@ -185,8 +185,7 @@ void FgGxWrapperImpl::setLutBlock(LutChannel channel, const FieldParameterAccess
         if (block == nullptr || block->start >= kLutEntries || block->count > kLutEntries ||
             block->start > kLutEntries - block->count)
             throw error::outOfRange;
-        if (block->type != FG_TYPE_INT32 && block->type != FG_TYPE_UINT32 && block->type != FG_TYPE_FIELD_INT)
-            throw error::invalidArgument;
+        if (!marovine::isLookupTableType(block->type)) throw error::invalidArgument;
         // The first value alone is checked: the design judges the others.
         if (block->count != 0 &&
             (block->values == nullptr || *static_cast<const std::uint32_t*>(block->values) > kMaximum))
