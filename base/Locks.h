@@ -89,6 +89,12 @@ class GenericLockGuard : public Guard<GenericLock*> {
     template <typename Lock>
     void enter(Lock& lock, bool ownsLock) {
         lock.acquire();
+        adopt(lock, ownsLock);
+    }
+
+    /// Makes a lock that was just acquired this guard's.
+    template <typename Lock>
+    void adopt(Lock& lock, bool ownsLock) {
         if (static_cast<GenericLock&>(lock).locked_) {
             lock.release();
             reportLockMisuse("GenericLock object got lock but is already marked as locked");
@@ -122,6 +128,8 @@ class CriticalSection final : public patterns::GenericLock {
     ~CriticalSection() override;
 
     void acquire() override { pthread_mutex_lock(mutex_); }
+    /// The same, unless this thread holds the lock; whether it was taken. Needs an error-checking mutex.
+    bool acquireUnlessHeld() { return pthread_mutex_lock(mutex_) == 0; }
     /// One attempt; the timeout is not waited for.
     bool try_acquire(unsigned int /*timeout*/) override { return pthread_mutex_trylock(mutex_) == 0; }
     void release() override { pthread_mutex_unlock(mutex_); }
@@ -143,6 +151,15 @@ class CriticalSectionGuard final : public patterns::GenericLockGuard {
         if (locked_) {
             leave(static_cast<CriticalSection&>(*lock_));
         }
+    }
+};
+
+/// Holds a `CriticalSection` for a scope, except where the thread holds it already: for work that is asked
+/// for on its own as well as in the middle of a call that holds the lock.
+class OuterCriticalSectionGuard final : public patterns::GenericLockGuard {
+ public:
+    explicit OuterCriticalSectionGuard(CriticalSection* lock) : GenericLockGuard(lock, NotEntered{}) {
+        if (lock->acquireUnlessHeld()) adopt(*lock, false);
     }
 };
 

@@ -1,9 +1,11 @@
 /// The content of a configuration file: one line per stored parameter, written in list order and read back in
-/// two passes. Both hold the instance lock throughout, so that no other call comes between the passes.
+/// two passes. Both hold the instance lock from before the file is opened, so that no call of another thread
+/// comes between; inside a call of the same thread, which holds it already, they run all the same.
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <type_traits>
 
@@ -15,7 +17,7 @@ namespace error = marovine::error;
 using marovine::FileUse;
 using marovine::SdkParameter;
 using marovine::ValueType;
-using tavr::templates::platform::CriticalSectionGuard;
+using tavr::templates::platform::OuterCriticalSectionGuard;
 
 namespace {
 
@@ -103,9 +105,11 @@ void FgGxWrapperImpl::writeStoredValue(Fg_ConfigFileParser& parser, const SdkPar
             break;
         }
         case ValueType::Text: {
-            textBuffer_[0] = '\0';
-            getParameterWithType(row.id, textBuffer_.get(), 0, FG_TYPE_TEXT);
-            parser.writeConfigFile(row.name, textBuffer_.get());
+            // The instance's own buffer may hold the text of the call that this save runs in.
+            const auto text = std::make_unique_for_overwrite<char[]>(marovine::kTextRoom + 1);
+            text[0] = '\0';
+            getParameterWithType(row.id, text.get(), 0, FG_TYPE_TEXT);
+            parser.writeConfigFile(row.name, text.get());
             break;
         }
         default: {
@@ -117,8 +121,17 @@ void FgGxWrapperImpl::writeStoredValue(Fg_ConfigFileParser& parser, const SdkPar
     }
 }
 
+int FgGxWrapperImpl::Fg_saveConfig(Fg_Struct* inner, const char* fileName) {
+    const OuterCriticalSectionGuard guard(&lock_);
+    return FgGxWrapper::Fg_saveConfig(inner, fileName);
+}
+
+int FgGxWrapperImpl::Fg_loadConfig(Fg_Struct* inner, const char* fileName) {
+    const OuterCriticalSectionGuard guard(&lock_);
+    return FgGxWrapper::Fg_loadConfig(inner, fileName);
+}
+
 bool FgGxWrapperImpl::saveConfig(Fg_ConfigFileParser& parser) {
-    const CriticalSectionGuard guard(&lock_);
     parser.writeConfigFileByPort(kPort);
     for (const auto& row : marovine::sdkParameters) {
         if (row.fileUse == FileUse::NotStored) continue;
@@ -132,7 +145,6 @@ bool FgGxWrapperImpl::saveConfig(Fg_ConfigFileParser& parser) {
 }
 
 bool FgGxWrapperImpl::loadConfig(Fg_ConfigFileParser& parser) {
-    const CriticalSectionGuard guard(&lock_);
     const auto forEach = [&](auto&& chosen, auto&& load) {
         for (std::size_t i = 0; i < marovine::sdkParameterCount; ++i)
             if (chosen(marovine::sdkParameters[i].fileUse) && !load(marovine::parameterHandlers[i]))

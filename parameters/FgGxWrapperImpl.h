@@ -60,6 +60,8 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     const char* Fg_getParameterName(int index) override;
     int Fg_getParameterId(int index) override;
     int Fg_getParameterCount() override;
+    int Fg_saveConfig(Fg_Struct* inner, const char* fileName) override;
+    int Fg_loadConfig(Fg_Struct* inner, const char* fileName) override;
     std::uint64_t Fg_getEventMask(const char* name) override;
     const char* Fg_getEventName(unsigned long mask) override;
     const char* getManufacturer() override;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -255,6 +256,27 @@ TEST_F(ConfigurationTest, IsNotInterleavedWithOtherCalls) {
     }
     done = true;
     other.join();
+}
+
+TEST_F(ConfigurationTest, RunsInsideACallOfItsThreadAndWaitsForOneOfAnother) {
+    ASSERT_EQ(0, save());
+    const auto before = lines();
+    int saved = 1, loaded = 1;
+    std::thread other;
+    applet.board().watchWrites([&](const auto&) {
+        applet.board().watchWrites({});
+        saved = save("inside.mcf");
+        loaded = load("inside.mcf");
+        other = std::thread([&] { EXPECT_EQ(0, save()); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        EXPECT_EQ(before, lines()) << "written to before the call had ended";
+    });
+    EXPECT_EQ(0, applet.set("FG_WIDTH", 512u));
+    other.join();
+    EXPECT_EQ(0, saved);
+    EXPECT_EQ(0, loaded);
+    EXPECT_THAT(lines("inside.mcf"), testing::Contains("FG_WIDTH=512;"));
+    EXPECT_THAT(lines(), testing::Contains("FG_WIDTH=512;"));
 }
 
 }  // namespace
