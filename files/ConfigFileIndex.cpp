@@ -33,10 +33,6 @@ ConfigFileIndex::ConfigFileIndex(std::FILE* file) {
     std::sort(keys_.begin(), keys_.end());
 }
 
-bool ConfigFileIndex::answers(std::string_view key) const {
-    return complete_ && key.find('=') == key.npos;
-}
-
 std::optional<std::size_t> ConfigFileIndex::find(std::string_view section, std::string_view key) {
     const auto after = static_cast<std::uint32_t>(findSection(section) + 1);
     const auto found = std::lower_bound(keys_.begin(), keys_.end(), Key{key, after});

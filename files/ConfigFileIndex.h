@@ -11,12 +11,12 @@
 
 namespace marovine {
 
-/// The lines of a configuration file in memory with their keys in order: a load asks for over 200 keys, and
-/// reading the file again for each of them is what would make it slow.
+/// The lines of a configuration file in memory with their keys in order, for those who show and explain a
+/// file line by line.
 class ConfigFileIndex {
  public:
-    /// A file with more lines or more text than this is left to be read line by line: many times what a
-    /// configuration needs, and a bound on the memory that any file can claim.
+    /// A file with more lines or more text than this is not held: many times what a configuration needs, and
+    /// a bound on the memory that any file can claim.
     static constexpr std::size_t MaxSize = std::size_t{1} << 18;
 
     /// Reads the file from its start.
@@ -24,17 +24,13 @@ class ConfigFileIndex {
     ConfigFileIndex(const ConfigFileIndex&) = delete;  // the lines lie in its own text
     ConfigFileIndex& operator=(const ConfigFileIndex&) = delete;
 
-    /// Whether `find` answers for this key as reading the file line by line would: not when the file is too
-    /// large, nor for a key that itself holds a '='.
-    [[nodiscard]] bool answers(std::string_view key) const;
-
     /// Whether the whole file is held; else there are no lines.
     [[nodiscard]] bool complete() const { return complete_; }
     /// The lines as `LineReader` gives them; valid as long as the index is.
     [[nodiscard]] std::span<const std::string_view> lines() const { return lines_; }
 
     /// Number, from 0, of the first line that starts with the key and a '=' after the first line that
-    /// contains the section text; none when there is no such line.
+    /// contains the section text; none when there is no such line. Not for a key that itself holds a '='.
     [[nodiscard]] std::optional<std::size_t> find(std::string_view section, std::string_view key);
     /// Number of the first line that contains the section text; the number of lines when none does.
     [[nodiscard]] std::size_t findSection(std::string_view section);

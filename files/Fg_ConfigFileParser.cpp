@@ -49,7 +49,7 @@ bool Fg_ConfigFileParser::setSaveFile(const char* path) {
         logError("Config File is Invalid");
         return false;
     }
-    index_.reset();
+    if (expected_) expected_->forget();
     file_.reset();  // first, so that nothing of it is flushed into the same file emptied
     file_.reset(std::fopen(path, "w"));
     if (!file_) {
@@ -122,17 +122,16 @@ std::string Fg_ConfigFileParser::getPortString(int port) {
     return std::string("[Port ") + static_cast<char>(static_cast<unsigned>(port) + 'A') + ']';
 }
 
+void Fg_ConfigFileParser::expectKeys(const char* section, const std::vector<std::string_view>& keys) {
+    expected_.emplace(section, keys);
+}
+
 int Fg_ConfigFileParser::parseKey(const char* section, const char* key, char* destination) {
     logEntry(__func__);
     if (section == nullptr || key == nullptr || !file_) return refuse(destination);
-    if (!index_) index_ = std::make_unique<marovine::ConfigFileIndex>(file_.get());
     LineReader reader(file_.get());
-    std::optional<std::string_view> line;
-    if (!index_->answers(key)) {
-        line = findLine(reader, section, key);
-    } else if (const auto number = index_->find(section, key)) {
-        line = index_->lines()[*number];
-    }
+    const auto line = expected_ && expected_->covers(section, key) ? expected_->lineOf(key, file_.get())
+                                                                   : findLine(reader, section, key);
     if (!line) return refuse(destination);
     marovine::copyText(marovine::valueIn(*line), destination);
     return 0;
@@ -228,7 +227,7 @@ int Fg_ConfigFileParser::getDoubleValue(const char* text, double* value) {
 
 int Fg_ConfigFileParser::write(std::initializer_list<const char*> texts) {
     if (!file_ || std::find(texts.begin(), texts.end(), nullptr) != texts.end()) return -1;
-    index_.reset();
+    if (expected_) expected_->forget();
     for (const char* text : texts) std::fputs(text, file_.get());
     return std::fflush(file_.get()) == 0 && std::ferror(file_.get()) == 0 ? 0 : -1;
 }

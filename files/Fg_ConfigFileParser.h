@@ -1,11 +1,13 @@
 #pragma once
 
 #include <initializer_list>
-#include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
-#include "files/ConfigFileIndex.h"
 #include "files/TextFile.h"
+#include "persistence/SectionKeys.h"
 
 class Fg_Log;
 
@@ -63,6 +65,9 @@ class Fg_ConfigFileParser {
 
     // ---- Readers ----
 
+    /// Says which keys of a section will be asked for: one pass over the file then answers for all of them,
+    /// where each other lookup reads it anew. No answer changes. The keys' texts must outlive the parser.
+    void expectKeys(const char* section, const std::vector<std::string_view>& keys);
     /// Copies the value of a key: the first line "key=value" after the first line that contains the section
     /// text; later sections are no barrier. Returns 0, or -8000 with "Error" in the buffer.
     int parseKey(const char* section, const char* key, char* destination);
@@ -108,5 +113,5 @@ class Fg_ConfigFileParser {
 
     marovine::File file_;
     Fg_Log* log_;
-    std::unique_ptr<marovine::ConfigFileIndex> index_;  // made by the first lookup, dropped by a write
+    std::optional<marovine::SectionKeys> expected_;
 };

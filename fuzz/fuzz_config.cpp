@@ -49,6 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     file.write(input.ConsumeRemainingBytesAsString());
 
     Fg_ConfigFileParser parser(nullptr, file.name(), true);
+    parser.expectKeys(section.c_str(), {keys[0], keys[1]});
     for (const std::string& key : keys) {
         lookUp(parser, file.name(), section, key);
         lookUp(parser, file.name(), "[Port A]", key);

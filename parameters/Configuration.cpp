@@ -7,7 +7,9 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <type_traits>
+#include <vector>
 
 #include "files/Fg_ConfigFileParser.h"
 #include "parameters/FgGxWrapperImpl.h"
@@ -145,6 +147,12 @@ bool FgGxWrapperImpl::saveConfig(Fg_ConfigFileParser& parser) {
 }
 
 bool FgGxWrapperImpl::loadConfig(Fg_ConfigFileParser& parser) {
+    const auto preloaded = [](FileUse use) { return use == FileUse::Preloaded || use == FileUse::Applied; };
+    std::vector<std::string_view> keys;
+    for (const auto& row : marovine::sdkParameters)
+        if (preloaded(row.fileUse)) keys.emplace_back(row.name);
+    parser.expectKeys(Fg_ConfigFileParser::getPortString(kPort).c_str(), keys);
+
     const auto forEach = [&](auto&& chosen, auto&& load) {
         for (std::size_t i = 0; i < marovine::sdkParameterCount; ++i)
             if (chosen(marovine::sdkParameters[i].fileUse) && !load(marovine::parameterHandlers[i]))
@@ -154,7 +162,7 @@ bool FgGxWrapperImpl::loadConfig(Fg_ConfigFileParser& parser) {
     try {
         // Every value stands in the cache before the first setter runs: a setter that consults another
         // parameter sees the loaded value, even of one that is applied later.
-        return forEach([](FileUse use) { return use == FileUse::Preloaded || use == FileUse::Applied; },
+        return forEach(preloaded,
                        [&](const auto& row) {
                            return std::visit(Preload{parser, row.name, cache_}, row.slot);
                        }) &&

@@ -137,6 +137,18 @@ TEST_F(ConfigurationTest, NeedsEveryKeyThatItReadsBack) {
     }
 }
 
+TEST_F(ConfigurationTest, ReadsALargeFileInNoTime) {
+    ASSERT_EQ(0, save());
+    auto text = lines();
+    std::vector<std::string> junk;
+    for (int i = 0; i < 200000; ++i) junk.push_back("FG_JUNK" + std::to_string(i) + "=1;");
+    text.insert(text.begin() + 10, junk.begin(), junk.end());
+    write(text);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(0, load());
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
 TEST_F(ConfigurationTest, FillsTheCacheUpToAMissingKey) {
     ASSERT_EQ(0, save());
     replaceLine("FG_CCSEL3", "");
