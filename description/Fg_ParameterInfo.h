@@ -2,6 +2,7 @@
 
 /// The parameter description tree that the host walks: groups and parameters with names, ranges and flags.
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -12,7 +13,8 @@
 /// Builds and owns one description tree per process. The host and the setters get raw pointers into it; nodes
 /// and texts stay where they are until `destroy`, `init` or the destructor of the registry frees them all
 /// together. Texts passed in are copied. A process number outside the registry makes every operation answer
-/// null or do nothing. Not synchronised: fill it before the host can see it.
+/// null or do nothing. Not synchronised: fill it before the host can see it. From then on only access flags
+/// and maxima change, through `storeField`.
 class Fg_ParameterInfo {
  public:
     /// Starts `processCount` empty trees; a negative count is taken as 0.
@@ -129,6 +131,19 @@ class Fg_ParameterInfo {
 };
 
 namespace marovine {
+
+/// A field of a node that setters change while hosts and the XML description read it without a lock: it is
+/// read and written as a whole. Nothing else follows from the order in which several fields change.
+template <class T>
+T loadField(const T& field) {
+    // There is no reference to a constant that is read atomically.
+    return std::atomic_ref(const_cast<T&>(field)).load(std::memory_order_relaxed);
+}
+template <class T>
+void storeField(T& field, T value) {
+    static_assert(std::atomic_ref<T>::is_always_lock_free && std::atomic_ref<T>::required_alignment <= 8);
+    std::atomic_ref(field).store(value, std::memory_order_relaxed);
+}
 
 /// The group of the board's own registers, which the XML description leaves out.
 inline constexpr const char* kDirectRegisterAccessGroup = "Direct Register Access";

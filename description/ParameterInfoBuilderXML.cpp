@@ -38,7 +38,8 @@ bool writeFeature(std::string& document, const RegisterInfo& info) {
     const auto wide = [](std::int32_t limit) { return static_cast<std::uint64_t>(std::int64_t{limit}); };
     switch (info.kind) {
         case FG_KIND_UINT32:
-            generator.infoGenerate(info, value.uint32.minimum, value.uint32.maximum, value.uint32.increment);
+            generator.infoGenerate(info, value.uint32.minimum, marovine::loadField(value.uint32.maximum),
+                                   value.uint32.increment);
             return true;
         case FG_KIND_INT32:
             generator.infoGenerate(info, wide(value.int32.minimum), wide(value.int32.maximum),
@@ -51,7 +52,7 @@ bool writeFeature(std::string& document, const RegisterInfo& info) {
             generator.infoGenerate(info);
             return true;
         case FG_KIND_DOUBLE:
-            generator.infoGenerate(info, value.real.minimum, value.real.maximum);
+            generator.infoGenerate(info, value.real.minimum, marovine::loadField(value.real.maximum));
             return true;
         default:
             return false;

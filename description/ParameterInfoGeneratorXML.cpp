@@ -4,6 +4,7 @@
 #include <charconv>
 #include <type_traits>
 
+#include "description/Fg_ParameterInfo.h"
 #include "description/Filters.h"
 
 namespace {
@@ -58,7 +59,7 @@ void ParameterInfoGeneratorXML::description(const RegisterInfo& info) {
 void ParameterInfoGeneratorXML::registerPart(const RegisterInfo& info, int length) {
     if (info.address != 0) line("Address", info.address);
     line("Length", length);
-    line("AccessMode", kAccessModes[static_cast<unsigned>(info.accessFlags) & 3u]);
+    line("AccessMode", kAccessModes[static_cast<unsigned>(marovine::loadField(info.accessFlags)) & 3u]);
     line("pPort", "DevicePort");
 }
 

@@ -29,18 +29,19 @@ void FgGxWrapperImpl::copyText(const std::string& text, char* destination) {
 // ---- registry nodes of parameters ----
 
 void FgGxWrapperImpl::setAccessFlags(int id, int flags) {
-    if (RegisterInfo* node = findRegisterInfo(0, id)) node->accessFlags = flags;
+    if (RegisterInfo* node = findRegisterInfo(0, id)) marovine::storeField(node->accessFlags, flags);
 }
 
 int FgGxWrapperImpl::accessFlags(int id) const {
     const RegisterInfo* node = findRegisterInfo(0, id);
-    return node != nullptr ? node->accessFlags : 0;
+    return node != nullptr ? marovine::loadField(node->accessFlags) : 0;
 }
 
 void FgGxWrapperImpl::setMaximum(int id, std::uint32_t maximum) {
-    if (RegisterInfo* node = findRegisterInfo(0, id)) node->value.uint32.maximum = maximum;
+    if (RegisterInfo* node = findRegisterInfo(0, id))
+        marovine::storeField(node->value.uint32.maximum, maximum);
 }
 
 void FgGxWrapperImpl::setMaximum(int id, double maximum) {
-    if (RegisterInfo* node = findRegisterInfo(0, id)) node->value.real.maximum = maximum;
+    if (RegisterInfo* node = findRegisterInfo(0, id)) marovine::storeField(node->value.real.maximum, maximum);
 }

@@ -70,6 +70,27 @@ TEST_F(AppletTest, EnumerationAndEventsNeedNoLock) {
     EXPECT_EQ(0, wrong);
 }
 
+TEST_F(AppletTest, TheDescriptionIsReadWhileRangesAndAccessChange) {
+    auto& node = const_cast<RegisterInfo&>(applet.node("FG_WIDTH"));
+    auto& exposure = const_cast<RegisterInfo&>(applet.node("FG_LINEEXPOSURE"));
+    std::vector<char> text(1 << 20);
+    onThreads(2, [&](int t) {
+        for (std::uint32_t i = 0; i < 50; ++i) {
+            if (t == 0) {
+                EXPECT_EQ(0, applet.set("FG_XOFFSET", 8 * (i % 4)));
+                EXPECT_EQ(0, applet.set("FG_LINEPERIODE", 200.0 + i));
+                EXPECT_EQ(0, applet.set("FG_LUT_TYPE",
+                                        constantOf(i % 2 ? "LUT_TYPE_CUSTOM" : "LUT_TYPE_PROCESSING")));
+                continue;
+            }
+            EXPECT_EQ(0u, std::atomic_ref(node.value.uint32.maximum).load() % 8);
+            EXPECT_LE(100.0, std::atomic_ref(exposure.value.real.maximum).load());
+            std::size_t size = text.size();
+            EXPECT_EQ(0, Fg_getParameterInfoXML(applet.record(), 0, text.data(), &size));
+        }
+    });
+}
+
 TEST(Concurrency, BoardsAreIndependentOfEachOther) {
     onThreads(3, [](int t) {
         OpenApplet applet;
