@@ -1,9 +1,12 @@
 /// The exported functions that act on an open instance. Each checks its handle and calls; none holds logic.
+/// The typed set and get and the load pass exceptions on, with the lock released; no other lets one out.
 
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "base/ErrorCodes.h"
+#include "entry/Boundary.h"
 #include "marovine/marovine.h"
 #include "runtime/FgGxWrapper.h"
 
@@ -17,24 +20,38 @@ FgGxWrapper* instanceOf(const Fg_Struct* record) {
     return record != nullptr ? static_cast<FgGxWrapper*>(record->instance) : nullptr;
 }
 
-/// Calls an operation of the record's instance, or answers `invalid` when there is none.
+/// Calls an operation of the record's instance, or answers `invalid` when there is none. Exceptions pass.
 template <class Result, class Operation>
-Result call(const Fg_Struct* record, Result invalid, Operation&& operation) {
+Result callThrough(const Fg_Struct* record, Result invalid, Operation&& operation) {
     FgGxWrapper* instance = instanceOf(record);
     return instance != nullptr ? operation(*instance) : invalid;
+}
+
+/// The same without exceptions: they become -2031, which is kept as the last error. Where no result is a code
+/// the answer is `invalid`.
+template <class Result, class Operation>
+Result call(const Fg_Struct* record, Result invalid, Operation&& operation) {
+    return marovine::atBoundary([&] { return callThrough(record, invalid, operation); },
+                                [&]() -> Result {
+                                    const int code = instanceOf(record)->setError(error::internalFailure);
+                                    if constexpr (std::is_signed_v<Result>)
+                                        return code;
+                                    else
+                                        return invalid;
+                                });
 }
 
 /// Passes a call on to the host runtime with the inner handle in place of the record, and keeps the outcome
 /// as the instance's last error.
 template <RuntimeSlot slot, class Result, class... Arguments>
 Result forward(const Fg_Struct* record, Arguments... arguments) {
-    FgGxWrapper* instance = instanceOf(record);
-    if (instance == nullptr) return error::invalidHandle;
-    const auto function = instance->wrapperFg().get<slot>();
-    if (function == nullptr || instance->fglibFg() == nullptr) return instance->setError(error::notAllowed);
-    const Result result = function(instance->fglibFg(), arguments...);
-    instance->setError(result >= 0 ? error::success : instance->Fg_getLastErrorNumberGx());
-    return result;
+    return call<Result>(record, error::invalidHandle, [&](FgGxWrapper& instance) -> Result {
+        const auto function = instance.wrapperFg().get<slot>();
+        if (function == nullptr || instance.fglibFg() == nullptr) return instance.setError(error::notAllowed);
+        const Result result = function(instance.fglibFg(), arguments...);
+        instance.setError(result >= 0 ? error::success : instance.Fg_getLastErrorNumberGx());
+        return result;
+    });
 }
 
 /// A shading operation; its result is also the instance's last error.
@@ -78,13 +95,13 @@ int64_t Fg_getLastPicNumberBlockingEx(Fg_Struct* record, int64_t picture, unsign
 // ---- parameters ----
 
 int Fg_setParameterWithType(Fg_Struct* record, int id, const void* value, int dmaIndex, FgParamTypes type) {
-    return call(record, error::invalidHandle, [&](FgGxWrapper& instance) {
+    return callThrough(record, error::invalidHandle, [&](FgGxWrapper& instance) {
         return instance.Fg_setParameterWithType(id, value, dmaIndex, type);
     });
 }
 
 int Fg_getParameterWithType(Fg_Struct* record, int id, void* value, int dmaIndex, FgParamTypes type) {
-    return call(record, error::invalidHandle, [&](FgGxWrapper& instance) {
+    return callThrough(record, error::invalidHandle, [&](FgGxWrapper& instance) {
         // A 32-bit answer must leave no stale upper half in a 64-bit location.
         if ((type == FG_TYPE_INT64 || type == FG_TYPE_UINT64) && value != nullptr)
             std::memset(value, 0, sizeof(std::uint64_t));
@@ -125,8 +142,9 @@ int Fg_saveConfig(Fg_Struct* record, const char* fileName) {
 }
 
 int Fg_loadConfig(Fg_Struct* record, const char* fileName) {
-    return call(record, error::invalidHandle,
-                [&](FgGxWrapper& instance) { return instance.Fg_loadConfig(instance.fglibFg(), fileName); });
+    return callThrough(record, error::invalidHandle, [&](FgGxWrapper& instance) {
+        return instance.Fg_loadConfig(instance.fglibFg(), fileName);
+    });
 }
 
 int Fg_getParameterInfoXML(Fg_Struct* record, int port, char* buffer, size_t* size) {

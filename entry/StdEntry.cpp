@@ -5,6 +5,7 @@
 
 #include "base/ErrorCodes.h"
 #include "base/TrueWord.h"
+#include "entry/Boundary.h"
 #include "entry/DesignImage.h"
 #include "marovine/marovine.h"
 #include "parameters/FgGxWrapperImpl.h"
@@ -27,24 +28,15 @@ LoadedDesign loadDesign() {
     return LoadedDesign(HapLoadDesignFromBuffer(rawHapData, rawHapSize, 1));
 }
 
-}  // namespace
-
-void* Std_entry(GXdevice* device, int* error, int flags) {
-    int unused = 0;
-    int& result = error != nullptr ? *error : unused;
-
-    auto instance = std::make_unique<FgGxWrapperImpl>();
+/// Opens an instance in `instance`; the code.
+int open(std::unique_ptr<FgGxWrapperImpl>& instance, GXdevice* device, int flags) {
+    instance = std::make_unique<FgGxWrapperImpl>();
     instance->directRegisterAccess = marovine::isSwitchedOnByEnvironment("TAVR_ENABLE_DRA");
-    result = instance->initializeDllFunctions("libfglib5.so");
-    if (result != error::success) return nullptr;
+    if (const int code = instance->initializeDllFunctions("libfglib5.so")) return code;
 
     LoadedDesign design = loadDesign();
-    if (!design) {
-        result = error::designNotLoaded;
-        return nullptr;
-    }
-    result = instance->runFgInit(marovine::kHapFile, device, design.get(), flags);
-    if (result != error::success) return nullptr;
+    if (!design) return error::designNotLoaded;
+    if (const int code = instance->runFgInit(marovine::kHapFile, device, design.get(), flags)) return code;
 
     instance->initHandles(device, design.release());
     instance->initInternalMaps();
@@ -52,13 +44,35 @@ void* Std_entry(GXdevice* device, int* error, int flags) {
     instance->createUserParameters();
     instance->executeInitRoutines();
     if ((flags & 1) == 0) instance->setDefaultValues();
-    return static_cast<FgGxWrapper*>(instance.release());
+    return error::success;
+}
+
+/// Frees the inner handle; the runtime's result, or 0 when it has no function for it.
+int freeInnerHandle(const FgGxWrapper& instance) {
+    const auto free = instance.wrapperFg().get<marovine::RuntimeSlot::FreeGrabber>();
+    return free != nullptr ? free(instance.fglibFg()) : error::success;
+}
+
+}  // namespace
+
+void* Std_entry(GXdevice* device, int* error, int flags) {
+    int unused = 0;
+    int& result = error != nullptr ? *error : unused;
+
+    std::unique_ptr<FgGxWrapperImpl> instance;
+    result = marovine::atBoundary([&] { return open(instance, device, flags); },
+                                  [&] {
+                                      if (instance && instance->fglibFg() != nullptr)
+                                          freeInnerHandle(*instance);
+                                      return marovine::error::internalFailure;
+                                  });
+    return result == marovine::error::success ? static_cast<FgGxWrapper*>(instance.release()) : nullptr;
 }
 
 int Fg_FreeGrabber(Fg_Struct* record) {
     if (record == nullptr || record->instance == nullptr) return error::invalidHandle;
     const std::unique_ptr<FgGxWrapper> instance(static_cast<FgGxWrapper*>(record->instance));
     record->instance = nullptr;
-    const auto freeInner = instance->wrapperFg().get<marovine::RuntimeSlot::FreeGrabber>();
-    return freeInner != nullptr ? freeInner(instance->fglibFg()) : error::success;
+    return marovine::atBoundary([&] { return freeInnerHandle(*instance); },
+                                [] { return error::internalFailure; });
 }
