@@ -5,25 +5,27 @@
 
 #include <array>
 
+#include "marovine/marovine_constants.h"
+
 namespace marovine::error {
 
-inline constexpr int success = 0;
-inline constexpr int outOfMemory = -1;
-inline constexpr int notAllowed = -12;
-inline constexpr int designNotLoaded = -100;
-inline constexpr int bufferTooSmall = -500;
-inline constexpr int invalidHandle = -2001;
-inline constexpr int internalFailure = -2031;
-inline constexpr int invalidArgument = -2070;
-inline constexpr int noDefinition = -2075;
-inline constexpr int fileNotFound = -2076;
-inline constexpr int wrongTypeCode = -2078;
-inline constexpr int notSupported = -2130;
-inline constexpr int configurationRejected = -5000;
-inline constexpr int fileNotAccessible = -5001;
-inline constexpr int outOfRange = -6000;
-inline constexpr int wrongStep = -7080;
-inline constexpr int keyMissing = -8000;
+inline constexpr int success = MAROVINE_SUCCESS;
+inline constexpr int outOfMemory = MAROVINE_OUT_OF_MEMORY;
+inline constexpr int notAllowed = MAROVINE_NOT_ALLOWED;
+inline constexpr int designNotLoaded = MAROVINE_DESIGN_NOT_LOADED;
+inline constexpr int bufferTooSmall = MAROVINE_BUFFER_TOO_SMALL;
+inline constexpr int invalidHandle = MAROVINE_INVALID_HANDLE;
+inline constexpr int internalFailure = MAROVINE_INTERNAL_FAILURE;
+inline constexpr int invalidArgument = MAROVINE_INVALID_ARGUMENT;
+inline constexpr int noDefinition = MAROVINE_NO_DEFINITION;
+inline constexpr int fileNotFound = MAROVINE_FILE_NOT_FOUND;
+inline constexpr int wrongTypeCode = MAROVINE_WRONG_TYPE_CODE;
+inline constexpr int notSupported = MAROVINE_NOT_SUPPORTED;
+inline constexpr int configurationRejected = MAROVINE_CONFIGURATION_REJECTED;
+inline constexpr int fileNotAccessible = MAROVINE_FILE_NOT_ACCESSIBLE;
+inline constexpr int outOfRange = MAROVINE_OUT_OF_RANGE;
+inline constexpr int wrongStep = MAROVINE_WRONG_STEP;
+inline constexpr int keyMissing = MAROVINE_KEY_MISSING;
 
 /// A code and what it tells a user.
 struct Meaning {
@@ -38,7 +40,7 @@ inline constexpr auto meanings = std::to_array<Meaning>({
     {designNotLoaded, "the hardware design cannot be loaded or opened"},
     {bufferTooSmall, "the result does not fit the buffer"},
     {invalidHandle, "the handle refers to no open applet"},
-    {internalFailure, "the host runtime or the design does not answer as it must"},
+    {internalFailure, "the host runtime or the design does not answer as it must, or memory ran out"},
     {invalidArgument, "unknown parameter, index, DMA channel or text, or a null value"},
     {noDefinition, "the requested item has no definition"},
     {fileNotFound, "the file does not exist"},

@@ -7,6 +7,7 @@
 
 #include "base/AppletIdentity.h"
 #include "base/ErrorCodes.h"
+#include "entry/Boundary.h"
 #include "entry/DesignImage.h"
 #include "marovine/marovine.h"
 #include "runtime/FgGxWrapper.h"
@@ -53,7 +54,7 @@ constexpr auto fixedAnswers = std::to_array<FixedAnswer>({
     {3328, 1},
     {4608, 1},
     {2048, 131073},
-    {2176, kDesignType},
+    {MAROVINE_INFO_DESIGN_TYPE, kDesignType},
 });
 
 int answerConstant(const char* name) {
@@ -66,45 +67,43 @@ int onlyFor(bool known, int answer) {
     return known ? answer : error::invalidArgument;
 }
 
-}  // namespace
-
-int Info(int selector, unsigned int a, unsigned int b, void* p, void** q) {
+int answer(int selector, unsigned int a, unsigned int b, void* p, void** q) {
     namespace identity = marovine::identity;
     const auto fixed = std::find_if(fixedAnswers.begin(), fixedAnswers.end(),
                                     [=](const FixedAnswer& entry) { return entry.selector == selector; });
     if (fixed != fixedAnswers.end()) return fixed->answer;
 
     switch (selector) {
-        case 1041:
+        case MAROVINE_INFO_ICON:
             return giveData(p, q, appletIconData, appletIconSize);
-        case 1042:
+        case MAROVINE_INFO_DESIGN_IMAGE:
             return giveData(p, q, rawHapData, rawHapSize);
-        case 1043:
+        case MAROVINE_INFO_DESIGN_UID:
             return giveText(q, identity::designUid);
-        case 1044:
+        case MAROVINE_INFO_BITSTREAM_UID:
             return giveText(q, identity::bitstreamUid);
         case 2304:
             give(p, std::uint32_t{0});
             return error::success;
-        case 4096:
+        case MAROVINE_INFO_PATH:
             return giveText(q, ".");
-        case 4112:
+        case MAROVINE_INFO_CATEGORY:
             return giveText(q, identity::category);
-        case 4128:
+        case MAROVINE_INFO_TAGS:
             return giveText(q, identity::tags);
-        case 4144:
+        case MAROVINE_INFO_DEVICE:
             give(p, FgGxWrapper::accessDeviceHandle(nullptr));
             return error::success;
-        case 4160:
+        case MAROVINE_INFO_DESIGN:
             give(p, FgGxWrapper::accessDesignHandle(nullptr));
             return error::success;
-        case 4176:
+        case MAROVINE_INFO_NAME:
             return giveText(q, identity::name);
-        case 4192:
+        case MAROVINE_INFO_VERSION:
             return giveText(q, identity::version);
-        case 4208:
+        case MAROVINE_INFO_BUILD:
             return giveText(q, identity::build);
-        case 4352:
+        case MAROVINE_INFO_CONSTANT:
             return answerConstant(static_cast<const char*>(p));
         case 4624:
         case 4640:
@@ -118,4 +117,11 @@ int Info(int selector, unsigned int a, unsigned int b, void* p, void** q) {
         default:
             return error::notSupported;
     }
+}
+
+}  // namespace
+
+int Info(int selector, unsigned int a, unsigned int b, void* p, void** q) {
+    return marovine::atBoundary([&] { return answer(selector, a, b, p, q); },
+                                [] { return error::internalFailure; });
 }

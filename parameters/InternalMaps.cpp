@@ -6,8 +6,8 @@
 
 #include "base/LogLine.h"
 #include "base/TrueWord.h"
+#include "parameters/DesignTree.h"
 #include "parameters/FgGxWrapperImpl.h"
-#include "params/DesignTree.h"
 #include "tables/EventTable.h"
 
 using marovine::kDesignIdBase;

@@ -7,8 +7,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "parameters/DesignTree.h"
 #include "parameters/FgGxWrapperImpl.h"
-#include "params/DesignTree.h"
 #include "tables/Catalogue.h"
 
 using marovine::CatalogueRow;

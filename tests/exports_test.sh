@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The library exports exactly what its header declares, needs the runtimes by their plain names, and lets an
+# The library exports exactly what its header declares, which every common standard compiles, needs the runtimes by their plain names, and lets an
 # installation's own libraries win; nothing built beside it looks for libraries elsewhere; what is shipped is hardened.
 # Usage: exports_test.sh LIBRARY HEADER [HARDENED...]
 set -euo pipefail
@@ -16,6 +16,14 @@ declared=$(tr '\n' ' ' <"$header" | grep -oE '\b(Std_entry|Info|(Fg|Shad)_[A-Za-
 exported=$(nm -D --defined-only "$library" | awk '{print $3}' | sort -u)
 [ "$(wc -w <<<"$declared")" -ge 30 ] || fail "the header declares too few functions: the test reads it wrongly"
 diff <(echo "$declared") <(echo "$exported") || fail "exports (right) differ from the header's functions (left)"
+
+for standard in c90 c99 c11 c17 c++11 c++14 c++17 c++20; do
+    language=c && [[ $standard == c++* ]] && language=c++
+    for flag in -DMAROVINE_NO_CONSTANTS -UMAROVINE_NO_CONSTANTS; do
+        gcc -x "$language" -std="$standard" -Wall -Wextra -Wpedantic -Werror -fsyntax-only "$flag" "$header" ||
+            fail "does not compile as $standard"
+    done
+done
 
 dynamic=$(readelf -d "$library")
 for name in libhaprt.so libtavr_hw.so; do

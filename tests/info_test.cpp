@@ -2,6 +2,11 @@
 
 #include <array>
 #include <cstring>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <regex>
+#include <set>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -125,6 +130,28 @@ TEST(Info, KnowsConstantsByTheirExactName) {
     for (const char* name : {"fg_geometry_4x2e", "FG_GEOMETRY_4", "FG_GEOMETRY_4X2E ", "FG_WIDTH", ""})
         EXPECT_EQ(error::invalidArgument, valueOf(name)) << name;
     EXPECT_EQ(error::invalidArgument, Info(4352, 0, 0, nullptr, nullptr));
+}
+
+TEST(Info, TheHeaderNamesEveryConstantAndEveryCode) {
+    std::ifstream header(CONSTANTS);
+    const std::string text(std::istreambuf_iterator<char>(header), {});
+    std::map<std::string, int> named, expected;
+    std::set<int> codes, meanings;
+    const std::regex definition(R"((\w+) =\s+(-?\d+))");
+    for (std::sregex_iterator found(text.begin(), text.end(), definition), end; found != end; ++found) {
+        const std::string name = (*found)[1];
+        const int value = std::stoi((*found)[2]);
+        if (!name.starts_with("MAROVINE_"))
+            named.emplace(name, value);
+        else if (!name.starts_with("MAROVINE_INFO_"))
+            codes.insert(value);
+    }
+    for (const auto& table : enumerationTables)
+        for (const auto& entry : table.entries) expected.emplace(entry.constantName, entry.value);
+    for (const auto& meaning : error::meanings) meanings.insert(meaning.code);
+    EXPECT_EQ(138u, named.size());
+    EXPECT_EQ(expected, named);
+    EXPECT_EQ(meanings, codes);
 }
 
 }  // namespace

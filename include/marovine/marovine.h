@@ -1,16 +1,32 @@
 /**
  * The interface of libMarovine.so: the functions it exports, and the records that host and applet share.
  *
- * Usable from C11 and C++20. Every function takes the host's `Fg_Struct` record, whose first field is the
+ * Usable from C90 and C++11 on. Every function takes the host's `Fg_Struct` record, whose first field is the
  * applet instance that `Std_entry` returned; without one the answer is -2001, null or an event mask of 0.
- * Results: 0 or positive for success, a negative code otherwise. Each call on an instance keeps its code for
- * `Fg_getLastErrorNumber` unless its description says otherwise.
+ * Results: 0 or positive for success, a negative code otherwise; marovine_constants.h names them. Each call
+ * on an instance keeps its code for `Fg_getLastErrorNumber` unless its description says otherwise.
+ *
+ * Threads: any thread may call anything on an open instance, except that nothing else may run on it during
+ * `Std_entry` and `Fg_FreeGrabber`. Typed sets and gets, saves and loads of one instance wait for each other;
+ * the other calls do not wait. With several threads the last code is that of whoever stored it last. From a
+ * callback of the host runtime within a typed set or get, the same thread may save, load and make the calls
+ * that do not wait; another typed set or get there is an error and throws `std::logic_error`.
+ *
+ * Exceptions: when memory runs out, `Std_entry` gives null with the code -2031 and the other calls answer
+ * -2031 (null, or a mask of 0, where the result is no code) and keep it. Only the typed set, the typed get
+ * and the load pass exceptions on, so that a host in C had better keep memory in hand for them. The lock is
+ * then free and the value that was being set is the old one; what a load had taken over stays. The next call
+ * works in every case.
  */
 #ifndef MAROVINE_H
 #define MAROVINE_H
 
 #include <stddef.h>
 #include <stdint.h>
+
+#ifndef MAROVINE_NO_CONSTANTS
+#include "marovine_constants.h"
+#endif
 
 #ifdef __cplusplus
 extern "C" {
@@ -128,7 +144,12 @@ typedef union RegisterInfoValue_u {
     } realField;
 } RegisterInfoValue;
 
-/** One node of the parameter description tree: a group or a parameter. 128 bytes, read in place by the host.
+/**
+ * One node of the parameter description tree: a group or a parameter. 128 bytes, read in place by the host.
+ *
+ * Sets change the maximum (and nothing else of the range) and the access flags of some parameters, each in
+ * one aligned atomic store. Read these fields with atomic loads of the same width (`__atomic_load_n` in C,
+ * `std::atomic_ref` in C++) while another thread may set: plain loads would be a data race.
  */
 typedef struct RegisterInfo_s {
     uint32_t kind;  /**< an FG_KIND_ value */
@@ -155,7 +176,8 @@ typedef struct RegisterInfo_s {
 /**
  * Opens the applet on a board: loads the hardware design, opens it through the host runtime and, unless bit
  * 0 of `flags` is set, writes every default. `error` may be null; it receives 0, -2031 (host runtime cannot
- * be used), -100 (design cannot be loaded) or the runtime's own code. Returns the instance or null.
+ * be used, or memory ran out), -100 (design cannot be loaded) or the runtime's own code. Returns the instance
+ * or null.
  */
 void* Std_entry(GXdevice* device, int* error, int flags);
 
@@ -163,7 +185,11 @@ void* Std_entry(GXdevice* device, int* error, int flags);
  */
 int Fg_FreeGrabber(Fg_Struct* record);
 
-/** Answers questions about the applet library itself; needs no instance. -2130 for an unknown selector. */
+/**
+ * Answers questions about the applet library itself; needs no instance. `selector` is a MAROVINE_INFO_ value,
+ * which says what `p` and `q` receive; either may be null. 0 or the asked number; -2130 for an unknown
+ * selector, -2070 for an index or a name that does not exist.
+ */
 int Info(int selector, unsigned int a, unsigned int b, void* p, void** q);
 
 /* ---- parameters ---- */
@@ -180,20 +206,26 @@ int Fg_getParameterIdByName(Fg_Struct* record, const char* name);
  * Sets a parameter; `value` points to a value of the parameter's own type (a text: the text itself). `type`
  * counts for lookup tables and for ids above 2000000. `dmaIndex` is 0. Results: 0, or -2070 (unknown id,
  * wrong DMA index, null value), -12 (read-only), -6000 (out of range), -7080 (wrong step), another code of
- * the parameter's or the host runtime's. A refused value leaves the parameter as it was.
+ * the parameter's or the host runtime's. A refused value leaves the parameter as it was. When it is the
+ * design that refuses one of several writes, those before it stay, and so may sizes and gaps in effect and
+ * access flags that followed from the value: set the parameter again, to a value that is accepted.
  */
 int Fg_setParameterWithType(Fg_Struct* record, int id, const void* value, int dmaIndex,
                             enum FgParamTypes type);
 /**
  * Reads a parameter into `value`, in the parameter's own type. A text goes into the caller's buffer, which
- * must be large enough; with FG_TYPE_TEXT_POINTER `value` receives the address of a copy. With the 64-bit
- * types 64 bits are cleared first. Results: 0, or -2070 (unknown id, wrong DMA index, null value), another
- * code of the parameter's or the host runtime's.
+ * must be large enough; with FG_TYPE_TEXT_POINTER `value` receives the address of a copy. FG_TYPE_INT64
+ * and FG_TYPE_UINT64 clear 8 bytes at `value` first, whatever the parameter and even if it is then refused;
+ * they are not for texts, nor for locations of 4 bytes. Results: 0, or -2070 (unknown id, wrong DMA index,
+ * null value), another code of the parameter's or the host runtime's.
  */
 int Fg_getParameterWithType(Fg_Struct* record, int id, void* value, int dmaIndex, enum FgParamTypes type);
 /**
  * Gives back a text that a get with FG_TYPE_TEXT_POINTER handed out; `value` is the text's address. 0, -2070
- * for a text that is not out, or -2078 for another type. Keeps neither 0 nor -2078 as the last code.
+ * for a text that is not out, or -2078 for another type. Of these only -2070 is kept as the last code: 0 and
+ * -2078 leave it alone. For ids above 2000000 the runtime's result is returned and kept; for parameters
+ * whose texts the runtime hands out itself it is returned and not kept. Texts never given back are freed
+ * with the instance.
  */
 int Fg_freeParameterStringWithType(Fg_Struct* record, int id, void* value, int dmaIndex,
                                    enum FgParamTypes type);
@@ -202,18 +234,25 @@ RegisterInfo* Fg_getParameterInfo(Fg_Struct* record, int port);
 /**
  * Copies the XML description of a port into a buffer of `*size` bytes and stores the size it needs, with its
  * terminating zero, in `*size`; with a null buffer only stores the size. 0, -500 for a buffer that is too
- * small (the size then stays), -2075 for a port without description, -2070 for a null size.
+ * small (the size then stays), -2075 for a port without description, -2070 for a null size. The document
+ * shows the ranges of the moment: after a set in between, the size just asked for can be too small. Ask for
+ * it again after -500.
  */
 int Fg_getParameterInfoXML(Fg_Struct* record, int port, char* buffer, size_t* size);
 /**
- * Writes the configuration to a file whose name holds ".mcf". 0, or -5001 when the file cannot be created. A
- * parameter that cannot be read is left out, and a full disk goes unnoticed.
+ * Writes the configuration to a file whose name holds ".mcf", in place of what it held. 0, or -5001 when the
+ * file cannot be created. A parameter that cannot be read is left out, and a full disk goes unnoticed. The
+ * format is a line "key=value;" or "key='text';" for each: a text with an apostrophe, '=', ';' or a line end
+ * does not come back whole, nor does a line of more than 255 characters with its end. Tables set entry by
+ * entry have no place in it.
  */
 int Fg_saveConfig(Fg_Struct* record, const char* fileName);
 /**
  * Reads a configuration and sets what it holds; a value that a parameter refuses is skipped. 0, -2076 (with
  * the last code -5000) when there is no file of that name or its name does not hold ".mcf", or -5000 when it
- * is none of this applet's or a key is missing; keys before a missing one are then already taken over.
+ * is none of this applet's or a key is missing; keys before a missing one are then already taken over. A
+ * value that is skipped reads back as the file's, while the design keeps the old one. Lines are read in
+ * pieces of 255 characters.
  */
 int Fg_loadConfig(Fg_Struct* record, const char* fileName);
 /** The code that the last call kept. */
@@ -261,25 +300,34 @@ int Shad_WriteActLine(Fg_Struct* record, ShadingMaster* shading, int line);
 }  // extern "C"
 
 static_assert(sizeof(RegisterInfo) == 128, "read in place by the host");
-static_assert(offsetof(RegisterInfo, displayName) == 8 && offsetof(RegisterInfo, name) == 16);
-static_assert(offsetof(RegisterInfo, accessFlags) == 24 && offsetof(RegisterInfo, secondFlags) == 28);
-static_assert(offsetof(RegisterInfo, publish) == 32 && offsetof(RegisterInfo, address) == 36);
-static_assert(offsetof(RegisterInfo, value) == 40 && offsetof(RegisterInfo, next) == 80);
-static_assert(offsetof(RegisterInfo, value.group.children) == 48);
-static_assert(offsetof(RegisterInfo, value.group.nextChildIndex) == 56);
-static_assert(offsetof(RegisterInfo, value.uint32.maximum) == 44);
-static_assert(offsetof(RegisterInfo, value.uint32.increment) == 48);
-static_assert(offsetof(RegisterInfo, value.real.maximum) == 48);
-static_assert(offsetof(RegisterInfo, value.real.increment) == 56);
-static_assert(offsetof(RegisterInfo, value.enumeration.displayNames) == 48);
-static_assert(offsetof(RegisterInfo, value.enumeration.values) == 56);
-static_assert(offsetof(RegisterInfo, value.enumeration.constantNames) == 72);
-static_assert(offsetof(RegisterInfo, previous) == 88 && offsetof(RegisterInfo, depth) == 96);
-static_assert(offsetof(RegisterInfo, parentName) == 104 && offsetof(RegisterInfo, unit) == 112);
-static_assert(offsetof(RegisterInfo, process) == 120);
-static_assert(sizeof(FieldParameterInt_s) == 8 && offsetof(FieldParameterInt_s, index) == 4);
-static_assert(sizeof(FieldParameterDouble_s) == 16 && offsetof(FieldParameterDouble_s, index) == 8);
-static_assert(sizeof(FieldParameterAccess) == 24 && offsetof(FieldParameterAccess, values) == 16);
+static_assert(offsetof(RegisterInfo, displayName) == 8 && offsetof(RegisterInfo, name) == 16,
+              "read in place by the host");
+static_assert(offsetof(RegisterInfo, accessFlags) == 24 && offsetof(RegisterInfo, secondFlags) == 28,
+              "read in place by the host");
+static_assert(offsetof(RegisterInfo, publish) == 32 && offsetof(RegisterInfo, address) == 36,
+              "read in place by the host");
+static_assert(offsetof(RegisterInfo, value) == 40 && offsetof(RegisterInfo, next) == 80,
+              "read in place by the host");
+static_assert(offsetof(RegisterInfo, value.group.children) == 48, "read in place by the host");
+static_assert(offsetof(RegisterInfo, value.group.nextChildIndex) == 56, "read in place by the host");
+static_assert(offsetof(RegisterInfo, value.uint32.maximum) == 44, "read in place by the host");
+static_assert(offsetof(RegisterInfo, value.uint32.increment) == 48, "read in place by the host");
+static_assert(offsetof(RegisterInfo, value.real.maximum) == 48, "read in place by the host");
+static_assert(offsetof(RegisterInfo, value.real.increment) == 56, "read in place by the host");
+static_assert(offsetof(RegisterInfo, value.enumeration.displayNames) == 48, "read in place by the host");
+static_assert(offsetof(RegisterInfo, value.enumeration.values) == 56, "read in place by the host");
+static_assert(offsetof(RegisterInfo, value.enumeration.constantNames) == 72, "read in place by the host");
+static_assert(offsetof(RegisterInfo, previous) == 88 && offsetof(RegisterInfo, depth) == 96,
+              "read in place by the host");
+static_assert(offsetof(RegisterInfo, parentName) == 104 && offsetof(RegisterInfo, unit) == 112,
+              "read in place by the host");
+static_assert(offsetof(RegisterInfo, process) == 120, "read in place by the host");
+static_assert(sizeof(FieldParameterInt_s) == 8 && offsetof(FieldParameterInt_s, index) == 4,
+              "read in place by the host");
+static_assert(sizeof(FieldParameterDouble_s) == 16 && offsetof(FieldParameterDouble_s, index) == 8,
+              "read in place by the host");
+static_assert(sizeof(FieldParameterAccess) == 24 && offsetof(FieldParameterAccess, values) == 16,
+              "read in place by the host");
 #endif
 
 #endif
