@@ -38,20 +38,20 @@ void FrameRenderer::configure(const DesignSettings& settings) {
     for (auto& plane : planes_) plane.resize(plan_.width);
 }
 
-void FrameRenderer::balance(std::span<std::uint8_t> pixels, std::uint64_t sensorRow) const {
+void FrameRenderer::balance(std::span<std::uint8_t> pixels, std::uint32_t row) const {
     const auto gainOf = [&](std::uint64_t column) {
-        return gains_[static_cast<std::size_t>(bayerColour(settings_.whiteBalancePhase, column, sensorRow))];
+        return gains_[static_cast<std::size_t>(bayerColour(settings_.whiteBalancePhase, column, row))];
     };
     const std::uint16_t even = gainOf(plan_.first), odd = gainOf(plan_.first + std::uint64_t{1});
     if (even != 1024 || odd != 1024) whiteBalance(pixels, even, odd);
 }
 
-void FrameRenderer::fetch(std::uint64_t sensorRow, std::uint8_t* line) {
+void FrameRenderer::fetch(std::uint64_t firstRow, std::uint32_t row, std::uint8_t* line) {
     // A line that needs no sorting is read straight into its place.
     const bool direct = plan_.order == LinePlan::Order::Forward;
     const std::span<std::uint8_t> pixels(direct ? line : sensor_.data(), plan_.count);
-    source_->readRow(sensorRow, plan_.first, pixels);
-    balance(pixels, sensorRow);
+    source_->readRow(firstRow + row, plan_.first, pixels);
+    balance(pixels, row);
     if (!direct) plan_.arrange(sensor_, {line, plan_.width});
     extendEdges(line, plan_.width);
 }
@@ -63,15 +63,15 @@ std::uint32_t FrameRenderer::render(const FramePosition& position, std::span<std
     if (rows == 0) return 0;
 
     const bool fast = settings_.fastDeBayer != 0;
-    const std::uint32_t phase = fast ? settings_.deBayerPhase : phaseOfMode(settings_.deBayerMode);
+    const std::uint32_t phase = interpolationPhase(settings_);
     const auto interpolate = fast ? deBayer : deBayerEnhanced;
     const PlaneRow planes{planes_[0].data(), planes_[1].data(), planes_[2].data()};
     const std::uint64_t firstRow = position.firstLine * rowsPerLine_;
 
     // Three raw rows are kept: the one being interpolated and its neighbours.
-    fetch(firstRow, rawRow(0));
+    fetch(firstRow, 0, rawRow(0));
     for (std::uint32_t y = 0; y < rows; ++y) {
-        if (y + 1 < rows) fetch(firstRow + y + 1, rawRow(y + 1));
+        if (y + 1 < rows) fetch(firstRow, y + 1, rawRow(y + 1));
         const std::uint32_t inner = rows == 1 ? 0
                                     : y == 0  ? 1
                                               : y - 1;  // stands in for the missing neighbour

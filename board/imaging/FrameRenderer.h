@@ -18,9 +18,9 @@ namespace virtualboard::imaging {
 ///
 /// Row by row, in this order:
 /// 1. source: the pattern generator (Enable_SelectSource 1) or the camera over the belt;
-/// 2. white balance, on Bayer data in the sensor's own coordinates: that is why its phase (White_BayerInit)
-/// is
-///    the one before window and mirroring. Gains count in steps of 1/1024;
+/// 2. white balance, on Bayer data in the sensor's own columns: that is why its phase (White_BayerInit) is
+///    the one before window and mirroring. Rows count from the picture's top, as for the interpolation: the
+///    source's frames may have an odd number of rows. Gains count in steps of 1/1024;
 /// 3. tap geometry sorter and frame buffer window (see `LinePlan`);
 /// 4. de-Bayer on the window: EnableFast 1 takes the plain interpolation with phase BayerInit, 0 the enhanced
 ///    one with the phase that Mode stands for. Beyond the picture's edges the pattern goes on with the rows
@@ -44,8 +44,8 @@ class FrameRenderer {
 
  private:
     std::uint8_t* rawRow(std::uint32_t row) { return raw_[row % 3].data() + kMargin; }
-    void fetch(std::uint64_t sensorRow, std::uint8_t* line);
-    void balance(std::span<std::uint8_t> pixels, std::uint64_t sensorRow) const;
+    void fetch(std::uint64_t firstRow, std::uint32_t row, std::uint8_t* line);
+    void balance(std::span<std::uint8_t> pixels, std::uint32_t row) const;
 
     static constexpr std::size_t kMargin = 64;  // room for the pixel left of the line, keeps it aligned
 

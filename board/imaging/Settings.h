@@ -7,6 +7,8 @@
 #include <span>
 #include <string_view>
 
+#include "marovine/Bayer.h"
+
 namespace virtualboard::imaging {
 
 /// Reads current values of the design by full name ("Device1_Process0_Buffer_0_DRAM_A_0_XLength").
@@ -104,6 +106,11 @@ struct DesignSettings {
         return result;
     }
 };
+
+/// Bayer phase of the window, as the interpolation at work was told.
+constexpr std::uint32_t interpolationPhase(const DesignSettings& settings) {
+    return settings.fastDeBayer != 0 ? settings.deBayerPhase : phaseOfMode(settings.deBayerMode);
+}
 
 /// Takes a snapshot. Lookup table entries above 255 count as 255.
 DesignSettings readSettings(const ValueReader& design);
