@@ -67,7 +67,7 @@ void cameraLine(benchmark::State& state) {
     benchLine(state, 1, [&](Lines& l) { camera.readRow(77, 0, l.span(0)); });
 }
 void exposeLine(benchmark::State& state) {
-    benchLine(state, 1, [](Lines& l) { expose(l.span(0), 300); });
+    benchLine(state, 1, [](Lines& l) { expose(l.span(0), 1.2F); });
 }
 void whiteBalanceLine(benchmark::State& state) {
     benchLine(state, 1, [](Lines& l) { whiteBalance(l.span(0), 1024, 1100); });

@@ -32,15 +32,17 @@ SensorScene::SensorScene(const Image& scene, const CameraTraits& camera, std::ui
     width_ = (wanted + 1) / 2 * 2;
     rows_ = wanted == source.width ? source.height : scaledHeight(source, wanted);
     // A large scene is not copied only to be looked at.
-    const bool asItIs = source.width == width_ && source.height == rows_;
-    const Image scaled = asItIs ? Image() : resize(source, width_, rows_);
+    const bool asItIs = source.width == wanted && source.height == rows_;
+    const Image scaled = asItIs ? Image() : resize(source, wanted, rows_);
     const Image& seen = asItIs ? source : scaled;
     for (std::uint32_t parity = 0; parity < 2; ++parity) {
         auto& mosaic = mosaic_[parity];
-        mosaic.resize(seen.pixels.size());
-        for (std::size_t i = 0; i < mosaic.size(); ++i) {
-            // The width is even, so the index has the parity of the column.
-            mosaic[i] = channel(seen.pixels[i], bayerColour(camera.phase, i, parity));
+        mosaic.reserve(std::size_t{width_} * rows_);
+        for (std::uint32_t y = 0; y < rows_; ++y) {
+            for (std::uint32_t x = 0; x < width_; ++x) {
+                mosaic.push_back(
+                    channel(seen.at(std::min(x, wanted - 1), y), bayerColour(camera.phase, x, parity)));
+            }
         }
     }
 }
@@ -86,7 +88,7 @@ void LineScanCamera::readRow(std::uint64_t row, std::uint32_t first, std::span<s
     const std::uint64_t position =
         (exposure * motion_.step >> Motion::kFractionBits) + row % motion_.rowsPerExposure;
     scene_->sample(position, row % 2 != 0, first, out);
-    if (motion_.gain != 256) expose(out, motion_.gain);
+    if (motion_.gain != 1) expose(out, motion_.gain);
 }
 
 }  // namespace virtualboard::imaging

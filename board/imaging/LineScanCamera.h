@@ -15,8 +15,8 @@ namespace virtualboard::imaging {
 /// it, and behind it on the belt, the same scene follows again.
 class SensorScene {
  public:
-    /// `fieldWidth` 0 shows one scene pixel per sensor pixel; odd widths grow by one pixel, so that the
-    /// Bayer pattern continues over the seam. An empty scene counts as one black pixel.
+    /// `fieldWidth` 0 shows one scene pixel per sensor pixel; the last column of an odd width shows twice, so
+    /// that the Bayer pattern continues over the seam. An empty scene counts as one black pixel.
     /// Throws what `checkField` throws.
     SensorScene(const Image& scene, const CameraTraits& camera, std::uint32_t fieldWidth = 0);
 
@@ -44,7 +44,7 @@ struct Motion {
     /// Belt way from one exposure to the next, in pixels with `kFractionBits` fraction bits.
     std::uint64_t step = 1u << kFractionBits;
     std::uint32_t rowsPerExposure = 1;  ///< 2: each exposure brings a row pair of the sensor
-    std::uint16_t gain = 256;           ///< brightness by exposure time, see `expose`
+    float gain = 1;                     ///< brightness by exposure time, see `expose`
 
     static constexpr unsigned kFractionBits = 20;
     /// `pixels` as a step: 0 for what is not above 0, at most 2^20 pixels.
@@ -53,7 +53,7 @@ struct Motion {
 
 /// The camera over the moving belt. Row r belongs to exposure n = r / rowsPerExposure, taken at belt position
 /// floor(n x step) + r mod rowsPerExposure; even rows see the sensor's first Bayer row, odd rows the second.
-/// A pixel is min(255, floor(colour x gain / 256)).
+/// A pixel is min(255, colour x gain), rounded to the nearest.
 class LineScanCamera : public LineSource {
  public:
     LineScanCamera(std::shared_ptr<const SensorScene> scene, const Motion& motion)

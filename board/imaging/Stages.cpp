@@ -1,22 +1,16 @@
 #include "board/imaging/Stages.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstring>
 
 namespace virtualboard::imaging {
 namespace {
 
-std::uint16_t fixedPoint(double factor, double one) {
-    const double scaled = std::round(factor * one);
-    if (!(scaled > 0)) return 0;  // also when not a number
-    return static_cast<std::uint16_t>(std::min(scaled, 32767.0));
-}
-
 // The product is taken from the upper half of a 16 x 16 bit multiplication, which every vector unit has.
-template <unsigned FractionBits>
-std::uint8_t scaled(std::uint8_t pixel, std::uint16_t gain) {
-    const auto shifted = static_cast<std::uint16_t>(pixel << (16 - FractionBits));
+std::uint8_t balanced(std::uint8_t pixel, std::uint16_t gain) {
+    const auto shifted = static_cast<std::uint16_t>(pixel << 6);  // the gain has 10 fraction bits
     const auto product = static_cast<std::int16_t>((std::uint32_t{shifted} * gain) >> 16);
     return static_cast<std::uint8_t>(product < 255 ? product : 255);
 }
@@ -90,23 +84,30 @@ void interpolateRow(BayerRow above, BayerRow row, BayerRow below, std::size_t wi
 
 }  // namespace
 
-std::uint16_t exposureGain(double factor) {
-    return fixedPoint(factor, 256);
+float exposureGain(double factor) {
+    return factor > 0 ? static_cast<float>(std::min(factor, 65536.0)) : 0;  // also when not a number
 }
 
 std::uint16_t whiteBalanceGain(double coefficient) {
-    return fixedPoint(coefficient, 1024);
+    const double scaled = std::round(coefficient * 1024);
+    if (!(scaled > 0)) return 0;  // also when not a number
+    return static_cast<std::uint16_t>(std::min(scaled, 32767.0));
 }
 
-void expose(std::span<std::uint8_t> line, std::uint16_t gain) {
-    for (auto& pixel : line) pixel = scaled<8>(pixel, gain);
+void expose(std::span<std::uint8_t> line, float gain) {
+    // Added to a number below 2^22 this leaves its rounded value in the lowest bits.
+    constexpr float kRound = 0x1.8p23F;
+    for (auto& pixel : line) {
+        const float exposed = std::min(static_cast<float>(pixel) * gain, 255.0F);
+        pixel = static_cast<std::uint8_t>(std::bit_cast<std::uint32_t>(exposed + kRound));
+    }
 }
 
 void whiteBalance(std::span<std::uint8_t> line, std::uint16_t even, std::uint16_t odd) {
     std::uint8_t* __restrict pixels = line.data();
     const std::size_t size = line.size();
     for (std::size_t i = 0; i < size; ++i) {
-        pixels[i] = choose(kAlternating[i], scaled<10>(pixels[i], even), scaled<10>(pixels[i], odd));
+        pixels[i] = choose(kAlternating[i], balanced(pixels[i], even), balanced(pixels[i], odd));
     }
 }
 

@@ -15,13 +15,14 @@ namespace virtualboard::imaging {
 /// Longest line that the frame buffer takes, in pixels.
 inline constexpr std::size_t kMaxLine = 16384;
 
-/// A fixed-point factor of the exposure, 8 fraction bits: 256 leaves a line unchanged.
-std::uint16_t exposureGain(double factor);
+/// A factor of the exposure as the lines take it: 0 to 65536, from where on all but black is white.
+float exposureGain(double factor);
 /// A fixed-point factor of the white balance, 10 fraction bits, as fine as the design's coefficients.
 std::uint16_t whiteBalanceGain(double coefficient);
 
-/// Brightness: each pixel becomes min(255, floor(pixel x gain / 256)).
-void expose(std::span<std::uint8_t> line, std::uint16_t gain);
+/// Brightness: each pixel becomes min(255, pixel x gain), the product rounded to the nearest number (halves
+/// to the even one).
+void expose(std::span<std::uint8_t> line, float gain);
 
 /// White balance on Bayer data: each pixel becomes min(255, floor(pixel x gain / 1024)), with `even` for
 /// the span's pixels 0, 2, 4 ... and `odd` for the others.

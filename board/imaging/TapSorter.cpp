@@ -18,6 +18,7 @@ class Sorter {
         taps_ = settings.dummyTaps != 0 ? slots - slots / 5 : slots;
         const std::uint32_t lanes = settings.fullMode == 1 ? 10 : 8;
         pixelsPerClock_ = slots <= 1 ? lanes : 10 / slots;
+        if (settings.translateVantagePoint != 0 && taps_ > 1) leftOut_ = remainder();
     }
 
     // The sensor pixel that comes out at a position of the sorted line, or kBlack.
@@ -30,12 +31,22 @@ class Sorter {
         const bool mirrored = settings_.tapMirror[tap] != 0;
         const std::uint64_t pixel = place(position % tapWidth_, tapWidth_, mirrored);
         if (camera_.readout) return readOut(*camera_.readout, tap, pixel);
-        return tap * tapWidth_ + place(pixel, tapWidth_, mirrored != (settings_.translateVantagePoint != 0));
+        return leftOut_ + tap * tapWidth_ +
+               place(pixel, tapWidth_, mirrored != (settings_.translateVantagePoint != 0));
     }
 
  private:
     static std::uint64_t place(std::uint64_t index, std::uint64_t width, bool reversed) {
         return reversed ? width - 1 - index : index;
+    }
+
+    // The sensor pixels left of the taps' parts, which end at the sensor's right edge.
+    std::uint64_t remainder() const {
+        if (camera_.sensorWidth / taps_ == tapWidth_) return camera_.sensorWidth % taps_;
+        // Another sensor than the design was set up for, whose width nobody wrote. Whether it is odd shows in
+        // the columns that lie between the sensor's phase and the window's.
+        const std::uint64_t right = settings_.whiteBalancePhase ^ interpolationPhase(settings_) ^ 1;
+        return (right ^ settings_.xOffset ^ settings_.xLength ^ (tapWidth_ * taps_)) & 1;
     }
 
     // Follows a pixel of the sorter's tap over the link's lanes back to the camera's tap.
@@ -49,12 +60,14 @@ class Sorter {
         const std::uint64_t cameraPixel = clock * readout.pixelsPerClock + lane % readout.pixelsPerClock;
         const std::uint64_t width = camera_.sensorWidth / readout.taps;
         if (cameraTap >= readout.taps || cameraPixel >= width) return kBlack;
-        return cameraTap * width + place(cameraPixel, width, readout.fromFarEnd[cameraTap]);
+        const std::uint64_t leftOut =
+            settings_.translateVantagePoint != 0 ? camera_.sensorWidth % readout.taps : 0;
+        return leftOut + cameraTap * width + place(cameraPixel, width, readout.fromFarEnd[cameraTap]);
     }
 
     const DesignSettings& settings_;
     const CameraTraits& camera_;
-    std::uint64_t tapWidth_, pixelsPerClock_;
+    std::uint64_t tapWidth_, pixelsPerClock_, leftOut_ = 0;
     std::uint32_t taps_;
 };
 

@@ -21,7 +21,8 @@ namespace virtualboard::imaging {
 /// Camera. Without a readout of its own the camera delivers in tap t the t-th part of its line, from back to
 /// front where ReferenceTapMirror[t] differs from TranslateVantagePoint, which tells a tap read from its far
 /// end from one that is only looked at from the other side. So the line comes out in order, and mirrored as a
-/// whole for a vantage point at the top right. With a readout, pixels travel as on the link: per clock each
+/// whole for a vantage point at the top right; a mirrored line starts at the sensor's right edge, also where
+/// the taps do not divide the sensor's width. With a readout, pixels travel as on the link: per clock each
 /// tap fills its lanes, and the sorter takes the lanes for its own taps (all lanes for one tap, else 10 /
 /// TapCount each).
 struct LinePlan {
