@@ -4,7 +4,11 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstring>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "board/imaging/FrameRenderer.h"
 #include "board/imaging/PatternGenerator.h"
@@ -27,9 +31,8 @@ struct Lines {
     std::uint8_t* at(int i) { return lines[i].data() + 64; }
     BayerRow row(int i) { return {at(i)}; }
     std::span<std::uint8_t> span(int i) { return {at(i), kWidth}; }
-    PlaneRow planes() { return {at(3), at(4), at(5)}; }
 
-    std::vector<std::uint8_t> lines[6]{noise(), noise(), noise(), noise(), noise(), noise()};
+    std::vector<std::uint8_t> lines[3]{noise(), noise(), noise()};
     std::vector<std::uint8_t> packed = std::vector<std::uint8_t>(kWidth * 3);
 };
 
@@ -72,28 +75,23 @@ void exposeLine(benchmark::State& state) {
 void whiteBalanceLine(benchmark::State& state) {
     benchLine(state, 1, [](Lines& l) { whiteBalance(l.span(0), 1024, 1100); });
 }
+void rearrangeLine(benchmark::State& state, std::size_t step) {
+    std::vector<std::uint16_t> from;
+    for (std::size_t i = 0; i < kWidth; ++i) from.push_back(static_cast<std::uint16_t>(i * step % kWidth));
+    const Rearrangement rearrangement(std::move(from), kWidth);
+    benchLine(state, 1, [&](Lines& l) { rearrangement.apply(l.at(0), l.at(1)); });
+}
 void mirrorLine(benchmark::State& state) {
-    benchLine(state, 1, [](Lines& l) { mirror(l.span(0), l.span(1)); });
+    rearrangeLine(state, kWidth - 1);
 }
 void scrambleLine(benchmark::State& state) {
-    LinePlan plan{LinePlan::Order::Gather, kWidth, 0, kWidth, {}};
-    for (std::size_t i = 0; i < kWidth; ++i)
-        plan.gather.push_back(static_cast<std::uint16_t>(i * 1021 % kWidth));
-    benchLine(state, 1, [&](Lines& l) { plan.arrange({l.at(0), kWidth + 1}, l.span(1)); });
+    rearrangeLine(state, 1021);
 }
-void deBayerLine(benchmark::State& state) {
-    benchLine(state, 3, [](Lines& l) {
-        deBayer(l.row(0), l.row(1), l.row(2), kWidth, Colour::Red, Colour::Green, l.planes());
-    });
-}
-void deBayerEnhancedLine(benchmark::State& state) {
-    benchLine(state, 3, [](Lines& l) {
-        deBayerEnhanced(l.row(0), l.row(1), l.row(2), kWidth, Colour::Red, Colour::Green, l.planes());
-    });
-}
-void lookUpAndPackLine(benchmark::State& state) {
+void developLine(benchmark::State& state, bool followEdges, bool lookUp) {
     const auto tables = DesignSettings::identityTables();
-    benchLine(state, 3, [&](Lines& l) { lookUpAndPack(l.planes(), tables, kWidth, l.packed.data()); });
+    const Development how{.followEdges = followEdges, .tables = lookUp ? tables.data() : nullptr};
+    benchLine(state, 3,
+              [&](Lines& l) { develop(l.row(0), l.row(1), l.row(2), kWidth, how, l.packed.data()); });
 }
 BENCHMARK(copyLine);
 BENCHMARK(copyPackedLine);
@@ -103,9 +101,9 @@ BENCHMARK(exposeLine);
 BENCHMARK(whiteBalanceLine);
 BENCHMARK(mirrorLine);
 BENCHMARK(scrambleLine);
-BENCHMARK(deBayerLine);
-BENCHMARK(deBayerEnhancedLine);
-BENCHMARK(lookUpAndPackLine);
+BENCHMARK_CAPTURE(developLine, plain, false, false);
+BENCHMARK_CAPTURE(developLine, enhanced, true, false);
+BENCHMARK_CAPTURE(developLine, enhancedWithTables, true, true);
 
 void copyPicture(benchmark::State& state) {
     const Image from(kWidth, kHeight, {1, 2, 3});
@@ -117,6 +115,13 @@ void copyPicture(benchmark::State& state) {
     count(state, kWidth * kHeight, 3);
 }
 BENCHMARK(copyPicture)->Unit(benchmark::kMicrosecond);
+
+void balance(DesignSettings& s) {
+    s.redGain = 1.2, s.blueGain = 1.4;
+}
+void invert(DesignSettings& s) {
+    for (auto& table : s.tables) std::ranges::reverse(table);
+}
 
 void picture(benchmark::State& state, void (*change)(DesignSettings&)) {
     DesignSettings settings;
@@ -135,27 +140,44 @@ void picture(benchmark::State& state, void (*change)(DesignSettings&)) {
     count(state, kWidth * kHeight, 3);
 }
 
-void balanced(DesignSettings& s) {
-    s.redGain = 1.2, s.blueGain = 1.4;
-}
+using Change = void (*)(DesignSettings&);
+struct Path {
+    const char* name;
+    Change change;
+};
+constexpr Path kPaths[] = {
+    {"camera", [](DesignSettings&) {}},
+    {"plainDeBayer", [](DesignSettings& s) { s.fastDeBayer = 1; }},
+    {"generator", [](DesignSettings& s) { s.generatorEnable = 1; }},
+    {"tables", [](DesignSettings& s) { invert(s); }},
+    {"everyStage",
+     [](DesignSettings& s) {
+         balance(s), invert(s);
+         s.exsyncExposure = 25;
+         s.translateVantagePoint = s.tapMirror[0] = 1;
+     }},
+    {"wrongTapGeometry",
+     [](DesignSettings& s) {
+         balance(s);
+         s.tapWidth = kWidth / 8, s.tapCount = 10, s.dummyTaps = 1;
+         std::swap(s.tapOrder[2], s.tapOrder[5]);
+     }},
+};
 
-BENCHMARK_CAPTURE(picture, camera, [](DesignSettings&) {})->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(picture, plainDeBayer, [](DesignSettings& s) {
-    s.fastDeBayer = 1;
-})->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(picture, generator, [](DesignSettings& s) {
-    s.generatorEnable = 1;
-})->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(picture, everyStage, [](DesignSettings& s) {
-    balanced(s);
-    s.exsyncExposure = 25;
-    s.translateVantagePoint = s.tapMirror[0] = 1;
-})->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(picture, wrongTapGeometry, [](DesignSettings& s) {
-    balanced(s);
-    s.tapWidth = kWidth / 8, s.tapCount = 10, s.dummyTaps = 1;
-    std::swap(s.tapOrder[2], s.tapOrder[5]);
-})->Unit(benchmark::kMicrosecond);
+// Every path on every instruction set.
+const bool registered = [] {
+    for (const char* set : instructionSets()) {
+        for (const Path& path : kPaths) {
+            const std::string name = std::string("picture/") + path.name + "/" + set;
+            benchmark::RegisterBenchmark(name.c_str(), [set, path](benchmark::State& state) {
+                useInstructionSet(set);
+                picture(state, path.change);
+                useInstructionSet(instructionSets().front());
+            })->Unit(benchmark::kMicrosecond);
+        }
+    }
+    return true;
+}();
 
 }  // namespace
 }  // namespace virtualboard::imaging

@@ -313,10 +313,12 @@ TEST(Settings, tableEntriesAreClippedAndEverythingIsRead) {
 // The window's line as sensor pixel numbers; -1 for black.
 std::vector<int> windowPixels(const DesignSettings& settings, const CameraTraits& camera) {
     const LinePlan plan = planLine(settings, camera);
-    Bytes sensor(plan.count + 1u);
+    Bytes sensor(plan.count), line(plan.width);
     for (std::uint32_t i = 0; i < plan.count; ++i) sensor[i] = static_cast<std::uint8_t>(plan.first + i + 1);
-    Bytes line(plan.width);
-    plan.arrange(sensor, line);
+    if (plan.inOrder)
+        line = sensor;
+    else
+        plan.rearrangement.apply(sensor.data(), line.data());
     std::vector<int> result;
     for (const int pixel : line) result.push_back(pixel - 1);
     return result;

@@ -33,9 +33,9 @@ void FrameRenderer::configure(const DesignSettings& settings) {
     gains_[0] = whiteBalanceGain(settings.blueGain);
     gains_[1] = whiteBalanceGain(settings.greenGain);
     gains_[2] = whiteBalanceGain(settings.redGain);
-    sensor_.assign(plan_.count + std::size_t{1}, 0);
-    for (auto& row : raw_) row.resize(plan_.width + 2 * kMargin);
-    for (auto& plane : planes_) plane.resize(plan_.width);
+    sensor_.resize(plan_.count);
+    for (auto& row : raw_) row.resize(plan_.width + 2 * BayerRow::kMargin);
+    lookUp_ = settings.tables != DesignSettings::identityTables();
 }
 
 void FrameRenderer::balance(std::span<std::uint8_t> pixels, std::uint32_t row) const {
@@ -48,11 +48,10 @@ void FrameRenderer::balance(std::span<std::uint8_t> pixels, std::uint32_t row) c
 
 void FrameRenderer::fetch(std::uint64_t firstRow, std::uint32_t row, std::uint8_t* line) {
     // A line that needs no sorting is read straight into its place.
-    const bool direct = plan_.order == LinePlan::Order::Forward;
-    const std::span<std::uint8_t> pixels(direct ? line : sensor_.data(), plan_.count);
+    const std::span<std::uint8_t> pixels(plan_.inOrder ? line : sensor_.data(), plan_.count);
     source_->readRow(firstRow + row, plan_.first, pixels);
     balance(pixels, row);
-    if (!direct) plan_.arrange(sensor_, {line, plan_.width});
+    if (!plan_.inOrder) plan_.rearrangement.apply(sensor_.data(), line);
     extendEdges(line, plan_.width);
 }
 
@@ -62,10 +61,9 @@ std::uint32_t FrameRenderer::render(const FramePosition& position, std::span<std
         static_cast<std::uint32_t>(std::min<std::size_t>(position.rows, out.size() / rowBytes()));
     if (rows == 0) return 0;
 
-    const bool fast = settings_.fastDeBayer != 0;
     const std::uint32_t phase = interpolationPhase(settings_);
-    const auto interpolate = fast ? deBayer : deBayerEnhanced;
-    const PlaneRow planes{planes_[0].data(), planes_[1].data(), planes_[2].data()};
+    Development how{.followEdges = settings_.fastDeBayer == 0,
+                    .tables = lookUp_ ? settings_.tables.data() : nullptr};
     const std::uint64_t firstRow = position.firstLine * rowsPerLine_;
 
     // Three raw rows are kept: the one being interpolated and its neighbours.
@@ -77,9 +75,9 @@ std::uint32_t FrameRenderer::render(const FramePosition& position, std::span<std
                                               : y - 1;  // stands in for the missing neighbour
         const std::uint8_t* above = rawRow(y == 0 ? inner : y - 1);
         const std::uint8_t* below = rawRow(y + 1 == rows ? inner : y + 1);
-        interpolate({above}, {rawRow(y)}, {below}, plan_.width, bayerColour(phase, 0, y),
-                    bayerColour(phase, 1, y), planes);
-        lookUpAndPack(planes, settings_.tables, plan_.width, out.data() + y * rowBytes());
+        how.first = bayerColour(phase, 0, y);
+        how.second = bayerColour(phase, 1, y);
+        develop({above}, {rawRow(y)}, {below}, plan_.width, how, out.data() + y * rowBytes());
     }
     return rows;
 }

@@ -43,11 +43,9 @@ class FrameRenderer {
     std::uint32_t render(const FramePosition& position, std::span<std::uint8_t> out);
 
  private:
-    std::uint8_t* rawRow(std::uint32_t row) { return raw_[row % 3].data() + kMargin; }
+    std::uint8_t* rawRow(std::uint32_t row) { return raw_[row % 3].data() + BayerRow::kMargin; }
     void fetch(std::uint64_t firstRow, std::uint32_t row, std::uint8_t* line);
     void balance(std::span<std::uint8_t> pixels, std::uint32_t row) const;
-
-    static constexpr std::size_t kMargin = 64;  // room for the pixel left of the line, keeps it aligned
 
     std::shared_ptr<const SensorScene> scene_;
     Belt belt_;
@@ -56,8 +54,9 @@ class FrameRenderer {
     LinePlan plan_;
     std::unique_ptr<LineSource> source_;
     std::uint64_t rowsPerLine_ = 1;
+    bool lookUp_ = false;                          // some table changes some value
     std::uint16_t gains_[3] = {1024, 1024, 1024};  // blue, green, red
-    std::vector<std::uint8_t> sensor_, raw_[3], planes_[3];
+    std::vector<std::uint8_t> sensor_, raw_[3];
 };
 
 }  // namespace virtualboard::imaging

@@ -1,9 +1,7 @@
 #include "board/imaging/TapSorter.h"
 
 #include <algorithm>
-#include <cassert>
-
-#include "board/imaging/Stages.h"
+#include <vector>
 
 namespace virtualboard::imaging {
 namespace {
@@ -71,10 +69,6 @@ class Sorter {
     std::uint32_t taps_;
 };
 
-bool isRun(const std::vector<std::uint64_t>& pixels, std::uint64_t step) {
-    return std::ranges::adjacent_find(pixels, [&](auto a, auto b) { return b != a + step; }) == pixels.end();
-}
-
 }  // namespace
 
 LinePlan planLine(const DesignSettings& settings, const CameraTraits& camera) {
@@ -96,32 +90,15 @@ LinePlan planLine(const DesignSettings& settings, const CameraTraits& camera) {
         plan.first = static_cast<std::uint32_t>(lowest);
         plan.count = static_cast<std::uint32_t>(highest - lowest + 1);
     }
-    if (plan.count == plan.width && isRun(pixels, 1)) return plan;
-    if (plan.count == plan.width && isRun(pixels, ~std::uint64_t{0})) {
-        plan.order = LinePlan::Order::Backward;
-        return plan;
-    }
-    plan.order = LinePlan::Order::Gather;
-    plan.gather.resize(plan.width);
-    std::ranges::transform(pixels, plan.gather.begin(), [&](std::uint64_t pixel) {
-        return static_cast<std::uint16_t>(pixel == kBlack ? plan.count : pixel - plan.first);
+    const auto isNoRun = [](std::uint64_t a, std::uint64_t b) { return b != a + 1; };
+    plan.inOrder = plan.count == plan.width && std::ranges::adjacent_find(pixels, isNoRun) == pixels.end();
+    if (plan.inOrder) return plan;
+    std::vector<std::uint16_t> from(plan.width);
+    std::ranges::transform(pixels, from.begin(), [&](std::uint64_t pixel) {
+        return pixel == kBlack ? Rearrangement::kBlack : static_cast<std::uint16_t>(pixel - plan.first);
     });
+    plan.rearrangement = Rearrangement(std::move(from), plan.count);
     return plan;
-}
-
-void LinePlan::arrange(std::span<const std::uint8_t> sensor, std::span<std::uint8_t> line) const {
-    assert(sensor.size() == std::size_t{count} + 1 && line.size() == width);
-    switch (order) {
-        case Order::Forward:
-            std::copy_n(sensor.begin(), width, line.begin());
-            break;
-        case Order::Backward:
-            mirror(sensor.first(count), line);
-            break;
-        case Order::Gather:
-            for (std::uint32_t i = 0; i < width; ++i) line[i] = sensor[gather[i]];
-            break;
-    }
 }
 
 }  // namespace virtualboard::imaging

@@ -2,10 +2,9 @@
 
 #include <cstdint>
 #include <optional>
-#include <span>
-#include <vector>
 
 #include "board/imaging/Settings.h"
+#include "board/imaging/Stages.h"
 #include "marovine/World.h"
 
 namespace virtualboard::imaging {
@@ -26,17 +25,11 @@ namespace virtualboard::imaging {
 /// tap fills its lanes, and the sorter takes the lanes for its own taps (all lanes for one tap, else 10 /
 /// TapCount each).
 struct LinePlan {
-    enum class Order { Forward, Backward, Gather };
-
-    Order order = Order::Forward;
+    bool inOrder = true;      ///< the pixels read are the line as they are
     std::uint32_t width = 0;  ///< pixels of the window's line, at most `kMaxLine`
     std::uint32_t first = 0;  ///< the sensor pixels to read: `count` from `first` on
     std::uint32_t count = 0;
-    std::vector<std::uint16_t> gather;  ///< only for Gather: per window pixel its place in the pixels read,
-                                        ///< or `count` for black
-
-    /// Puts the pixels read into the window's order. `sensor` holds `count` pixels and one black one.
-    void arrange(std::span<const std::uint8_t> sensor, std::span<std::uint8_t> line) const;
+    Rearrangement rearrangement;  ///< puts them into the window's order, when they are not
 };
 
 LinePlan planLine(const DesignSettings& settings, const CameraTraits& camera);
