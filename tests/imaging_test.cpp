@@ -4,9 +4,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <random>
 
 #include "board/imaging/FrameRenderer.h"
 #include "board/imaging/PatternGenerator.h"
@@ -225,11 +227,6 @@ TEST(DeBayer, interpolatesByHand) {
     EXPECT_EQ(enhanced.at(1, 2), plain.at(1, 2));
 }
 
-TEST(DeBayer, picturesOfOneRow) {
-    auto settings = windowOf(8, 1);
-    EXPECT_EQ(take(settings, Image(2, 2, {7, 7, 7})).at(7, 0), (Pixel{7, 7, 7}));
-}
-
 // ---- white balance, tables ----
 
 TEST(WhiteBalance, scalesItsColourSeenFromBothSides) {
@@ -267,24 +264,6 @@ TEST(WhiteBalance, picturesMayBeginAtAnyRowOfTheStream) {
     const Image picture = take(settings);
     settings.generatorOffset = ~0U;  // makes good for the row
     EXPECT_EQ(take(settings, testChart(), {}, {}, 1).pixels, picture.pixels);
-}
-
-TEST(LookupTables, mapTheFinishedPicture) {
-    auto settings = windowOf(64, 32);
-    settings.xOffset = 280;
-    settings.tapWidth = 344;
-    const Image before = take(settings, testChart(), {}, {}, 40);
-    for (std::size_t i = 0; i < 256; ++i) {
-        settings.tables[0][i] = static_cast<std::uint8_t>(255 - i);
-        settings.tables[1][i] = static_cast<std::uint8_t>(i / 2);
-        settings.tables[2][i] = static_cast<std::uint8_t>(i * 7);
-    }
-    const Image after = take(settings, testChart(), {}, {}, 40);
-    for (std::size_t i = 0; i < before.pixels.size(); ++i) {
-        const Pixel p = before.pixels[i];
-        ASSERT_EQ(after.pixels[i], (Pixel{settings.tables[0][p.blue], settings.tables[1][p.green],
-                                          settings.tables[2][p.red]}));
-    }
 }
 
 TEST(Settings, tableEntriesAreClippedAndEverythingIsRead) {
@@ -412,13 +391,103 @@ TEST(FrameRenderer, horizontalRampInAWindowFromBothSides) {
     EXPECT_EQ(right.at(0, 0), (Pixel{23, 23, 22}));
 }
 
-TEST(FrameRenderer, leavesOutRowsThatDoNotFit) {
-    FrameRenderer renderer(std::make_shared<SensorScene>(Image(2, 2, {9, 9, 9}), CameraTraits{}), Belt{});
-    renderer.configure(windowOf(8, 4));
-    Bytes out(2 * 24 + 23, 1);
-    EXPECT_EQ(renderer.render({0, 0, 4, 4}, out), 2u);
-    EXPECT_EQ(out[47], 9);
-    EXPECT_EQ(out[48], 1);
+// ---- every path against one that takes a pixel at a time ----
+
+// The picture as the stages are defined, from the source's rows before exposure.
+Bytes plainPicture(const DesignSettings& s, const LineSource& source, float exposure,
+                   std::uint64_t firstRow) {
+    const int width = static_cast<int>(s.xLength), rows = static_cast<int>(s.imageHeight);
+    const LinePlan plan = planLine(s, {});
+    const std::uint16_t gains[] = {whiteBalanceGain(s.blueGain), whiteBalanceGain(s.greenGain),
+                                   whiteBalanceGain(s.redGain)};
+    std::vector<std::vector<int>> raw;
+    for (int y = 0; y < rows; ++y) {
+        const Bytes sensor = rawRow(source, firstRow + static_cast<unsigned>(y), plan.first, plan.count);
+        auto& line = raw.emplace_back();
+        for (std::size_t x = 0; x < s.xLength; ++x) {
+            const std::size_t from = plan.inOrder ? x : plan.rearrangement.from()[x];
+            const auto colour = bayerColour(s.whiteBalancePhase, plan.first + from, static_cast<unsigned>(y));
+            line.push_back(0);
+            if (from == Rearrangement::kBlack) continue;
+            const int exposed =
+                static_cast<int>(std::min(std::nearbyint(float{1} * sensor[from] * exposure), 255.0F));
+            line.back() = std::min(exposed * gains[static_cast<int>(colour)] >> 10, 255);
+        }
+    }
+    const auto inside = [](int i, int size) { return size == 1 ? 0 : i < 0 ? 1 : i == size ? size - 2 : i; };
+    const auto at = [&](int x, int y) { return raw[inside(y, rows)][inside(x, width)]; };
+    const auto mean2 = [](int a, int b) { return (a + b + 1) / 2; };
+    Bytes out;
+    for (int y = 0; y < rows; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const int left = at(x - 1, y), right = at(x + 1, y), up = at(x, y - 1), down = at(x, y + 1);
+            const auto colour = [&](int i) {
+                return bayerColour(interpolationPhase(s), static_cast<unsigned>(i), static_cast<unsigned>(y));
+            };
+            const bool redRow = (colour(0) == Colour::Green ? colour(1) : colour(0)) == Colour::Red;
+            int own = mean2(left, right), green = at(x, y), other = mean2(up, down);
+            if (colour(x) != Colour::Green) {
+                const int across = std::abs(left - right), along = std::abs(up - down);
+                green = s.fastDeBayer != 0 || across == along ? (left + right + up + down + 2) / 4
+                        : across < along                      ? own
+                                                              : other;
+                own = at(x, y);
+                other = (at(x - 1, y - 1) + at(x + 1, y - 1) + at(x - 1, y + 1) + at(x + 1, y + 1) + 2) / 4;
+            }
+            const int blue = redRow ? other : own, red = redRow ? own : other;
+            out.insert(out.end(), {s.tables[0][blue], s.tables[1][green], s.tables[2][red]});
+        }
+    }
+    return out;
+}
+
+TEST(FrameRenderer, everyInstructionSetGivesThePlainPicture) {
+    std::mt19937 random(20);
+    const auto below = [&](std::uint32_t end) { return static_cast<std::uint32_t>(random() % end); };
+    Image noise(300, 40);
+    for (auto& byte : noise.bytes()) byte = static_cast<std::uint8_t>(random() >> below(8));
+    const auto scene = std::make_shared<SensorScene>(noise, CameraTraits{});
+    Crew crew(3);
+    for (int turn = 0; turn < 150; ++turn) {
+        auto s = windowOf(turn == 0 ? 4104 : 1 + below(200), turn == 0 ? 100 : 1 + below(6));
+        s.generatorEnable = below(4) == 0;
+        s.fastDeBayer = below(2);
+        s.deBayerPhase = below(4), s.deBayerMode = below(4), s.whiteBalancePhase = below(4);
+        for (double* gain : {&s.redGain, &s.greenGain, &s.blueGain})
+            *gain = below(2) == 0 ? 1 : 4e-4 * below(10000);
+        s.exsyncExposure = below(2) == 0 ? 19 : 0.01 * below(10000);
+        for (auto& table : s.tables) {
+            if (below(3) == 0) continue;
+            for (auto& entry : table) entry = static_cast<std::uint8_t>(random());
+        }
+        s.translateVantagePoint = below(2), s.tapMirror[0] = below(2), s.xOffset = below(40);
+        if (below(2) == 0) {
+            s.tapCount = 10, s.dummyTaps = below(2), s.tapWidth = 1 + below(1 + s.xLength / 4);
+            std::shuffle(s.tapOrder.begin(), s.tapOrder.begin() + 8, random);
+            for (auto& mirror : s.tapMirror) mirror = below(2);
+        } else {
+            s.tapWidth += s.xOffset - below(2) * below(s.xLength);
+        }
+        const std::uint64_t firstLine = below(100);
+        const float exposure = s.generatorEnable != 0 ? 1 : exposureGain(s.exsyncExposure / 19);
+        const PatternGenerator generator(s);
+        const LineScanCamera camera(scene, Motion{});
+        const Bytes expected =
+            plainPicture(s, s.generatorEnable != 0 ? static_cast<const LineSource&>(generator) : camera,
+                         exposure, firstLine);
+        for (const char* const set : instructionSets()) {
+            useInstructionSet(set);
+            FrameRenderer renderer(scene, Belt{}, &crew);
+            renderer.configure(s);
+            // A row that does not fit is left out.
+            Bytes picture(expected.size() + renderer.rowBytes() - 1, 77);
+            ASSERT_EQ(renderer.render({0, firstLine, 9999, 9999}, picture), s.imageHeight);
+            const auto end = picture.begin() + static_cast<std::ptrdiff_t>(expected.size());
+            ASSERT_TRUE(std::equal(picture.begin(), end, expected.begin())) << set << " turn " << turn;
+            ASSERT_TRUE(std::all_of(end, picture.end(), [](auto byte) { return byte == 77; })) << set;
+        }
+    }
+    useInstructionSet(instructionSets().front());
 }
 
 // ---- pictures in files and on the terminal ----

@@ -11,6 +11,7 @@
 #include "board/imaging/Settings.h"
 #include "board/imaging/Stages.h"
 #include "board/imaging/TapSorter.h"
+#include "virtualboard/imaging/Crew.h"
 
 namespace virtualboard::imaging {
 
@@ -27,10 +28,12 @@ namespace virtualboard::imaging {
 ///    and columns next to the edge (row -1 is row 1); a picture of one row or column repeats it;
 /// 5. lookup tables per colour.
 /// Settings hold for a whole picture. The renderer keeps only line buffers, so it costs no time to make one
-/// per acquisition; it is not thread-safe, the scene behind it may be shared.
+/// per acquisition; it is not thread-safe, the scene behind it may be shared. A crew renders large pictures
+/// in bands of rows.
 class FrameRenderer {
  public:
-    FrameRenderer(std::shared_ptr<const SensorScene> scene, const Belt& belt);
+    /// A crew outlives its renderers; without one the calling thread renders alone.
+    FrameRenderer(std::shared_ptr<const SensorScene> scene, const Belt& belt, Crew* crew = nullptr);
 
     /// Takes over new settings, from the next picture on.
     void configure(const DesignSettings& settings);
@@ -43,8 +46,19 @@ class FrameRenderer {
     std::uint32_t render(const FramePosition& position, std::span<std::uint8_t> out);
 
  private:
-    std::uint8_t* rawRow(std::uint32_t row) { return raw_[row % 3].data() + BayerRow::kMargin; }
-    void fetch(std::uint64_t firstRow, std::uint32_t row, std::uint8_t* line);
+    /// What one thread needs: a row before sorting and three after it, of which the middle one is developed.
+    struct Lines {
+        std::uint8_t* row(std::uint32_t y) { return raw[y % 3].data() + BayerRow::kMargin; }
+        std::vector<std::uint8_t> sensor, raw[3];
+    };
+    struct Picture {
+        std::uint64_t firstRow;  ///< in the stream
+        std::uint32_t rows;
+        std::uint8_t* out;
+    };
+
+    void renderBand(const Picture& picture, std::uint32_t begin, std::uint32_t end, Lines& lines) const;
+    void fetch(const Picture& picture, std::uint32_t row, Lines& lines) const;
     void balance(std::span<std::uint8_t> pixels, std::uint32_t row) const;
 
     std::shared_ptr<const SensorScene> scene_;
@@ -56,7 +70,8 @@ class FrameRenderer {
     std::uint64_t rowsPerLine_ = 1;
     bool lookUp_ = false;                          // some table changes some value
     std::uint16_t gains_[3] = {1024, 1024, 1024};  // blue, green, red
-    std::vector<std::uint8_t> sensor_, raw_[3];
+    Crew* crew_;
+    std::vector<Lines> lines_;  // per thread
 };
 
 }  // namespace virtualboard::imaging

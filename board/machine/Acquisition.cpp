@@ -98,12 +98,13 @@ int Acquisition::acquire(std::int64_t pictures, std::shared_ptr<FrameRing> ring,
     owner_ = owner;
     pictures_ = pictures;
     accepted_ = delivered_ = lost_ = told_ = done_ = 0;
-    stopping_ = failed_ = overflow_ = polled_ = false;
+    stopping_ = failed_ = overflow_ = polled_ = thwarted_ = false;
     due_.clear();
     renderer_.reset();
     rendered_.reset();
     ++run_;
     try {
+        crew_.emplace(renderThreads_);
         timeline_ = {};
         sequencer_ = {};
         active_ = false;
@@ -132,13 +133,18 @@ void Acquisition::end(Lock& lock, const void* owner) {
     if (!running_ || (owner != nullptr && owner != owner_)) return;
     if (!stopping_) {
         stopping_ = true;
+        work_.notify_one();
         wake_.notify_all();
         lock.unlock();
         thread_.join();
         lock.lock();
+        wake_.wait(lock, [this] { return !rendering_; });
         running_ = false;
         ring_->release();
         ring_.reset();
+        rendered_.reset();
+        renderer_.reset();
+        crew_.reset();
         updateReadOuts(clock_.now());
         wake_.notify_all();
     } else {
@@ -152,7 +158,7 @@ std::int64_t Acquisition::lastPicture(const dma_mem* memory) {
     done_ = std::max(done_, told_);
     told_ = delivered_;
     polled_ = true;
-    wake_.notify_all();
+    work_.notify_one();
     return delivered_;
 }
 
@@ -163,13 +169,19 @@ std::int64_t Acquisition::lastPictureBlocking(Lock& lock, std::int64_t picture, 
     if (pictures_ >= 0 && picture > pictures_) return kNoMorePictures;
     done_ = std::max(done_, picture - 1);
     const auto place = awaited_.insert(picture);
-    wake_.notify_all();
     const std::uint64_t run = run_;
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(timeout);
-    wake_.wait_until(lock, deadline, [&] {
+    using Clock = std::chrono::steady_clock;
+    const auto deadline = Clock::now() + std::chrono::seconds(timeout);
+    const auto over = [&] {
         return run_ != run || delivered_ >= picture || !running_ || stopping_ || failed_;
-    });
+    };
+    for (bool told = false; !over();) {
+        if (Clock::now() < deadline && renderSmall(lock)) continue;
+        if (!std::exchange(told, true)) work_.notify_one();
+        if (wake_.wait_until(lock, deadline) == std::cv_status::timeout) break;
+    }
     awaited_.erase(place);
+    if (run_ == run && (thwarted_ || !due_.empty())) work_.notify_one();
     if (run_ != run) return kStopped;
     if (delivered_ >= picture) {
         told_ = std::max(told_, delivered_);
@@ -228,15 +240,19 @@ void Acquisition::accept(const imaging::FramePosition& position, std::uint64_t e
 }
 
 void Acquisition::settle(BoardTime now) {
-    if (!running_ || stopping_) return;
     const bool idle = due_.empty();
+    queueDue(now);
+    if (idle && !due_.empty()) work_.notify_one();
+}
+
+void Acquisition::queueDue(BoardTime now) {
+    if (!running_ || stopping_) return;
     // A clock moved far ahead leaves the rest to the thread, so that nobody holds the lock for long.
     int left = 100'000;
     for (auto time = nextDue(); time.has_value() && *time <= now && left > 0; time = nextDue(), --left) {
         const std::uint64_t end = *sequencer_.nextEnd();
         if (const auto position = sequencer_.next(end)) accept(*position, end);
     }
-    if (idle && !due_.empty()) wake_.notify_all();
     updateReadOuts(now);
 }
 
@@ -265,7 +281,7 @@ void Acquisition::reconfigure(BoardTime now) {
         before != nullptr && (settings.imageTriggerMode != before->settings.imageTriggerMode ||
                               settings.imageTriggerEnable != before->settings.imageTriggerEnable);
     if (listens && active_) sequencer_.openGate(line);  // an edge is over, an open gate is not
-    wake_.notify_all();
+    work_.notify_one();
 }
 
 void Acquisition::changed(const Slot& slot, BoardTime now) {
@@ -283,19 +299,16 @@ void Acquisition::changed(const Slot& slot, BoardTime now) {
 
 void Acquisition::work() {
     Lock lock(mutex_);
-    try {
-        while (!stopping_) {
-            settle(clock_.now());
-            if (!due_.empty()) {
-                renderNext(lock);
-            } else if (!skipToNext()) {
-                waitForWork(lock);
-            }
+    while (!stopping_ && !failed_) {
+        queueDue(clock_.now());
+        thwarted_ = rendering_;
+        if (rendering_) {
+            work_.wait(lock);
+        } else if (!due_.empty()) {
+            renderNext(lock);
+        } else if (!skipToNext()) {
+            waitForWork(lock);
         }
-    } catch (const std::exception&) {  // no memory
-        if (!lock.owns_lock()) lock.lock();
-        failed_ = true;
-        wake_.notify_all();
     }
 }
 
@@ -305,27 +318,52 @@ void Acquisition::renderNext(Lock& lock) {
     const std::int64_t number = delivered_ + 1;
     const std::span<std::uint8_t> buffer = ring_->begin(number);
     const std::shared_ptr<FrameRing> ring = ring_;
+    rendering_ = true;
     lock.unlock();
-    if (rendered_ != picture.taken) {
-        renderer_.emplace(picture.taken->scene, picture.taken->belt);
-        renderer_->configure(picture.taken->settings);
-        rendered_ = picture.taken;
+    std::optional<std::uint32_t> rows;
+    try {
+        if (rendered_ != picture.taken) {
+            rendered_.reset();
+            renderer_.emplace(picture.taken->scene, picture.taken->belt, &*crew_);
+            renderer_->configure(picture.taken->settings);
+            rendered_ = picture.taken;
+        }
+        rows = renderer_->render(picture.position, buffer);
+    } catch (const std::exception&) {  // no memory
     }
-    const std::uint32_t rows = renderer_->render(picture.position, buffer);
-    if (rows != 0) {
+    if (rows.value_or(0) != 0) {
         ring->finish(
-            {.pixels = buffer.data(), .width = renderer_->width(), .height = rows, .number = number});
+            {.pixels = buffer.data(), .width = renderer_->width(), .height = *rows, .number = number});
     }
     lock.lock();
+    rendering_ = false;
+    failed_ = !rows.has_value();
     due_.pop_front();
     polled_ = false;
-    if (rows != 0) {
+    if (rows.value_or(0) != 0) {
         delivered_ = number;
     } else {  // settings under way made a row longer than a buffer
         ++lost_;
         --accepted_;
     }
     wake_.notify_all();
+}
+
+/// Renders the next picture in the thread that waits for it; false when there is none, when it is large or
+/// when another thread is at it.
+bool Acquisition::renderSmall(Lock& lock) {
+    constexpr std::uint64_t kSmall = 32768;  // pixels; takes about as long as waking the board's thread
+    if (rendering_) return false;
+    queueDue(clock_.now());
+    if (due_.empty() && skipToNext()) queueDue(clock_.now());
+    if (due_.empty()) return false;
+    const DuePicture& picture = due_.front();
+    if (std::uint64_t{picture.position.rows} * picture.taken->settings.xLength > kSmall) {
+        work_.notify_one();
+        return false;
+    }
+    renderNext(lock);
+    return true;
 }
 
 /// As fast as possible: moves the clock to the next picture that the host asks for. False when it asks for
@@ -346,9 +384,9 @@ void Acquisition::waitForWork(Lock& lock) {
     if (time.has_value() && (*time <= now || clock_.mode() == ClockMode::RealTime)) {
         // A far future is slept through in parts, so that no addition of times overflows.
         constexpr BoardTime kHour = BoardTime{3600} * 1'000'000'000;
-        wake_.wait_for(lock, std::chrono::nanoseconds(std::clamp<BoardTime>(*time - now, 0, kHour)));
+        work_.wait_for(lock, std::chrono::nanoseconds(std::clamp<BoardTime>(*time - now, 0, kHour)));
     } else {
-        wake_.wait(lock);
+        work_.wait(lock);
     }
 }
 

@@ -27,7 +27,9 @@
 namespace virtualboard {
 
 /// One acquisition at a time, with one thread that takes its pictures. When a picture is due it is queued, or
-/// lost when the ring has no room (see FrameMemory.h); the thread renders what is queued.
+/// lost when the ring has no room (see FrameMemory.h); the thread renders what is queued, straight into the
+/// ring, with helpers for a large picture. A small one is rendered by the host's thread that waits for it:
+/// that takes less time than waking another.
 ///
 /// The board's lock guards all of it; the caller holds it. Functions that take the lock give it up while
 /// they wait.
@@ -53,6 +55,8 @@ class Acquisition {
     void setScene(std::shared_ptr<const imaging::Image> scene, std::uint32_t fieldWidth);
     void setCamera(const imaging::CameraTraits& camera);
     void setBelt(const imaging::Belt& belt);
+    /// Threads that render a large picture, from the next acquisition on; 0: one for each usable core.
+    void setRenderThreads(unsigned threads) { renderThreads_ = threads; }
 
     // ---- the host's functions; results are those of the runtime, refusals are codes of Codes.h ----
 
@@ -75,7 +79,7 @@ class Acquisition {
     /// Follows a change of a slot that drives pictures.
     void changed(const Slot& slot, BoardTime now);
     /// The clock was moved or changed its mode.
-    void clockChanged() { wake_.notify_all(); }
+    void clockChanged() { work_.notify_one(); }
 
  private:
     /// What decides how a picture looks.
@@ -100,15 +104,18 @@ class Acquisition {
     void changeSurroundings(Change change);
     void reconfigure(BoardTime now);
     void updateReadOuts(BoardTime now);
+    void queueDue(BoardTime now);
     void work();
     void renderNext(Lock& lock);
+    bool renderSmall(Lock& lock);
     bool skipToNext();
     void waitForWork(Lock& lock);
 
     std::mutex& mutex_;
     BoardClock& clock_;
     SignalAnalyzers& analyzers_;
-    std::condition_variable wake_;  ///< for all changes: waiters look for themselves
+    std::condition_variable work_;  ///< for the board's thread
+    std::condition_variable wake_;  ///< for the host's threads: they look for themselves what happened
 
     ReadSettings readSettings_;
     ImageTriggerInput trigger_;
@@ -129,10 +136,12 @@ class Acquisition {
     std::shared_ptr<FrameRing> ring_;  ///< while it runs
     std::weak_ptr<FrameRing> memory_;  ///< as long as the host has it
     const void* owner_ = nullptr;
-    bool running_ = false;   ///< from acquire until the thread has ended
-    bool stopping_ = false;  ///< the thread shall end
-    bool failed_ = false;    ///< the thread had to give up
-    std::uint64_t run_ = 0;  ///< counts acquisitions
+    bool running_ = false;    ///< from acquire until the thread has ended
+    bool stopping_ = false;   ///< the thread shall end
+    bool failed_ = false;     ///< no memory to render
+    bool rendering_ = false;  ///< some thread does, without the lock
+    bool thwarted_ = false;   ///< the board's thread would like to
+    std::uint64_t run_ = 0;   ///< counts acquisitions
     std::int64_t pictures_ = -1;
     std::int64_t accepted_ = 0;   ///< pictures that found room
     std::int64_t delivered_ = 0;  ///< finished pictures; the last one's number
@@ -145,8 +154,10 @@ class Acquisition {
     bool active_ = false;  ///< the image trigger's level
     LineTimeline timeline_;
     imaging::FrameSequencer sequencer_;
-    std::deque<DuePicture> due_;                      ///< the first one is being rendered
-    std::optional<imaging::FrameRenderer> renderer_;  ///< the thread's own
+    std::deque<DuePicture> due_;  ///< the first one is being rendered
+    unsigned renderThreads_ = 0;
+    std::optional<imaging::Crew> crew_;
+    std::optional<imaging::FrameRenderer> renderer_;  ///< belongs to whoever is rendering
     std::shared_ptr<const Snapshot> rendered_;        ///< what the renderer is set up for
     std::thread thread_;
 };

@@ -73,6 +73,7 @@ class Board {
     void setScene(std::shared_ptr<const imaging::Image> scene, std::uint32_t fieldWidth);
     void setCamera(const imaging::CameraTraits& camera);
     void setBelt(const imaging::Belt& belt);
+    void setRenderThreads(unsigned threads);
 
  private:
     using Lock = std::unique_lock<std::mutex>;

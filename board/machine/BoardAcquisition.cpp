@@ -127,4 +127,9 @@ void Board::setBelt(const imaging::Belt& belt) {
     acquisition_.setBelt(belt);
 }
 
+void Board::setRenderThreads(unsigned threads) {
+    const Lock lock(mutex_);
+    acquisition_.setRenderThreads(threads);
+}
+
 }  // namespace virtualboard

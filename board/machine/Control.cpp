@@ -88,6 +88,9 @@ void Control::setCamera(const imaging::CameraTraits& camera) {
 void Control::setBelt(const imaging::Belt& belt) {
     boardOf(board_)->setBelt(belt);
 }
+void Control::setRenderThreads(unsigned threads) {
+    boardOf(board_)->setRenderThreads(threads);
+}
 void Control::setInput(unsigned input, bool high) {
     boardOf(board_)->setInput(input, high);
 }

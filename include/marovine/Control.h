@@ -109,6 +109,9 @@ class Control {
     void setBelt(const imaging::Belt& belt);
     /// The camera.
     void setCamera(const imaging::CameraTraits& camera);
+    /// Threads that render a large picture, from the next acquisition on; 0, as at first: one for each core
+    /// that the process may use. Pictures look the same and come in order, whatever their number.
+    void setRenderThreads(unsigned threads);
     /// The level at an input: 0 to 7 are the inputs, 8 to 11 the front inputs. An image trigger that listens
     /// to it takes a rising edge (a falling one where it is low active) as a trigger, and the level as a
     /// gate. Throws `std::invalid_argument` for another input.
