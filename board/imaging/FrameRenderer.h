@@ -11,7 +11,7 @@
 #include "board/imaging/Settings.h"
 #include "board/imaging/Stages.h"
 #include "board/imaging/TapSorter.h"
-#include "virtualboard/imaging/Crew.h"
+#include "board/imaging/Crew.h"
 
 namespace virtualboard::imaging {
 

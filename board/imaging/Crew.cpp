@@ -1,4 +1,4 @@
-#include "virtualboard/imaging/Crew.h"
+#include "board/imaging/Crew.h"
 
 #include <sched.h>
 
