@@ -33,12 +33,12 @@ void walk(const RegisterInfo& node, const std::string& path,
 }
 
 /// A value of another numeric type, as the parameter's own.
-Value inOwnType(const Parameter& parameter, const Value& value) {
-    const Value own = parameter.emptyValue();
+Value inOwnType(std::string_view name, std::uint32_t kind, const Value& value) {
+    const Value& own = emptyValueOf(kind);
     if (own.index() == value.index()) return value;
     if (const auto number = numberOf(value))
         if (auto converted = valueLike(own, *number)) return *converted;
-    throw UnreadableValue(parameter.name + ": " + textOf(value) + " does not fit the parameter's type");
+    throw UnreadableValue(std::string(name) + ": " + textOf(value) + " does not fit the parameter's type");
 }
 
 }  // namespace
@@ -91,10 +91,28 @@ void Applet::readTree() {
 }
 
 const Applet::Known& Applet::known(std::string_view name) const {
-    const std::string key(name);
-    const auto found = known_.find(key);
+    const auto found = known_.find(name);
     if (found != known_.end()) return found->second;
-    throw UnknownName(key, nearestNames(key, names_));
+    throw UnknownName(std::string(name), nearestNames(name, names_));
+}
+
+const std::string& Applet::nameOf(std::string_view text) const {
+    for (const auto& name : names_)
+        if (sameName(name, text)) return name;
+    throw UnknownName(std::string(text), nearestNames(text, names_));
+}
+
+std::vector<std::string> Applet::matching(std::string_view pattern) const {
+    std::vector<std::string> result;
+    for (const auto& name : names_)
+        if (matchesPattern(name, pattern) || matchesPattern(parameter(name).displayName, pattern))
+            result.push_back(name);
+    if (result.empty()) throw Failure("no parameter's name or title matches " + std::string(pattern));
+    return result;
+}
+
+std::vector<std::string> Applet::namedBy(std::string_view text) const {
+    return isPattern(text) ? matching(text) : std::vector{nameOf(text)};
 }
 
 Parameter Applet::parameter(std::string_view name) const {
@@ -135,11 +153,26 @@ std::vector<Event> Applet::events() {
     return result;
 }
 
+Applet::Standing Applet::standing(std::string_view name) {
+    const Known& wanted = known(name);
+    Standing result;
+    if (wanted.node != nullptr) {
+        result.range = rangeIn(*wanted.node);
+        result.writable = (wanted.node->accessFlags & 2) != 0;
+    }
+    try {
+        result.value = get(name);
+    } catch (const Refused&) {
+    }
+    return result;
+}
+
 Value Applet::get(std::string_view name) {
-    const Parameter wanted = parameter(name);
-    if (wanted.kind == FG_KIND_UINT32_FIELD) return getElements(name, 0, wanted.elements);
+    const Known& wanted = known(name);
+    if (wanted.kind() == FG_KIND_UINT32_FIELD)
+        return getElements(name, 0, wanted.node->value.uint32Field.elements);
     int result = 0;
-    Value value = wanted.emptyValue();
+    Value value = emptyValueOf(wanted.kind());
     std::visit(
         [&]<class T>(T& v) {
             if constexpr (std::is_same_v<T, std::string>) {
@@ -149,28 +182,35 @@ Value Applet::get(std::string_view name) {
                 v = text;
                 library_->freeText(record(), wanted.id, text, 0, FG_TYPE_TEXT_POINTER);
             } else if constexpr (std::is_arithmetic_v<T>) {
-                result = library_->get(record(), wanted.id, &v, 0, wanted.typeCode());
+                result = library_->get(record(), wanted.id, &v, 0, typeCodeOf(wanted.kind()));
             }
         },
         value);
-    if (result != 0) throw Refused(result, wanted.name, "");
+    if (result != 0) throw Refused(result, std::string(name), "");
     return value;
 }
 
 Field Applet::getElements(std::string_view name, std::uint32_t first, std::uint32_t count) {
-    const Parameter wanted = parameter(name);
+    const Known& wanted = known(name);
     Field elements(count);
     FieldParameterAccess access{
         .type = FG_TYPE_UINT32, .start = first, .count = count, .values = elements.data()};
     const int result = library_->get(record(), wanted.id, &access, 0, FG_TYPE_FIELD_ACCESS);
-    if (result != 0) throw Refused(result, wanted.name, "");
+    if (result != 0) throw Refused(result, std::string(name), "");
     return elements;
 }
 
 void Applet::set(std::string_view name, const Value& value) {
-    const Parameter wanted = parameter(name);
-    const Value own = inOwnType(wanted, value);
-    if (const auto* elements = std::get_if<Field>(&own)) return setElements(name, 0, *elements);
+    const int result = trySet(name, value);
+    if (result == 0) return;
+    const Parameter refused = parameter(name);
+    throw Refused(result, refused.name, refused.textOf(inOwnType(name, refused.kind, value)));
+}
+
+int Applet::trySet(std::string_view name, const Value& value) {
+    const Known& wanted = known(name);
+    const Value own = inOwnType(name, wanted.kind(), value);
+    if (const auto* elements = std::get_if<Field>(&own)) return trySetElements(name, 0, *elements);
     const void* data = std::visit(
         []<class T>(const T& v) -> const void* {
             if constexpr (std::is_same_v<T, std::string>) {
@@ -180,21 +220,35 @@ void Applet::set(std::string_view name, const Value& value) {
             }
         },
         own);
-    const int result = library_->set(record(), wanted.id, data, 0, wanted.typeCode());
-    if (result != 0) throw Refused(result, wanted.name, wanted.textOf(own));
-    remember(SetStep{.name = wanted.name, .value = own, .firstElement = 0});
+    const int result = library_->set(record(), wanted.id, data, 0, typeCodeOf(wanted.kind()));
+    if (result == 0 && options_.rememberSteps) steps_.push_back(SetStep{std::string(name), own, 0});
+    return result;
 }
 
 void Applet::setElements(std::string_view name, std::uint32_t first, const Field& elements) {
-    const Parameter wanted = parameter(name);
+    if (const int result = trySetElements(name, first, elements))
+        throw Refused(result, std::string(name), textOf(elements));
+}
+
+int Applet::trySetElements(std::string_view name, std::uint32_t first, const Field& elements) {
     Field copy = elements;
     FieldParameterAccess access{.type = FG_TYPE_UINT32,
                                 .start = first,
                                 .count = static_cast<std::uint32_t>(copy.size()),
                                 .values = copy.data()};
-    const int result = library_->set(record(), wanted.id, &access, 0, FG_TYPE_FIELD_ACCESS);
-    if (result != 0) throw Refused(result, wanted.name, textOf(elements));
-    remember(SetStep{.name = wanted.name, .value = std::move(copy), .firstElement = first});
+    const int result = library_->set(record(), known(name).id, &access, 0, FG_TYPE_FIELD_ACCESS);
+    if (result == 0 && options_.rememberSteps)
+        steps_.push_back(SetStep{std::string(name), std::move(copy), first});
+    return result;
+}
+
+std::optional<Value> Applet::lastSet(std::string_view name) const {
+    for (auto step = steps_.rbegin(); step != steps_.rend(); ++step) {
+        const auto* set = std::get_if<SetStep>(&*step);
+        if (set == nullptr) return std::nullopt;
+        if (set->name == name && !std::holds_alternative<Field>(set->value)) return set->value;
+    }
+    return std::nullopt;
 }
 
 void Applet::save(const std::filesystem::path& file) {
@@ -205,7 +259,7 @@ void Applet::save(const std::filesystem::path& file) {
 void Applet::load(const std::filesystem::path& file) {
     const int result = library_->loadConfig(record(), file.c_str());
     if (result != 0) throw Refused(result, "loading the configuration " + file.string());
-    remember(LoadStep{.file = file});
+    if (options_.rememberSteps) steps_.push_back(LoadStep{.file = file});
 }
 
 std::string Applet::xml() {
@@ -216,10 +270,6 @@ std::string Applet::xml() {
     if (result != 0) throw Refused(result, "the XML description");
     text.resize(std::strlen(text.c_str()));
     return text;
-}
-
-void Applet::remember(Step step) {
-    if (options_.rememberSteps) steps_.push_back(std::move(step));
 }
 
 }  // namespace marovine::host

@@ -4,7 +4,9 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -54,6 +56,13 @@ class Applet {
 
     /// Names of all parameters in list order; direct access parameters stand behind the SDK's.
     const std::vector<std::string>& names() const { return names_; }
+    /// The parameter that a text names without regard to case. Throws `UnknownName`.
+    const std::string& nameOf(std::string_view text) const;
+    /// The parameters whose name or title matches a pattern (`matchesPattern`), in list order. Throws
+    /// `Failure` when there is none.
+    std::vector<std::string> matching(std::string_view pattern) const;
+    /// All matches of a pattern with * or ?, else the parameter of this name.
+    std::vector<std::string> namedBy(std::string_view text) const;
     /// A parameter with its range and access as they are now.
     Parameter parameter(std::string_view name) const;
     /// The described parameters in display order.
@@ -64,11 +73,26 @@ class Applet {
 
     // ---- values ----
 
+    /// What decides over later sets, without the texts around it: quick to take and to compare.
+    struct Standing {
+        std::optional<Value> value;  ///< nothing when it cannot be read
+        std::optional<Range> range;
+        bool writable = false;
+
+        bool operator==(const Standing&) const = default;
+    };
+    Standing standing(std::string_view name);
+
     Value get(std::string_view name);
     /// Elements `first` to `first + count - 1` of a field.
     Field getElements(std::string_view name, std::uint32_t first, std::uint32_t count);
     /// Sets a parameter. A number of another type is converted if it keeps its value; `UnreadableValue` else.
     void set(std::string_view name, const Value& value);
+    /// The same, but gives the code of a refusal in place of throwing it; 0 when the value was taken.
+    [[nodiscard]] int trySet(std::string_view name, const Value& value);
+    /// The value given to a whole parameter by the last remembered set of it, which it may not read back as;
+    /// nothing when there was none or a load came later.
+    std::optional<Value> lastSet(std::string_view name) const;
     /// Sets a run of a field's elements.
     void setElements(std::string_view name, std::uint32_t first, const Field& elements);
 
@@ -94,6 +118,13 @@ class Applet {
         std::int32_t id;
         const RegisterInfo* node;  ///< null for the runtime's own parameters
         std::string group;
+
+        std::uint32_t kind() const { return node != nullptr ? node->kind : std::uint32_t{FG_KIND_UINT32}; }
+    };
+    /// Finds names without making a string of them.
+    struct NameHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view name) const { return std::hash<std::string_view>()(name); }
     };
 
     /// A board in the machine, for as long as the object lives.
@@ -118,7 +149,7 @@ class Applet {
 
     void readTree();
     const Known& known(std::string_view name) const;
-    void remember(Step step);
+    int trySetElements(std::string_view name, std::uint32_t first, const Field& elements);
 
     std::shared_ptr<const Library> library_;
     OpenOptions options_;
@@ -127,7 +158,7 @@ class Applet {
     Instance instance_;
     std::vector<std::string> names_;
     std::vector<std::string> displayOrder_;
-    std::unordered_map<std::string, Known> known_;
+    std::unordered_map<std::string, Known, NameHash, std::equal_to<>> known_;
     std::vector<Step> steps_;
 };
 

@@ -73,6 +73,30 @@ std::vector<std::string> nearestSteps(Rehearsal& rehearsal, const Parameter& par
     return result;
 }
 
+/// What is accepted now, each end or entry as the twin takes it: a range as reported can be wider or
+/// narrower. `known` is a number that was accepted.
+std::string acceptedText(Rehearsal& rehearsal, const Parameter& parameter,
+                         const std::optional<Value>& known = {}) {
+    Parameter taken = parameter;
+    if (parameter.kind == FG_KIND_ENUMERATION) {
+        std::erase_if(taken.entries, [&](const Entry& entry) {
+            return !rehearsal.accepts({parameter.name, entry.value});
+        });
+    } else if (parameter.range && parameter.elements == 0) {
+        const auto anchor = known ? known : acceptedValue(rehearsal, parameter);
+        if (!anchor) return {};
+        for (Value* end : {&taken.range->minimum, &taken.range->maximum}) {
+            if (!rehearsal.accepts({parameter.name, *end}))
+                *end = rehearsal.limitTowards(parameter, *anchor, *end);
+            const bool beyond = end == &taken.range->minimum ? *numberOf(*anchor) < *numberOf(*end)
+                                                             : *numberOf(*anchor) > *numberOf(*end);
+            if (beyond) *end = *anchor;
+        }
+        if (taken.range->minimum == taken.range->maximum) return "only " + textOf(taken.range->minimum);
+    }
+    return taken.rangeText();
+}
+
 /// The first value beyond a limit, upwards or downwards; nothing at the end of the type.
 std::optional<Value> beyond(const Parameter& parameter, const Value& limit, bool upwards) {
     const long double number = *numberOf(limit);
@@ -94,6 +118,7 @@ void explainNumber(Rehearsal& rehearsal, const Parameter& parameter, const Setti
     }
     const Value limit = rehearsal.limitTowards(parameter, *anchor, setting.value);
     const bool upwards = *numberOf(setting.value) > *numberOf(limit);
+    result.accepted = acceptedText(rehearsal, parameter, limit);
     result.rule = (upwards ? "above " : "below ") + textOf(limit);
     result.nearest.push_back(textOf(limit));
     result.causes = causesAgainst(rehearsal, setting);
@@ -129,7 +154,8 @@ std::string causesText(const std::vector<Cause>& causes) {
     std::vector<std::string> parts;
     for (const auto& cause : causes) {
         if (parts.size() == kNamedCauses) break;
-        parts.push_back(cause.parameter + " is " + cause.value);
+        parts.push_back(cause.parameter + (cause.parked ? " still holds " : " is ") + cause.value +
+                        (cause.parked ? " from another mode" : ""));
     }
     return joined(parts, "and");
 }
@@ -188,22 +214,16 @@ Explanation explain(const Applet& state, const Setting& setting, int code) {
     }
 
     if (parameter.kind == FG_KIND_TEXT) return result;
-    result.accepted = parameter.rangeText();
-    if (const auto* elements = std::get_if<Field>(&setting.value)) {
-        result.rule = ruleForElements(parameter, *elements);
-        return result;
-    }
+    Rehearsal rehearsal(state);
     const auto* entry = std::get_if<std::int32_t>(&setting.value);
     const bool isEntry =
         entry != nullptr && std::any_of(parameter.entries.begin(), parameter.entries.end(),
                                         [&](const auto& known) { return known.value == *entry; });
-    if (parameter.kind == FG_KIND_ENUMERATION && !isEntry) {
+    if (const auto* elements = std::get_if<Field>(&setting.value)) {
+        result.rule = ruleForElements(parameter, *elements);
+    } else if (parameter.kind == FG_KIND_ENUMERATION && !isEntry) {
         result.rule = "not one of the entries";
-        return result;
-    }
-
-    Rehearsal rehearsal(state);
-    if (rehearsal.accepts(setting)) {
+    } else if (rehearsal.accepts(setting)) {
         result.rule += "; another instance in the same state accepts it, so look at the board";
     } else if (code == error::wrongStep && parameter.hasStep()) {
         result.rule = "not a multiple of " + textOf(parameter.range->increment);
@@ -215,7 +235,9 @@ Explanation explain(const Applet& state, const Setting& setting, int code) {
         result.rule = "not a number";
     } else {
         explainNumber(rehearsal, parameter, setting, result);
+        return result;
     }
+    result.accepted = acceptedText(rehearsal, parameter);
     return result;
 }
 

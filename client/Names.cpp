@@ -77,8 +77,12 @@ bool sameName(std::string_view a, std::string_view b) {
            std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) { return lower(x) == lower(y); });
 }
 
+bool isPattern(std::string_view text) {
+    return text.find_first_of("*?") != std::string_view::npos;
+}
+
 bool matchesPattern(std::string_view name, std::string_view pattern) {
-    const bool plain = pattern.find_first_of("*?[") == std::string_view::npos;
+    const bool plain = !isPattern(pattern);
     if (plain && pattern.size() > name.size()) return false;
     const std::string text = lowered(name);
     const std::string wanted = lowered(pattern);

@@ -21,6 +21,9 @@ std::vector<std::string> nearestNames(std::string_view name, const std::vector<s
 /// Whether two names are the same without regard to case.
 bool sameName(std::string_view a, std::string_view b);
 
+/// Whether a text is a pattern rather than a name: it has * or ?.
+bool isPattern(std::string_view text);
+
 /// Whether a name matches a pattern without regard to case: with * or ? the whole name, else a part of it.
 bool matchesPattern(std::string_view name, std::string_view pattern);
 

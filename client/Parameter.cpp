@@ -70,18 +70,22 @@ std::string numberFault(const Parameter& parameter, std::string_view text) {
         return std::trunc(value) == value ? " is not written as a whole number" : " is not a whole number";
     if (!parameter.range) return " does not fit";
     const bool below = value < static_cast<double>(*numberOf(parameter.range->minimum));
-    return below ? " is below the smallest accepted value " + textOf(parameter.range->minimum)
-                 : " is above the largest accepted value " + textOf(parameter.range->maximum);
+    return below ? " is below the minimum " + textOf(parameter.range->minimum)
+                 : " is above the maximum " + textOf(parameter.range->maximum);
 }
 
 }  // namespace
 
-Value Parameter::emptyValue() const {
+const Value& emptyValueOf(std::uint32_t kind) {
     return typeOfKind(kind).empty;
 }
 
-FgParamTypes Parameter::typeCode() const {
+FgParamTypes typeCodeOf(std::uint32_t kind) {
     return typeOfKind(kind).code;
+}
+
+Value Parameter::emptyValue() const {
+    return emptyValueOf(kind);
 }
 
 std::string Parameter::textOf(const Value& value, bool whole) const {
@@ -160,6 +164,25 @@ std::string Parameter::faultIn(std::string_view text) const {
     return message;
 }
 
+std::optional<Range> rangeIn(const RegisterInfo& node) {
+    switch (node.kind) {
+        case FG_KIND_UINT32:
+            return rangeOf(node.value.uint32);
+        case FG_KIND_INT32:
+            return rangeOf(node.value.int32);
+        case FG_KIND_UINT64:
+            return rangeOf(node.value.uint64);
+        case FG_KIND_INT64:
+            return rangeOf(node.value.int64);
+        case FG_KIND_DOUBLE:
+            return rangeOf(node.value.real);
+        case FG_KIND_UINT32_FIELD:
+            return rangeOf(node.value.uint32Field);
+        default:
+            return std::nullopt;
+    }
+}
+
 Parameter readNode(const RegisterInfo& node, std::string group) {
     Parameter parameter;
     parameter.name = textOrEmpty(node.name);
@@ -168,27 +191,13 @@ Parameter readNode(const RegisterInfo& node, std::string group) {
     parameter.described = true;
     parameter.group = std::move(group);
     parameter.displayName = textOrEmpty(node.displayName);
-    parameter.unit = textOrEmpty(node.unit);
+    // The pulse counts are listed in microseconds, which they are not.
+    if (parameter.name.find("_PULSE_COUNT") == std::string::npos) parameter.unit = textOrEmpty(node.unit);
     parameter.readable = (node.accessFlags & 1) != 0;
     parameter.writable = (node.accessFlags & 2) != 0;
+    parameter.range = rangeIn(node);
     switch (node.kind) {
-        case FG_KIND_UINT32:
-            parameter.range = rangeOf(node.value.uint32);
-            break;
-        case FG_KIND_INT32:
-            parameter.range = rangeOf(node.value.int32);
-            break;
-        case FG_KIND_UINT64:
-            parameter.range = rangeOf(node.value.uint64);
-            break;
-        case FG_KIND_INT64:
-            parameter.range = rangeOf(node.value.int64);
-            break;
-        case FG_KIND_DOUBLE:
-            parameter.range = rangeOf(node.value.real);
-            break;
         case FG_KIND_UINT32_FIELD:
-            parameter.range = rangeOf(node.value.uint32Field);
             parameter.elements = node.value.uint32Field.elements;
             break;
         case FG_KIND_TEXT:

@@ -32,6 +32,11 @@ struct Range {
     bool operator==(const Range&) const = default;
 };
 
+/// A value of a kind's own type, 0 or empty. Throws `Failure` for a kind that no parameter has.
+const Value& emptyValueOf(std::uint32_t kind);
+/// The type code under which the runtime expects a value of a kind.
+FgParamTypes typeCodeOf(std::uint32_t kind);
+
 /// A parameter with what the description tree says about it at the time of asking. Ranges and access change
 /// when other parameters are set.
 struct Parameter {
@@ -51,8 +56,6 @@ struct Parameter {
 
     /// A value of the parameter's own type, 0 or empty.
     Value emptyValue() const;
-    /// The type code under which the runtime expects a value of this kind.
-    FgParamTypes typeCode() const;
     /// A value as text: the constant's name for an enumeration.
     std::string textOf(const Value& value, bool whole = false) const;
     /// A value with its unit.
@@ -72,6 +75,9 @@ struct Parameter {
     /// Why a text is no value of the parameter, and what is.
     std::string faultIn(std::string_view text) const;
 };
+
+/// The range in a node of the description tree as it is now; nothing for kinds without range.
+std::optional<Range> rangeIn(const RegisterInfo& node);
 
 /// The parameter that a node of the description tree describes. `group` is the path of its groups.
 Parameter readNode(const RegisterInfo& node, std::string group);

@@ -77,13 +77,11 @@ long double stepBelow(const Parameter& parameter, long double number) {
     return origin + std::floor((number - origin) / step) * step;
 }
 
-Rehearsal::Rehearsal(const Applet& original)
-    : original_(original), twin_(original.twin()), base_(*twin_, Snapshot::Scope::Settings) {}
+Rehearsal::Rehearsal(const Applet& original) : original_(original), twin_(original.twin()) {}
 
 bool Rehearsal::set(const Setting& setting) {
     try {
-        twin_->set(setting.parameter, setting.value);
-        return true;
+        return twin_->trySet(setting.parameter, setting.value) == 0;
     } catch (const Failure&) {
         return false;
     }
@@ -96,11 +94,7 @@ int Rehearsal::codeOf(const Setting& setting) {
     } catch (const Refused&) {
         // Without a value to go back to, a new twin is the only way back.
     }
-    try {
-        twin_->set(setting.parameter, setting.value);
-    } catch (const Refused& refusal) {
-        return refusal.code;
-    }
+    if (const int code = twin_->trySet(setting.parameter, setting.value)) return code;
     if (!before || !set({setting.parameter, *before})) reset();
     return 0;
 }
@@ -115,7 +109,14 @@ Value Rehearsal::limitTowards(const Parameter& parameter, const Value& accepted,
     const auto largest = static_cast<long double>(std::numeric_limits<double>::max());
     const long double bad = std::clamp(*numberOf(refused), -largest, largest);
     const long double limit = lastAccepted(good, bad, stepOf(parameter), acceptsNumber);
-    return *valueLike(own, isWhole(parameter) ? limit : shortened(limit, acceptsNumber));
+    if (isWhole(parameter)) return *valueLike(own, limit);
+    if (parameter.range) {
+        const Value& end = bad > good ? parameter.range->maximum : parameter.range->minimum;
+        if (std::fabs(*numberOf(end) - limit) <= std::fabs(limit) * kRounding &&
+            accepts({parameter.name, end}))
+            return end;
+    }
+    return *valueLike(own, shortened(limit, acceptsNumber));
 }
 
 bool Rehearsal::trueAfter(const Setting& setting, const std::function<bool()>& condition) {
@@ -124,27 +125,76 @@ bool Rehearsal::trueAfter(const Setting& setting, const std::function<bool()>& c
 
 std::vector<Cause> Rehearsal::causesAgainst(const std::string& parameter,
                                             const std::function<bool()>& condition) {
-    std::vector<Cause> causes;
-    for (const auto& other : base_.states()) {
-        if (other.parameter.name == parameter || !other.value) continue;
+    takeBase();
+    std::vector<Cause> causes = parkedCauses(parameter, condition);
+    const std::size_t parked = causes.size();
+    for (const auto& other : base_->states()) {
+        const std::string& name = other.parameter.name;
+        const bool named = std::any_of(causes.begin(), causes.begin() + static_cast<std::ptrdiff_t>(parked),
+                                       [&](const Cause& cause) { return cause.parameter == name; });
+        if (name == parameter || !other.value || named) continue;
+        const bool holdsOther = parkedIn(name).has_value();
         if (auto cause = causeIn(other, condition)) causes.push_back(std::move(*cause));
-        set({other.parameter.name, *other.value});
-        restore();
+        if (holdsOther) {
+            reset();
+        } else {
+            set({name, *other.value});
+            restore();
+        }
+    }
+    return causes;
+}
+
+std::optional<Value> Rehearsal::parkedIn(const std::string& name) {
+    auto held = original_.lastSet(name);
+    if (!held || !numberOf(*held)) return std::nullopt;
+    const auto reads = twin_->standing(name).value;
+    if (!reads || *reads == *held) return std::nullopt;
+    return held;
+}
+
+std::vector<Cause> Rehearsal::parkedCauses(const std::string& parameter,
+                                           const std::function<bool()>& condition) {
+    std::vector<Cause> causes;
+    for (const auto& name : original_.names()) {
+        const auto held = name == parameter ? std::nullopt : parkedIn(name);
+        if (!held) continue;
+        const Value reads = twin_->get(name);
+        const Parameter other = original_.parameter(name);
+        Cause cause{.parameter = name, .value = other.textOf(*held), .remedies = {}, .parked = true};
+        if (trueAfter({name, reads}, condition)) {
+            if (other.range)
+                refine(other, *held, *numberOf(reads), condition, cause);
+            else
+                cause.remedies.push_back(other.textOf(reads));
+            causes.push_back(std::move(cause));
+        }
+        reset();  // what it held cannot be seen, so it cannot be put back
     }
     return causes;
 }
 
 std::optional<Cause> Rehearsal::causeIn(const ParameterState& other, const std::function<bool()>& condition) {
     const Parameter& parameter = other.parameter;
-    Cause cause{.parameter = parameter.name, .value = parameter.textOf(*other.value), .remedies = {}};
+    const Value& now = *other.value;
+    Cause cause{.parameter = parameter.name, .value = parameter.textOf(now), .remedies = {}};
     if (parameter.kind == FG_KIND_ENUMERATION) {
         for (const auto& entry : parameter.entries)
-            if (Value(entry.value) != *other.value && trueAfter({parameter.name, entry.value}, condition))
+            if (Value(entry.value) != now && trueAfter({parameter.name, entry.value}, condition))
                 cause.remedies.push_back(entry.constantName);
     } else if (parameter.range) {
+        const auto takes = [&](long double number) {
+            const auto value = valueLike(now, number);
+            return value && set({parameter.name, *value});
+        };
         for (const Value& end : {parameter.range->minimum, parameter.range->maximum}) {
-            if (end == *other.value || !trueAfter({parameter.name, end}, condition)) continue;
-            refine(other, *numberOf(end), condition, cause);
+            if (end == now) continue;
+            // The reported range may be wider than what is accepted.
+            long double far = *numberOf(end);
+            if (!takes(far)) far = lastAccepted(*numberOf(now), far, stepOf(parameter), takes);
+            const auto value = valueLike(now, far);
+            if (!value || *value == now || !trueAfter({parameter.name, *value}, condition)) continue;
+            refine(parameter, now, far, condition, cause);
             break;
         }
     }
@@ -152,22 +202,28 @@ std::optional<Cause> Rehearsal::causeIn(const ParameterState& other, const std::
     return cause;
 }
 
-void Rehearsal::refine(const ParameterState& other, long double good, const std::function<bool()>& condition,
-                       Cause& cause) {
-    const Parameter& parameter = other.parameter;
+void Rehearsal::refine(const Parameter& parameter, const Value& held, long double good,
+                       const std::function<bool()>& condition, Cause& cause) {
     const auto holdsFor = [&](long double number) {
-        const auto value = valueLike(*other.value, number);
+        const auto value = valueLike(held, number);
         return value && trueAfter({parameter.name, *value}, condition);
     };
-    const long double now = *numberOf(*other.value);
+    const long double now = *numberOf(held);
     long double nearest = lastAccepted(good, now, stepOf(parameter), holdsFor);
-    if (!isWhole(parameter)) nearest = shortened(nearest, holdsFor);
-    cause.remedies.push_back(textOf(*valueLike(*other.value, nearest)));
-    cause.direction = good > now ? Cause::Direction::OrMore : Cause::Direction::OrLess;
+    if (!isWhole(parameter) && nearest != good) nearest = shortened(nearest, holdsFor);
+    cause.remedies.push_back(textOf(*valueLike(held, nearest)));
+    if (nearest != good) cause.direction = good > now ? Cause::Direction::OrMore : Cause::Direction::OrLess;
+}
+
+void Rehearsal::takeBase() {
+    if (base_) return;
+    base_.emplace(*twin_, Snapshot::Scope::Settings);
+    for (const auto& state : base_->states()) standings_.push_back(twin_->standing(state.parameter.name));
 }
 
 void Rehearsal::restore() {
-    if (!changesBetween(base_, Snapshot(*twin_, Snapshot::Scope::Settings)).empty()) reset();
+    for (std::size_t i = 0; i < standings_.size(); ++i)
+        if (twin_->standing(base_->states()[i].parameter.name) != standings_[i]) return reset();
 }
 
 }  // namespace marovine::host

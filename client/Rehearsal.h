@@ -28,6 +28,9 @@ struct Cause {
     /// enumeration every one.
     std::vector<std::string> remedies;
     enum class Direction { Exactly, OrMore, OrLess } direction = Direction::Exactly;
+    /// Whether the value is one that the parameter was given in another mode and still holds, although it
+    /// reads otherwise now.
+    bool parked = false;
 };
 
 /// A twin of an instance on a board of its own. Each trial leaves the twin as it was.
@@ -41,12 +44,14 @@ class Rehearsal {
     bool accepts(const Setting& setting) { return codeOf(setting) == 0; }
 
     /// The accepted value nearest to `refused` on the way to `accepted`, both numbers: for integers the last
-    /// multiple of the step, for doubles a short decimal at most a millionth short of the limit.
+    /// multiple of the step, for doubles a short decimal at most a millionth short of the limit. An end of
+    /// the reported range stands as it is.
     Value limitTowards(const Parameter& parameter, const Value& accepted, const Value& refused);
 
     /// What a condition depends on: each other parameter whose change alone makes the condition true. The
     /// condition is asked about the twin, may change it by a `codeOf` of this object, and is false at first.
-    /// Parameters that are reported read-only now are not considered.
+    /// Parameters that hold a parked value come first. Others that are reported read-only now are not
+    /// considered.
     std::vector<Cause> causesAgainst(const std::string& parameter, const std::function<bool()>& condition);
 
     /// The twin, to look at. Whoever changes it calls `reset` afterwards.
@@ -58,13 +63,19 @@ class Rehearsal {
     bool set(const Setting& setting);
     bool trueAfter(const Setting& setting, const std::function<bool()>& condition);
     std::optional<Cause> causeIn(const ParameterState& other, const std::function<bool()>& condition);
-    void refine(const ParameterState& other, long double good, const std::function<bool()>& condition,
-                Cause& cause);
+    /// The value that a parameter was given last, when it reads otherwise.
+    std::optional<Value> parkedIn(const std::string& name);
+    std::vector<Cause> parkedCauses(const std::string& parameter, const std::function<bool()>& condition);
+    void refine(const Parameter& parameter, const Value& held, long double good,
+                const std::function<bool()>& condition, Cause& cause);
+    void takeBase();
     void restore();
 
     const Applet& original_;
     std::unique_ptr<Applet> twin_;
-    Snapshot base_;
+    /// The settings as they are without trials; taken when a search needs them.
+    std::optional<Snapshot> base_;
+    std::vector<Applet::Standing> standings_;
 };
 
 /// The multiple of a parameter's step that lies at or below `number`; `number` itself without step.

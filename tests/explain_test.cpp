@@ -94,6 +94,22 @@ const std::vector<Case>& cases() {
          "FG_CAMERASIMULATOR_FRAME_GAP = 8 refused (-6000): above 0, because FG_CAMERASIMULATOR_SELECT_MODE "
          "is "
          "FG_LINERATE"},
+        {{{"FG_CAMERASIMULATOR_SELECT_MODE", "FG_PIXEL_FREQUENCY"},
+          {"FG_CAMERASIMULATOR_LINE_GAP", "60000"},
+          {"FG_CAMERASIMULATOR_SELECT_MODE", "FG_LINERATE"},
+          {"FG_CAMERASIMULATOR_LINERATE", "1000"},
+          {"FG_CAMERASIMULATOR_WIDTH", "10000"}},
+         "FG_CAMERASIMULATOR_SELECT_MODE",
+         "FG_FRAMERATE",
+         "FG_CAMERASIMULATOR_SELECT_MODE = FG_FRAMERATE refused (-6000): not accepted now, because "
+         "FG_CAMERASIMULATOR_LINE_GAP still holds 60000 from another mode and FG_CAMERASIMULATOR_WIDTH is "
+         "10000"},
+        {{},
+         "FG_CAMERASIMULATOR_PIXEL_FREQUENCY",
+         "0",
+         "FG_CAMERASIMULATOR_PIXEL_FREQUENCY = 0 refused (-6000): below 0.25"},
+        {{}, "FG_DEBUGSOURCE", "10", "FG_DEBUGSOURCE = 10 refused (-6000): above 1"},
+        {{}, "FG_SCALINGFACTOR_RED", "4", "FG_SCALINGFACTOR_RED = 4 refused (-6000): above 3.9990234375"},
         {{}, "FG_TAPGEOMETRY", "7", "FG_TAPGEOMETRY = 7 refused (-6000): not one of the entries"},
         {{}, "FG_LINEEXPOSURE", "nan", "FG_LINEEXPOSURE = nan refused (-6000): not a number"},
         {{},
@@ -104,6 +120,18 @@ const std::vector<Case>& cases() {
          "FG_LINEPERIODE is 200"},
     };
     return all;
+}
+
+/// The ends or entries that an explanation calls accepted.
+std::vector<std::string> acceptedValues(std::string text) {
+    if (text.empty()) return {};
+    if (text.starts_with("only ")) return {text.substr(5)};
+    if (const auto step = text.find(", step"); step != text.npos) text.erase(step);
+    const std::string between = text.find(" to ") != text.npos ? " to " : ", ";
+    std::vector<std::string> values;
+    for (std::size_t end = 0; end != text.npos; text.erase(0, end + between.size()))
+        values.push_back(text.substr(0, end = text.find(between)));
+    return values;
 }
 
 TEST_F(Explaining, NamesTheRuleAndTheCause) {
@@ -123,9 +151,11 @@ TEST_F(Explaining, NamesTheRuleAndTheCause) {
         EXPECT_THAT(changesBetween(before, Snapshot(fresh)), IsEmpty()) << "explaining touched the applet";
 
         // Whatever is named must hold on the applet itself.
-        for (const auto& nearest : why.nearest) {
+        auto named = acceptedValues(why.accepted);
+        named.insert(named.end(), why.nearest.begin(), why.nearest.end());
+        for (const auto& accepted : named) {
             const auto trial = fresh.twin();
-            EXPECT_NO_THROW(trial->set(name, trial->parameter(name).parse(nearest))) << sentence;
+            EXPECT_NO_THROW(trial->set(name, trial->parameter(name).parse(accepted))) << sentence;
         }
         for (const auto& cause : why.causes)
             for (const auto& remedy : cause.remedies) {
@@ -150,6 +180,9 @@ TEST_F(Explaining, AdvisesWhatToSetFirst) {
                     "or set FG_LINEPERIODE to 300 or more", "accepted now: 0.512 to 200, step 0.008"));
     EXPECT_THAT(explanationOf("FG_WIDTH", "20000").advice(),
                 Contains("no value of FG_XOFFSET alone makes room for it"));
+    EXPECT_THAT(explanationOf("FG_IMG_SELECT", "255").advice(),
+                ElementsAre("nearest accepted: 0", "or first set FG_IMG_SELECT_PERIOD to 256",
+                            "accepted now: only 0"));
 }
 
 TEST_F(Explaining, KeepsTheMeaningOfOtherCodes) {
