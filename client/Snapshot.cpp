@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "tables/SdkParameterTable.h"
+
 namespace marovine::host {
 
 namespace {
@@ -68,6 +70,11 @@ void compare(const ParameterState& before, const ParameterState& after, std::vec
 }
 
 }  // namespace
+
+bool isReadOut(std::string_view name) {
+    const auto* row = findSdkParameter(name);
+    return row != nullptr && row->access == Access::ReadOnly;
+}
 
 Snapshot::Snapshot(Applet& applet, Scope scope) {
     for (const auto& name : applet.names()) {

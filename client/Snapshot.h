@@ -4,11 +4,15 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "client/Client.h"
 
 namespace marovine::host {
+
+/// Whether nobody can ever set the parameter; what is reported read-only for now is a setting.
+bool isReadOut(std::string_view name);
 
 /// One parameter at one moment.
 struct ParameterState {

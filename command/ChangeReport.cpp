@@ -7,6 +7,29 @@
 
 namespace marovine::host {
 
+namespace {
+
+/// The clock stops before the first look at the parameters.
+Applet& withStoppedClock(Applet& applet) {
+    applet.board().setClockManual(true);
+    return applet;
+}
+
+void add(Table& table, const Change& change) {
+    const bool bare = change.unit.empty() || change.aspect == Change::Aspect::Access;
+    table.add({change.parameter, nameOf(change.aspect),
+               change.before + " -> " + change.after + (bare ? "" : " " + change.unit)});
+}
+
+Json jsonOf(const Change& change) {
+    return {{"parameter", change.parameter},
+            {"aspect", nameOf(change.aspect)},
+            {"before", change.before},
+            {"after", change.after}};
+}
+
+}  // namespace
+
 void addTraceOption(CommandLine command, TraceOption& option) {
     command.option("--trace", &option.text,
                    "Print every design write in order; with FILE.json or FILE.csv, keep them there",
@@ -20,18 +43,20 @@ std::filesystem::path TraceOption::file() const {
     return text;
 }
 
-ChangeReport::ChangeReport(Applet& applet, TraceOption trace)
-    : applet_(applet), option_(std::move(trace)), before_(applet) {
+ChangeReport::ChangeReport(Applet& applet, TraceOption trace, Scope scope)
+    : applet_(applet), option_(std::move(trace)), before_(applet), scope_(scope) {
     static_cast<void>(option_.file());  // a name without meaning is told before anything is set
     if (option_.wanted()) trace_.emplace(applet_);
 }
 
 void ChangeReport::done(const std::string& parameter, const std::string& value) {
     settings_.push_back({parameter, value});
+    beforeFailure_.emplace(applet_);
     note(parameter + " = " + value);
 }
 
 void ChangeReport::failed(const std::string& parameter, const std::string& value) {
+    if (!beforeFailure_) beforeFailure_ = before_;
     failed_ = true;
     note(parameter + " = " + value + " (refused)");
 }
@@ -42,7 +67,10 @@ void ChangeReport::note(const std::string& cause) {
 
 void ChangeReport::finish() {
     after_.emplace(applet_);
-    changes_ = changesBetween(before_, *after_);
+    changes_ = changesBetween(before_, failed_ ? *beforeFailure_ : *after_);
+    if (failed_) leftByRefusal_ = changesBetween(*beforeFailure_, *after_);
+    if (scope_ == Scope::Settings)
+        std::erase_if(changes_, [](const Change& change) { return isReadOut(change.parameter); });
     if (trace_ && !option_.file().empty()) trace_->save(option_.file());
 }
 
@@ -95,21 +123,23 @@ void ChangeReport::printSettings(const Console& console) const {
 }
 
 void ChangeReport::printMoved(const Console& console) const {
-    Table table;
-    for (const auto& change : changes_) {
-        if (isRequested(change)) continue;
-        const bool bare = change.unit.empty() || change.aspect == Change::Aspect::Access;
-        table.add({change.parameter, nameOf(change.aspect),
-                   change.before + " -> " + change.after + (bare ? "" : " " + change.unit)});
-    }
-    if (failed_ && table.empty()) return;
-    if (settings_.empty()) {
-        console.heading(table.empty() ? "Nothing moved" : "Moved");
-    } else if (!table.empty()) {
+    Table moved;
+    for (const auto& change : changes_)
+        if (!isRequested(change)) add(moved, change);
+    if (settings_.empty() && !failed_) {
+        console.heading(moved.empty() ? "Nothing moved" : "Moved");
+    } else if (!moved.empty()) {
         console.out() << '\n';
         console.heading("Also moved");
     }
-    table.print(console);
+    moved.print(console);
+
+    if (leftByRefusal_.empty()) return;
+    Table left;
+    for (const auto& change : leftByRefusal_) add(left, change);
+    if (!settings_.empty()) console.out() << '\n';
+    console.heading("Moved by the refused setting, and left so");
+    left.print(console);
 }
 
 Json ChangeReport::json() const {
@@ -124,12 +154,12 @@ Json ChangeReport::json() const {
     }
     Json moved = Json::array();
     for (const auto& change : changes_)
-        if (!isRequested(change))
-            moved.push_back({{"parameter", change.parameter},
-                             {"aspect", nameOf(change.aspect)},
-                             {"before", change.before},
-                             {"after", change.after}});
+        if (!isRequested(change)) moved.push_back(jsonOf(change));
     Json document{{"set", std::move(set)}, {"moved", std::move(moved)}};
+    if (failed_) {
+        document["leftByRefusal"] = Json::array();
+        for (const auto& change : leftByRefusal_) document["leftByRefusal"].push_back(jsonOf(change));
+    }
     if (trace_) document["writes"] = trace_->json();
     return document;
 }

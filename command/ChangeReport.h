@@ -32,7 +32,10 @@ void addTraceOption(CommandLine command, TraceOption& option);
 /// be taken for changes.
 class ChangeReport {
  public:
-    ChangeReport(Applet& applet, TraceOption trace);
+    /// Which parameters may be told to have moved.
+    enum class Scope { All, Settings };
+
+    ChangeReport(Applet& applet, TraceOption trace, Scope scope = Scope::All);
 
     /// A setting was made; `value` as the user wrote it.
     void done(const std::string& parameter, const std::string& value);
@@ -62,8 +65,11 @@ class ChangeReport {
     std::optional<Snapshot> after_;
     std::optional<Trace> trace_;
     std::vector<Setting> settings_;
+    Scope scope_;
     std::vector<Change> changes_;
     bool failed_ = false;
+    std::optional<Snapshot> beforeFailure_;  ///< after the last setting that was taken
+    std::vector<Change> leftByRefusal_;
 };
 
 }  // namespace marovine::host

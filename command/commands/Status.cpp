@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
+#include "client/Snapshot.h"
 #include "command/Json.h"
 #include "command/commands/Commands.h"
-#include "tables/SdkParameterTable.h"
 
 namespace marovine::host::commands {
 
@@ -59,12 +59,6 @@ struct Reading {
     std::optional<Value> value;
     int code = 0;
 };
-
-/// Whether nobody can ever set the parameter; what is reported read-only for now is a setting.
-bool isReadOut(std::string_view name) {
-    const auto* row = findSdkParameter(name);
-    return row != nullptr && row->access == Access::ReadOnly;
-}
 
 Reading readingOf(Applet& applet, const std::string& name) {
     Reading reading{.parameter = applet.parameter(name), .value = {}};
