@@ -256,6 +256,8 @@ const char* textOf(Finding::Weight weight) {
             return "skipped";
         case Weight::NotKept:
             return "not kept";
+        case Weight::Untried:
+            return "not tried";
         case Weight::Misread:
             return "misread";
         default:
@@ -290,10 +292,14 @@ Findings checkConfiguration(const Applet& applet, const fs::path& path) {
         skipped = skippedValues(applet, *file);
     } catch (const Failure& failure) {
         findings.push_back(
-            finding(Weight::Note, 0, std::string("the values were not tried: ") + failure.what()));
+            finding(Weight::Untried, 0, std::string("the values were not tried: ") + failure.what()));
     }
     findOddValues(applet, *file, skipped, findings);
     if (loads) std::ranges::copy(notKept(*loaded, *file, skipped), std::back_inserter(findings));
+    if (const auto tables = tablesLostInSave(applet); !tables.empty())
+        findings.push_back(finding(Weight::Note, 0, lostTablesText(tables)));
+    for (const auto* line : linesWithMissingFiles(*file))
+        findings.push_back(finding(Weight::Note, line->number, missingFileText(*line)));
     for (const auto& value : skipped) {
         findings.push_back(finding(Weight::Skipped, value.line->number, value.sentence()));
         findings.back().advice = value.advice();

@@ -17,6 +17,7 @@ struct Finding {
         Note,     ///< a load takes every value all the same
         Misread,  ///< a load takes another value than the file says
         NotKept,  ///< a load takes the value, but the parameter reads otherwise in the end
+        Untried,  ///< what a load would make of the values could not be found out
         Skipped,  ///< a load skips the value, and says nothing
         Fatal,    ///< the load fails
     };
@@ -29,7 +30,7 @@ struct Finding {
     const char* plural = nullptr;  ///< "keys are missing": what many of them say together; null: each counts
 };
 
-/// "note", "misread", "not kept", "skipped" or "load fails".
+/// "note", "misread", "not kept", "not tried", "skipped" or "load fails".
 const char* textOf(Finding::Weight weight);
 
 /// What the text alone shows, line by line: what is missing, doubled, unknown, cut.

@@ -194,6 +194,25 @@ std::string misreadText(const Parameter& parameter, const ConfigLine& line) {
     return "the file says " + inQuotes(writtenText(line)) + ", read as " + inQuotes(*text);
 }
 
+std::vector<const ConfigLine*> linesWithMissingFiles(const ConfigFile& file) {
+    std::vector<const ConfigLine*> result;
+    for (const auto& row : sdkParameters) {
+        const auto* line = row.type == ValueType::Text && isRead(row) ? file.find(row.name) : nullptr;
+        std::error_code unknown;
+        if (line != nullptr && !line->value.empty() && !fs::exists(line->value, unknown))
+            result.push_back(line);
+    }
+    return result;
+}
+
+std::string missingFileText(const ConfigLine& line) {
+    std::error_code unknown;
+    return line.key + " names " + inQuotes(line.value) +
+           (fs::path(line.value).is_relative()
+                ? ", which is not found from " + fs::current_path(unknown).string()
+                : ", which does not exist");
+}
+
 bool sameInFile(const Value& a, const Value& b) {
     const auto* x = std::get_if<double>(&a);
     const auto* y = std::get_if<double>(&b);

@@ -74,6 +74,12 @@ bool readsAsWritten(const Parameter& parameter, const ConfigLine& line);
 /// 'the file says "xyz", read as 0'.
 std::string misreadText(const Parameter& parameter, const ConfigLine& line);
 
+/// The lines that a load takes the name of a file from that does not exist. A relative name is looked for in
+/// the current folder, as the applet does.
+std::vector<const ConfigLine*> linesWithMissingFiles(const ConfigFile& file);
+/// 'FG_LUT_CUSTOM_FILE names "x.lut", which is not found from /home'
+std::string missingFileText(const ConfigLine& line);
+
 /// Whether two values are the same in a file, which keeps 12 digits of a double.
 bool sameInFile(const Value& a, const Value& b);
 

@@ -141,11 +141,6 @@ SkippedValue explained(const Applet& state, const Candidate& candidate, int code
                         .why = explain(state, candidate.setting, code),
                         .followUps = {},
                         .misread = {}};
-    // A range that holds the refused value would mislead.
-    const auto number = numberOf(candidate.setting.value);
-    if (parameter.holds(candidate.setting.value) &&
-        (!parameter.entries.empty() || stepBelow(parameter, *number) == *number))
-        result.why.accepted.clear();
     if (!readsAsWritten(parameter, *candidate.line)) result.misread = misreadText(parameter, *candidate.line);
     return result;
 }
@@ -175,6 +170,32 @@ std::vector<Candidate> explainRoots(const Trials& trials, const std::vector<Cand
 }
 
 }  // namespace
+
+std::vector<std::string> tablesLostInSave(const Applet& state) {
+    const auto twin = state.twin();
+    std::vector<std::pair<std::string, Value>> tables;
+    for (const auto& row : sdkParameters)
+        if (row.type == ValueType::UInt32Field) tables.emplace_back(row.name, twin->get(row.name));
+    const TemporaryConfig file;
+    try {
+        twin->save(file.path());
+        twin->load(file.path());
+    } catch (const Refused&) {
+        return {};
+    }
+    std::erase_if(tables, [&](const auto& table) { return twin->get(table.first) == table.second; });
+    std::vector<std::string> names;
+    for (auto& table : tables) names.push_back(std::move(table.first));
+    return names;
+}
+
+std::string lostTablesText(const std::vector<std::string>& tables) {
+    std::string names;
+    for (const auto& name : tables) names += (names.empty() ? "" : ", ") + name;
+    return names + (tables.size() == 1 ? " has" : " have") +
+           " elements for which a configuration has no place, and a load makes the tables anew; "
+           "`marovine lut save FILE.lut` keeps them";
+}
 
 std::string SkippedValue::sentence() const {
     return why.sentence() + (misread.empty() ? "" : "; " + misread);

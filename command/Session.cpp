@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "client/ConfigCheck.h"
+#include "host/LoadReport.h"
 
 namespace marovine::host {
 
@@ -50,14 +51,25 @@ Applet& Session::applet() {
     applet_ = std::make_unique<Applet>(
         library(),
         OpenOptions{.writeDefaults = !options.attach, .recordWrites = false, .rememberSteps = true});
-    if (!options.config.empty()) loadConfiguration(*applet_, options.config);
+    if (!options.config.empty()) loadConfig();
     for (const auto& text : options.settings) apply(parseSetting(text));
     return *applet_;
 }
 
+void Session::loadConfig() {
+    const auto before = applet_->twin();
+    loadConfiguration(*applet_, options.config);
+    const LoadReport left(*before, options.config);
+    if (left.empty()) return;
+    const Console errors = Console::forErrors();
+    errors.paragraph("marovine: --config " + options.config.string() + " does not do all that it says");
+    left.print(errors);
+    if (left.hasSkipped()) status = kFailed;
+}
+
 Parameter Session::apply(const SettingText& setting) {
     Applet& open = applet();
-    const Parameter parameter = open.parameter(setting.name);
+    const Parameter parameter = open.parameter(open.nameOf(setting.name));
     const Value value = parameter.parse(setting.value);
     if (!setting.firstElement) {
         open.set(parameter.name, value);
@@ -66,7 +78,7 @@ Parameter Session::apply(const SettingText& setting) {
     } else {
         throw UsageError(parameter.name + " has no elements; write " + parameter.name + "=VALUE");
     }
-    return open.parameter(setting.name);
+    return open.parameter(parameter.name);
 }
 
 std::optional<Explanation> explained(Session& session, const Refused& refusal) {

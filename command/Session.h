@@ -58,7 +58,7 @@ class Session {
     const Console& console();
     std::shared_ptr<const Library> library();
     /// The applet, opened at the first call; then the configuration and the settings of the options are
-    /// applied. Throws what refuses them.
+    /// applied. Throws what refuses them; values that a load skips make the status `kFailed`.
     Applet& applet();
     bool isOpen() const { return applet_ != nullptr; }
 
@@ -66,6 +66,9 @@ class Session {
     Parameter apply(const SettingText& setting);
 
  private:
+    /// Loads the configuration of the options and tells on standard error what the load left out.
+    void loadConfig();
+
     std::optional<Console> console_;
     std::shared_ptr<const Library> library_;
     std::unique_ptr<Applet> applet_;

@@ -171,7 +171,7 @@ TEST_F(ConfigCheck, ReadsNumbersAndTextsAsTheAppletDoes) {
         if (says == nullptr)
             EXPECT_THAT(findings, IsEmpty()) << value;
         else
-            EXPECT_THAT(findings, ElementsAre(HasSubstr(says))) << value;
+            EXPECT_THAT(findings, testing::Contains(HasSubstr(says))) << value;
         const auto loaded = applet.twin();
         loaded->load(file.name());
         EXPECT_EQ(read, loaded->get(key)) << value;

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "client/ConfigFile.h"
+#include "client/SkippedValues.h"
 #include "command/Json.h"
 #include "command/commands/Commands.h"
 #include "tables/SdkParameterTable.h"
@@ -90,6 +91,16 @@ void run(const Options& options, Session& session) {
         second.addTo(entry, "second", parameter);
         document.push_back(std::move(entry));
     }
+    // What the applet holds beyond the file's reach belongs to its meaning all the same.
+    if (options.second.empty())
+        for (const auto& name : tablesLostInSave(session.applet())) {
+            const Parameter parameter = session.applet().parameter(name);
+            session.status = kFailed;
+            table.add({name, "(no place in a file)", second.text(parameter)});
+            Json entry{{"name", name}, {"first", Json()}};
+            second.addTo(entry, "second", parameter);
+            document.push_back(std::move(entry));
+        }
     if (options.json)
         session.console().out() << printed(document) << '\n';
     else if (!table.empty())

@@ -2,9 +2,9 @@
 #include <memory>
 
 #include "client/ConfigCheck.h"
-#include "client/SkippedValues.h"
 #include "command/ChangeReport.h"
 #include "command/commands/Commands.h"
+#include "host/LoadReport.h"
 
 namespace marovine::host::commands {
 
@@ -21,33 +21,25 @@ struct Options {
 void run(const Options& options, Session& session) {
     Applet& applet = session.applet();
     const auto before = applet.twin();
-    ChangeReport report(applet, options.trace);
+    // A load starts the analyzers again; what they count then is no change of the file's.
+    ChangeReport report(applet, options.trace, ChangeReport::Scope::Settings);
     loadConfiguration(applet, options.file);
     report.note("loading " + options.file.string());
     report.finish();
-    const ConfigFile file = ConfigFile::read(options.file);
-    const auto skipped = skippedValues(*before, file);
-    if (!skipped.empty()) session.status = kFailed;
+    const LoadReport left(*before, options.file);
+    if (left.hasSkipped()) session.status = kFailed;
 
     const Console& console = session.console();
     if (options.json) {
         Json document = report.json();
-        document["skipped"] = Json::array();
-        for (const auto& value : skipped)
-            document["skipped"].push_back(
-                {{"line", value.line->number}, {"sentence", value.sentence()}, {"advice", value.advice()}});
+        left.addTo(document);
         console.out() << printed(document) << '\n';
         return;
     }
     report.print(console);
-    if (skipped.empty()) return;
+    if (left.empty()) return;
     console.out() << '\n';
-    console.heading("Skipped: setters refuse these, so the design does not have them");
-    for (const auto& value : skipped) {
-        console.paragraph("line " + std::to_string(value.line->number) + ": " + value.sentence(), 0,
-                          Style::Bad, 4);
-        for (const auto& advice : value.advice()) console.paragraph(advice, 4);
-    }
+    left.print(console);
 }
 
 }  // namespace

@@ -1,11 +1,15 @@
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <system_error>
+#include <vector>
 
 #include "client/ConfigCheck.h"
 #include "client/ConfigFile.h"
 #include "client/SafeFile.h"
+#include "client/SkippedValues.h"
+#include "command/Json.h"
 #include "command/commands/Commands.h"
 #include "tables/SdkParameterTable.h"
 
@@ -35,7 +39,37 @@ void compare(Applet& applet, const fs::path& file) {
     }
 }
 
-void run(const fs::path& target, Session& session) {
+struct Options {
+    fs::path target;
+    bool json = false;
+};
+
+/// What a load of a saved file would make of it.
+struct Outlook {
+    std::vector<std::string> lost;       ///< what it would not bring back, a sentence each
+    std::optional<std::string> untried;  ///< why that could not be found out
+};
+
+/// A file can hold a state that no load brings back, and has no place for everything.
+Outlook outlookOf(const fs::path& file, const Applet& applet, Session& session) {
+    Outlook outlook;
+    try {
+        const Applet fresh(session.library(), {.writeDefaults = true, .rememberSteps = true});
+        for (const auto& finding : checkConfiguration(fresh, file)) {
+            if (finding.weight == Finding::Weight::Untried) outlook.untried = finding.text;
+            if (finding.weight != Finding::Weight::Note) outlook.lost.push_back(finding.text);
+        }
+        if (const auto tables = tablesLostInSave(applet); !tables.empty())
+            outlook.lost.push_back(lostTablesText(tables));
+    } catch (const Failure& failure) {
+        outlook.untried = failure.what();
+    }
+    if (outlook.untried) outlook.lost.clear();
+    return outlook;
+}
+
+void run(const Options& options, Session& session) {
+    const fs::path& target = options.target;
     if (target.filename().string().find(".mcf") == std::string::npos)
         throw UsageError("the name of a configuration file ends in .mcf; " + target.string() + " does not");
     Applet& applet = session.applet();
@@ -53,24 +87,35 @@ void run(const fs::path& target, Session& session) {
                       (existed ? "; the file that was there is as before" : ""));
     }
     file.commit();
+    const auto [lost, untried] = outlookOf(target, applet, session);
+    if (untried) session.status = kFailed;
     const Console& console = session.console();
-    console.out() << "saved to " << target.string() << ", read back and compared\n";
-    // A file can hold a state that no load brings back.
-    const Applet fresh(session.library(), {.writeDefaults = true, .rememberSteps = true});
-    for (const auto& finding : checkConfiguration(fresh, target))
-        if (finding.weight != Finding::Weight::Note) console.paragraph(finding.text, 2, Style::Bad, 2);
+    if (options.json) {
+        console.out() << printed({{"file", target.string()},
+                                  {"notBroughtBack", lost},
+                                  {"untried", untried ? Json(*untried) : Json()}})
+                      << '\n';
+        return;
+    }
+    console.out() << "saved to " << target.string()
+                  << (untried ? ", but what a load makes of it could not be tried:"
+                              : ", read back and compared")
+                  << '\n';
+    if (untried) console.paragraph(*untried, 2, Style::Bad, 2);
+    for (const auto& sentence : lost) console.paragraph(sentence, 2, Style::Bad, 2);
 }
 
 }  // namespace
 
 void defineSave(CommandLine command, Session& session) {
-    auto target = std::make_shared<fs::path>();
-    command.argument("FILE.mcf", target.get(), "Where to save", {.required = true});
+    auto options = std::make_shared<Options>();
+    command.argument("FILE.mcf", &options->target, "Where to save", {.required = true});
+    command.flag("--json", options->json, "As a JSON object");
     command.footer(
         "Writes beside the file, reads it back, compares, and only then replaces what was there.\n"
         "Says which values a load would not bring back.\n"
         "For instance: marovine save fast.mcf --set FG_LINEPERIODE=20 --set FG_LINEEXPOSURE=10");
-    command.action([target, &session] { run(*target, session); });
+    command.action([options, &session] { run(*options, session); });
 }
 
 }  // namespace marovine::host::commands
