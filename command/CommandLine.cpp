@@ -4,9 +4,11 @@
 #include <charconv>
 #include <cmath>
 #include <filesystem>
+#include <iostream>
 #include <memory>
 #include <sstream>
 #include <string>
+#include <type_traits>
 #include <utility>
 
 #include <CLI/CLI.hpp>
@@ -56,10 +58,31 @@ bool isNumber(const Target& target) {
            !std::holds_alternative<std::vector<std::string>*>(target);
 }
 
-CLI::Option& add(CLI::App& app, const char* names, const Target& target, const char* help,
+/// What a target holds before the command line is read, for the help; empty for nothing, such as a number
+/// that the command line could not give.
+std::string defaultText(const Target& target, const Rules& rules) {
+    return std::visit(
+        [&]<class T>(const T* place) -> std::string {
+            if constexpr (std::is_same_v<T, std::string>) {
+                return *place;
+            } else if constexpr (std::is_same_v<T, std::filesystem::path>) {
+                return place->string();
+            } else if constexpr (std::is_arithmetic_v<T>) {
+                const std::string text = textOf(static_cast<double>(*place));
+                return numberFault(text, rules).empty() ? text : std::string();
+            } else {
+                return {};
+            }
+        },
+        target);
+}
+
+CLI::Option& add(CLI::App& app, const char* names, const Target& target, const std::string& help,
                  const Rules& rules) {
+    const std::string before = rules.required ? std::string() : defaultText(target, rules);
+    const std::string described = before.empty() ? help : help + " (default: " + before + ")";
     CLI::Option& option =
-        *std::visit([&](auto* place) { return app.add_option(names, *place, help); }, target);
+        *std::visit([&](auto* place) { return app.add_option(names, *place, described); }, target);
     if (isNumber(target))
         option.check([rules](const std::string& text) { return numberFault(text, rules); }, "");
     applyRules(option, rules);
@@ -74,6 +97,12 @@ bool takesMany(const Target& target) {
 /// Help in lines that fit; what belongs to an option stays in its column.
 class FoldingFormatter : public CLI::Formatter {
  public:
+    FoldingFormatter() {
+        // The parser's word for a command below another; here both are commands.
+        label("SUBCOMMAND", "COMMAND");
+        label("SUBCOMMANDS", "COMMAND");
+    }
+
     std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override {
         std::istringstream lines(CLI::Formatter::make_help(app, std::move(name), mode));
         std::string folded;
@@ -121,19 +150,26 @@ void CommandLine::action(std::function<void()> run) {
 }
 
 CommandLine CommandLine::command(const char* name, const char* summary) {
-    return CommandLine(*app_->add_subcommand(name, summary));
+    return CommandLine(*app_->add_subcommand(name, summary)->group("Commands"));
 }
 
 void CommandLine::requireCommand() {
     app_->require_subcommand(1);
 }
 
-Program::Program(const char* about, const char* name, const char* footer)
-    : app_(std::make_unique<CLI::App>(about, name)) {
+Program::Program(const ProgramTexts& texts)
+    : app_(std::make_unique<CLI::App>(texts.about, texts.name)), whereToBegin_(texts.whereToBegin) {
     app_->formatter(std::make_shared<FoldingFormatter>());  // which the commands take over
-    top().footer(footer);
+    app_->set_version_flag("--version", std::string(texts.name) + ' ' + texts.version,
+                           "Print the version and exit");
+    top().footer(texts.footer);
     app_->require_subcommand(1);
     app_->fallthrough();
+
+    auto words = std::make_shared<std::vector<std::string>>();
+    CommandLine help = top().command("help", "The help of a command");
+    help.argument("COMMAND", words.get(), "The command; without one, the help of the program");
+    help.action([this, words] { printHelp(*words); });
 }
 
 Program::~Program() = default;
@@ -142,17 +178,28 @@ CommandLine Program::top() {
     return CommandLine(*app_);
 }
 
-std::string Program::unknownCommand() const {
-    std::vector<std::string> names;
-    for (const auto* command : app_->get_subcommands([](const CLI::App*) { return true; }))
-        names.push_back(command->get_name());
-    for (const auto& word : app_->remaining()) {
-        if (word.starts_with('-')) continue;
-        const auto nearest = nearestNames(word, names, 1);
-        return "no command is named " + word +
-               (nearest.empty() ? "; marovine --help lists them" : "; did you mean " + nearest.front() + "?");
+void Program::printHelp(const std::vector<std::string>& words) const {
+    const CLI::App* command = app_.get();
+    std::string path;
+    for (const auto& word : words) {
+        path += (path.empty() ? "" : " ") + command->get_name();
+        const auto found =
+            command->get_subcommands([&](const CLI::App* below) { return below->get_name() == word; });
+        if (found.empty()) throw UsageError(unknownCommand(*command, word));
+        command = found.front();
     }
-    return {};
+    // The parser's own way would lead to the command that runs, which is `help`.
+    path += (path.empty() ? "" : " ") + command->get_name();
+    std::cout << app_->get_formatter()->make_help(command, path, CLI::AppFormatMode::Normal);
+}
+
+std::string Program::unknownCommand(const CLI::App& parent, const std::string& word) {
+    std::vector<std::string> names;
+    for (const auto* command : parent.get_subcommands([](const CLI::App*) { return true; }))
+        names.push_back(command->get_name());
+    const auto nearest = nearestNames(word, names, 1);
+    return "no command is named " + word +
+           (nearest.empty() ? "; marovine --help lists them" : "; did you mean " + nearest.front() + "?");
 }
 
 std::optional<int> Program::run(std::vector<std::string> arguments) {
@@ -161,12 +208,19 @@ std::optional<int> Program::run(std::vector<std::string> arguments) {
         app_->parse(std::move(arguments));
         return std::nullopt;
     } catch (const CLI::ParseError& error) {
-        const bool noCommand = app_->get_subcommands().empty() && error.get_exit_code() != 0;
-        const std::string unknown = noCommand ? unknownCommand() : std::string();
-        if (!unknown.empty()) throw UsageError(unknown);
-        if (error.get_exit_code() != 0) throw UsageError(error.what() + std::string("; see --help"));
-        app_->exit(error);  // prints the help
-        return kSuccess;
+        if (error.get_exit_code() == 0) {
+            app_->exit(error);  // prints the help
+            return kSuccess;
+        }
+        if (app_->get_subcommands().empty()) {
+            for (const auto& word : app_->remaining())
+                if (!word.starts_with('-')) throw UsageError(unknownCommand(*app_, word));
+            if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) throw UsageError(whereToBegin_);
+        }
+        std::string message = error.what();
+        if (const auto parsers = message.find("subcommand"); parsers != message.npos)
+            message.erase(parsers, std::string_view("sub").size());
+        throw UsageError(message + "; see --help");
     }
 }
 

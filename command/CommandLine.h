@@ -58,10 +58,19 @@ class CommandLine {
     CLI::App* app_;
 };
 
-/// The whole command line of the program.
+/// What the program says about itself.
+struct ProgramTexts {
+    const char* name;
+    const char* version;
+    const char* about;
+    const char* footer;
+    const char* whereToBegin;  ///< told when no command is given
+};
+
+/// The whole command line of the program, with --version and a command `help`.
 class Program {
  public:
-    Program(const char* about, const char* name, const char* footer);
+    explicit Program(const ProgramTexts& texts);
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
     ~Program();
@@ -69,13 +78,15 @@ class Program {
     /// To add global options and commands.
     CommandLine top();
     /// Parses and runs the chosen command, whose exceptions pass. Returns nothing when it ran, and the exit
-    /// status 0 when help was printed. Throws `UsageError` for a line that makes no sense.
+    /// status 0 when --help or --version was answered. Throws `UsageError` for a line that makes no sense.
     std::optional<int> run(std::vector<std::string> arguments);
 
  private:
-    std::string unknownCommand() const;
+    void printHelp(const std::vector<std::string>& words) const;
+    static std::string unknownCommand(const CLI::App& parent, const std::string& word);
 
     std::unique_ptr<CLI::App> app_;
+    std::string whereToBegin_;
 };
 
 }  // namespace marovine::host

@@ -11,11 +11,11 @@
 #include <string_view>
 #include <vector>
 
+#include "base/AppletIdentity.h"
 #include "command/CommandLine.h"
 #include "command/Json.h"
 #include "command/Session.h"
 #include "command/commands/Commands.h"
-#include "host/TerminalText.h"
 
 namespace {
 
@@ -29,6 +29,14 @@ constexpr const char* kFooter =
     "\n"
     "Exit status: 0 done, 1 refused by the applet or failed, 2 the command line makes no sense,\n"
     "128 and the signal's number after a signal (130 for Ctrl-C, 143 for SIGTERM, 129 for SIGHUP).";
+constexpr const char* kWhereToBegin =
+    "no command is given. Where to begin:\n"
+    "  marovine demo                watch the applet at work\n"
+    "  marovine list 'FG_LINE*'     see parameters with their values\n"
+    "  marovine describe FG_WIDTH   what a parameter means and what limits it\n"
+    "  marovine set FG_WIDTH=2048   set one and see what else moves\n"
+    "  marovine grab -o belt.png    take a picture\n"
+    "  marovine help [COMMAND]      all commands, or one with its options";
 
 void addGlobalOptions(CommandLine line, GlobalOptions& options) {
     line.option("--config", &options.config, "Load this configuration first",
@@ -118,7 +126,11 @@ int main(int count, char** arguments) {
     const TerminalText output(std::cout, STDOUT_FILENO);
     const TerminalText errors(std::cerr, STDERR_FILENO);
     Session session;
-    Program program(kAbout, "marovine", kFooter);
+    Program program({.name = "marovine",
+                     .version = marovine::identity::version,
+                     .about = kAbout,
+                     .footer = kFooter,
+                     .whereToBegin = kWhereToBegin});
     addGlobalOptions(program.top(), session.options);
     for (const auto& command : commands::all)
         command.define(program.top().command(command.name, command.summary), session);

@@ -72,8 +72,14 @@ TEST(Command, EndsWithAStatusThatScriptsCanTrust) {
     };
     for (const auto& [arguments, status, says] : {
              Case{"--help", 0, "Every run has a virtual board of its own"},
-             Case{"set --help", 0, "NAME=VALUE"},
-             Case{"get FG_WIDTH", 0, "1024 "},
+             Case{"--version", 0, "marovine 2.1.0.5"},
+             Case{"help lut load", 0, "Usage: marovine lut load"},
+             Case{"help lut laod", 2, "did you mean load?"},
+             Case{"grab --help", 0, "(default: 1)"},
+             Case{"get fg_width", 0, "1024 "},
+             Case{"get 'fg_line*e'", 0, "FG_LINETRIGGERMODE=GRABBER_CONTROLLED FG_LINE_DOWNSCALE=1 "},
+             Case{"describe 'fg_?offset'", 0, "FG_YOFFSET"},
+             Case{"set fg_width=2048", 0, "FG_WIDTH = 2048 pixel (was 1024)"},
              Case{"get 'FG_LUT_VALUE_RED[7]'", 0, "7 "},
              Case{"get 'FG_LUT_VALUE_RED[256]'", 1, "refused (-2070)"},
              Case{"get 'FG_WIDTH[0]'", 2, "has no elements"},
@@ -90,17 +96,18 @@ TEST(Command, EndsWithAStatusThatScriptsCanTrust) {
              Case{"check /nowhere.mcf", 1, ""},
              Case{"get FG_WIDTH --applet /dev/null", 1, "cannot be loaded"},
              Case{"list '*nothing*'", 1, "no parameter's name or title matches"},
-             Case{"", 2, "subcommand"},
+             Case{"", 2, "Where to begin"},
+             Case{"lut", 2, "A command is required"},
              Case{"gte FG_WIDTH", 2, "did you mean get?"},
              Case{"get", 2, "required"},
              Case{"get --jsno FG_WIDTH", 2, "--jsno"},
              Case{"set FG_WIDTH", 2, "write NAME=VALUE"},
              Case{"set 'FG_LUT_VALUE_RED[x]=1'", 2, "whole number as index"},
              Case{"set FG_WIDTH=", 1, "a value is missing after '='"},
-             Case{"set FG_WIDTH=-8", 1, "-8 is below the smallest accepted value 8;"},
+             Case{"set FG_WIDTH=-8", 1, "-8 is below the minimum 8;"},
              Case{"set FG_WIDTH=2048.5", 1, "2048.5 is not a whole number"},
              Case{"set FG_WIDTH=1e3", 1, "1e3 is not written as a whole number"},
-             Case{"set FG_WIDTH=99999999999", 1, "above the largest accepted value 16384"},
+             Case{"set FG_WIDTH=99999999999", 1, "above the maximum 16384"},
              Case{"set FG_WIDTH=8 --trace=x.txt", 2, ".csv"},
              Case{"set --trace x.txt FG_WIDTH=8", 2, ".csv"},
              Case{"status", 0, "FG_SIGNAL_ANALYZER_0_PULSE_COUNT 0 "},
@@ -130,7 +137,7 @@ TEST(Command, EndsWithAStatusThatScriptsCanTrust) {
 /// The commands that the help lists.
 std::vector<std::string> commandNames() {
     const std::string help = run("--help").output;
-    std::istringstream lines(help.substr(std::min(help.find("Subcommands:"), help.size())));
+    std::istringstream lines(help.substr(std::min(help.find("Commands:"), help.size())));
     std::vector<std::string> names;
     for (std::string line; std::getline(lines, line);)
         if (line.starts_with("  ") && !line.starts_with("   "))
@@ -211,6 +218,13 @@ TEST(Command, KeepsWhatWasSetBeforeARefusal) {
         "  or first set FG_XOFFSET to 12280 or less\n"
         "  accepted now: 8 to 4096, step 8\n",
         result.errors);
+    // A refused change of mode leaves what it did before the gap from another mode stopped it.
+    EXPECT_THAT(
+        run("set FG_CAMERASIMULATOR_SELECT_MODE=FG_PIXEL_FREQUENCY FG_CAMERASIMULATOR_FRAME_GAP=60000 "
+            "FG_CAMERASIMULATOR_SELECT_MODE=FG_FRAMERATE FG_CAMERASIMULATOR_HEIGHT=10000 "
+            "FG_CAMERASIMULATOR_SELECT_MODE=FG_PIXEL_FREQUENCY")
+            .output,
+        HasSubstr("\nMoved by the refused setting, and left so\nFG_CAMERASIMULATOR_"));
     // A typing error at the end is found before anything is set.
     EXPECT_THAT(run("set FG_HEIGHT=512 FG_WIDTH=x").output, IsEmpty());
 }
@@ -232,7 +246,19 @@ TEST(Command, AnswersPrograms) {
     EXPECT_EQ(256U, parsed("lut show --json")["green"].size());
     EXPECT_EQ("Camera Link", parsed("tree --json")[0]["group"]);
     EXPECT_EQ("Marovine", parsed("info --json")["name"]);
-    EXPECT_EQ(45.3, parsed("status --json")["FG_SYSTEMMONITOR_FPGA_TEMPERATURE"]["value"]);
+    const Json status = parsed("status --json");
+    EXPECT_EQ(45.3, status["FG_SYSTEMMONITOR_FPGA_TEMPERATURE"]["value"]);
+    EXPECT_FALSE(status["FG_SIGNAL_ANALYZER_0_PULSE_COUNT"].contains("unit")) << "a count is no time";
+    const TemporaryFile tables(".lut");
+    EXPECT_EQ(tables.name(), parsed(std::string("lut save --json ") + tables.name())["file"]);
+    EXPECT_EQ(256U, parsed(std::string("lut load --json ") + tables.name())["tables"]["red"].size());
+    const TemporaryFile saved(".mcf");
+    EXPECT_THAT(parsed(std::string("save --json --set 'FG_LUT_VALUE_RED[7]=200' ") +
+                       saved.name())["notBroughtBack"][0]
+                    .get<std::string>(),
+                AllOf(StartsWith("FG_LUT_VALUE_RED has elements"), HasSubstr("lut save")));
+    EXPECT_EQ("FG_LUT_VALUE_RED",
+              parsed(std::string("diff --json --set 'FG_LUT_VALUE_RED[7]=200' ") + saved.name())[0]["name"]);
     EXPECT_EQ("maximum", parsed("describe FG_LINEEXPOSURE --json")["limits"][0]["end"]);
 
     const Json set = parsed("set FG_WIDTH=2048 FG_WIDTH=1004 --trace --json");
@@ -279,7 +305,18 @@ TEST(Command, ChainsAConfigurationAndSettings) {
         "*  FG_LINEEXPOSURE  19       50\n"
         "3 differ, marked with *\n",
         result.output);
-    EXPECT_THAT(run(std::string("load ") + file.name()).output, HasSubstr("FG_LINEEXPOSURE"));
+    EXPECT_THAT(run(std::string("load ") + file.name()).output,
+                AllOf(HasSubstr("FG_LINEEXPOSURE"), Not(HasSubstr("ANALYZER"))));
+
+    // What a load leaves out is told, whichever way the file comes in.
+    std::string text = file.content();
+    text.replace(text.find("\nFG_WIDTH=1024;"), 15, "\nFG_WIDTH=1004;");
+    text.replace(text.find("\nFG_DEBUGFILE='"), 15, "\nFG_DEBUGFILE='here.tif");
+    file.write(text);
+    const Result skipping = run(std::string("get FG_WIDTH --config ") + file.name());
+    EXPECT_EQ(1, skipping.status);
+    EXPECT_THAT(joined(skipping.errors), AllOf(HasSubstr("FG_WIDTH = 1004 refused (-7080)"),
+                                               HasSubstr("names \"here.tif\", which is not found from /")));
 }
 
 TEST(Command, NeverReplacesAGoodFileByABadOne) {

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "command/Json.h"
 #include "command/PictureView.h"
 #include "command/commands/Commands.h"
 #include "pictures/Png.h"
@@ -14,6 +15,7 @@ namespace {
 struct Options {
     std::filesystem::path output;
     bool view = false;
+    bool json = false;
 };
 
 void run(const Options& options, Session& session) {
@@ -21,6 +23,13 @@ void run(const Options& options, Session& session) {
     virtualboard::imaging::writePng(options.output, sheet);
     const Console& console = session.console();
     if (options.view) showPicture(console, sheet);
+    if (options.json) {
+        console.out() << printed({{"file", options.output.string()},
+                                  {"width", sheet.width},
+                                  {"height", sheet.height}})
+                      << '\n';
+        return;
+    }
     console.out() << options.output.string() << ": " << sheet.width << " x " << sheet.height << " pixels\n";
 }
 
@@ -31,6 +40,7 @@ void defineContactSheet(CommandLine command, Session& session) {
     command.option("-o,--output", &options->output, "Write the picture to this file",
                    {.type = "FILE.png", .required = true});
     command.flag("--view", options->view, "Show it in the terminal as well");
+    command.flag("--json", options->json, "As a JSON object");
     command.footer("Every view comes from an applet of its own: --config and --set do not touch it.");
     command.action([options, &session] { run(*options, session); });
 }

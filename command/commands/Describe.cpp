@@ -1,8 +1,11 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <variant>
 #include <vector>
 
+#include "client/Names.h"
 #include "command/Json.h"
 #include "command/commands/Commands.h"
 
@@ -107,20 +110,31 @@ Json jsonOf(const Facts& facts) {
 }
 
 void run(const Options& options, Session& session) {
-    const Facts facts = factsAbout(session.applet(), options.name);
-    if (options.json) {
-        session.console().out() << printed(jsonOf(facts)) << '\n';
-    } else {
-        print(session.console(), facts);
+    const Console& console = session.console();
+    Json document = Json::array();
+    bool first = true;
+    for (const auto& name : session.applet().namedBy(options.name)) {
+        const Facts facts = factsAbout(session.applet(), name);
+        if (options.json) {
+            document.push_back(jsonOf(facts));
+            continue;
+        }
+        if (!std::exchange(first, false)) console.out() << '\n';
+        print(console, facts);
     }
+    if (!options.json) return;
+    const bool many = isPattern(options.name);
+    console.out() << printed(many ? document : std::get<Json::Array>(document.content()).front()) << '\n';
 }
 
 }  // namespace
 
 void defineDescribe(CommandLine command, Session& session) {
     auto options = std::make_shared<Options>();
-    command.argument("NAME", &options->name, "The parameter", {.required = true});
-    command.flag("--json", options->json, "As a JSON object");
+    command.argument("NAME", &options->name,
+                     "The parameter, in letters of either case, or a pattern with * and ?",
+                     {.required = true});
+    command.flag("--json", options->json, "As a JSON object, or an array of them for a pattern");
     command.footer(
         "What limits a value, and which design parameters it drives, is tried out on a second instance in\n"
         "the same state; nothing of it reaches the first.");

@@ -2,7 +2,6 @@
 #include <optional>
 #include <string>
 
-#include "client/Names.h"
 #include "command/Json.h"
 #include "command/commands/Commands.h"
 
@@ -30,10 +29,8 @@ void run(const Options& options, Session& session) {
     if (options.ranges) headings.emplace_back("range");
     Table table(headings);
     Json document = Json::array();
-    for (const auto& name : applet.names()) {
+    for (const auto& name : applet.matching(options.pattern)) {
         const Parameter parameter = applet.parameter(name);
-        if (!matchesPattern(name, options.pattern) && !matchesPattern(parameter.displayName, options.pattern))
-            continue;
         const auto value = readOrNothing(applet, name);
         if (options.json) {
             Json entry = jsonOf(parameter);
@@ -50,7 +47,6 @@ void run(const Options& options, Session& session) {
         session.console().out() << printed(document) << '\n';
         return;
     }
-    if (table.empty()) throw Failure("no parameter's name or title matches " + options.pattern);
     table.print(session.console());
 }
 

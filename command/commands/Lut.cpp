@@ -33,6 +33,12 @@ struct ShowOptions {
 struct LoadOptions {
     fs::path file;
     TraceOption trace;
+    bool json = false;
+};
+
+struct SaveOptions {
+    fs::path target;
+    bool json = false;
 };
 
 Channels tablesOf(Applet& applet) {
@@ -70,14 +76,18 @@ void printValues(const Console& console, const Channels& channels) {
     table.print(console);
 }
 
+Json jsonOf(const Channels& channels) {
+    Json document = Json::object();
+    for (std::size_t i = 0; i < channels.size(); ++i) document[kChannelNames[i]] = channels[i];
+    return document;
+}
+
 void show(const ShowOptions& options, Session& session) {
     const Channels channels = tablesOf(session.applet());
     if (!options.picture.empty())
         virtualboard::imaging::writePng(options.picture, curvePicture(channels, kMaximum));
     if (options.json) {
-        Json document = Json::object();
-        for (std::size_t i = 0; i < channels.size(); ++i) document[kChannelNames[i]] = channels[i];
-        session.console().out() << printed(document) << '\n';
+        session.console().out() << printed(jsonOf(channels)) << '\n';
     } else if (options.values) {
         printValues(session.console(), channels);
     } else if (options.picture.empty()) {
@@ -119,6 +129,12 @@ void load(const LoadOptions& options, Session& session) {
         report.done(name, value);
     }
     report.finish();
+    if (options.json) {
+        Json document = report.json();
+        document["tables"] = jsonOf(tablesOf(applet));
+        session.console().out() << printed(document) << '\n';
+        return;
+    }
     report.print(session.console());
     session.console().out() << '\n';
     printCurves(session.console(), tablesOf(applet));
@@ -132,7 +148,8 @@ bool readsBack(const Applet& applet, const Channels& channels, const fs::path& f
     return tablesOf(*reader) == channels;
 }
 
-void save(const fs::path& target, Session& session) {
+void save(const SaveOptions& options, Session& session) {
+    const fs::path& target = options.target;
     Applet& applet = session.applet();
     SafeFile file(target);
     try {
@@ -152,7 +169,10 @@ void save(const fs::path& target, Session& session) {
         throw Failure("nothing saved to " + target.string() +
                       ": what was written does not read back the same");
     file.commit();
-    session.console().out() << "saved to " << target.string() << ", read back and compared\n";
+    if (options.json)
+        session.console().out() << printed({{"file", target.string()}}) << '\n';
+    else
+        session.console().out() << "saved to " << target.string() << ", read back and compared\n";
 }
 
 }  // namespace
@@ -173,13 +193,15 @@ void defineLut(CommandLine command, Session& session) {
     CommandLine loading = command.command("load", "Load tables from a file and switch to them");
     loading.argument("FILE.lut", &loadOptions->file, "The tables", {.required = true});
     addTraceOption(loading, loadOptions->trace);
+    loading.flag("--json", loadOptions->json, "Report as JSON, with all entries");
     loading.action([loadOptions, &session] { load(*loadOptions, session); });
 
-    auto target = std::make_shared<fs::path>();
+    auto saveOptions = std::make_shared<SaveOptions>();
     CommandLine saving = command.command("save", "Save the tables to a file");
-    saving.argument("FILE.lut", target.get(), "Where to save", {.required = true});
+    saving.argument("FILE.lut", &saveOptions->target, "Where to save", {.required = true});
+    saving.flag("--json", saveOptions->json, "As a JSON object");
     saving.footer("Writes beside the file, reads it back, compares, and only then replaces what was there.");
-    saving.action([target, &session] { save(*target, session); });
+    saving.action([saveOptions, &session] { save(*saveOptions, session); });
 }
 
 }  // namespace marovine::host::commands

@@ -37,6 +37,7 @@ void run(const Options& options, Session& session) {
     std::vector<SettingText> settings;
     for (const auto& text : options.settings) {
         settings.push_back(parseSetting(text));
+        settings.back().name = applet.nameOf(settings.back().name);
         applet.parameter(settings.back().name).parse(settings.back().value);
     }
 
