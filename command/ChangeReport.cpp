@@ -9,12 +9,6 @@ namespace marovine::host {
 
 namespace {
 
-/// The clock stops before the first look at the parameters.
-Applet& withStoppedClock(Applet& applet) {
-    applet.board().setClockManual(true);
-    return applet;
-}
-
 void add(Table& table, const Change& change) {
     const bool bare = change.unit.empty() || change.aspect == Change::Aspect::Access;
     table.add({change.parameter, nameOf(change.aspect),

@@ -1,4 +1,4 @@
-#include "host/LoadReport.h"
+#include "command/LoadReport.h"
 
 namespace marovine::host {
 

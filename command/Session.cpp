@@ -3,7 +3,7 @@
 #include <charconv>
 
 #include "client/ConfigCheck.h"
-#include "host/LoadReport.h"
+#include "command/LoadReport.h"
 
 namespace marovine::host {
 

@@ -1,4 +1,4 @@
-#include "host/TerminalText.h"
+#include "command/TerminalText.h"
 
 #include <unistd.h>
 

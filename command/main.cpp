@@ -15,6 +15,7 @@
 #include "command/CommandLine.h"
 #include "command/Json.h"
 #include "command/Session.h"
+#include "command/TerminalText.h"
 #include "command/commands/Commands.h"
 
 namespace {

@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "files/SectionKeys.h"
 #include "files/TextFile.h"
-#include "persistence/SectionKeys.h"
 
 class Fg_Log;
 

@@ -1,4 +1,4 @@
-#include "persistence/SectionKeys.h"
+#include "files/SectionKeys.h"
 
 #include <algorithm>
 #include <utility>

@@ -17,9 +17,9 @@
 #include <hwy/highway.h>
 
 #if HWY_TARGET == HWY_EMU128 || HWY_TARGET == HWY_SCALAR
-#include "virtualboard/imaging/PlainKernels.h"
+#include "board/imaging/PlainKernels.h"
 #else
-#include "virtualboard/imaging/VectorKernels-inl.h"
+#include "board/imaging/VectorKernels-inl.h"
 #endif
 
 #if HWY_ONCE

@@ -3,8 +3,8 @@
 
 #include "client/ConfigCheck.h"
 #include "command/ChangeReport.h"
+#include "command/LoadReport.h"
 #include "command/commands/Commands.h"
-#include "host/LoadReport.h"
 
 namespace marovine::host::commands {
 
