@@ -184,7 +184,10 @@ std::vector<std::string> Explanation::advice() const {
     std::size_t named = 0;
     for (const auto& cause : causes) {
         if (named++ == kNamedCauses) break;
-        const std::string start = cause.remedies.empty() ? "" : named == 1 ? "or first " : "or ";
+        const std::string start = cause.remedies.empty() ? ""
+                                  : named == 1           ? "or first "
+                                  : cause.together       ? "and then "
+                                                         : "or ";
         lines.push_back(start + remedyText(cause));
     }
     if (!accepted.empty()) lines.push_back("accepted now: " + accepted);

@@ -142,7 +142,33 @@ std::vector<Cause> Rehearsal::causesAgainst(const std::string& parameter,
             restore();
         }
     }
-    return causes;
+    return causes.empty() ? jointCauses(parameter, condition) : causes;
+}
+
+std::vector<Cause> Rehearsal::jointCauses(const std::string& parameter,
+                                          const std::function<bool()>& condition) {
+    for (const auto& name : original_.names()) {
+        const auto held = name == parameter ? std::nullopt : parkedIn(name);
+        if (!held) continue;
+        const Parameter first = original_.parameter(name);
+        const Value reads = twin_->get(name);
+        Cause released{.parameter = name,
+                       .value = first.textOf(*held),
+                       .remedies = {first.textOf(reads)},
+                       .parked = true};
+        for (const auto& other : base_->states()) {
+            const auto& [second, value] = other;
+            if (second.group != first.group || second.name == name || second.name == parameter || !value)
+                continue;
+            std::optional<Cause> cause;
+            if (set({name, reads})) cause = causeIn(other, condition);
+            reset();
+            if (!cause) continue;
+            cause->together = true;
+            return {std::move(released), std::move(*cause)};
+        }
+    }
+    return {};
 }
 
 std::optional<Value> Rehearsal::parkedIn(const std::string& name) {

@@ -31,6 +31,7 @@ struct Cause {
     /// Whether the value is one that the parameter was given in another mode and still holds, although it
     /// reads otherwise now.
     bool parked = false;
+    bool together = false;  ///< whether it helps only after the cause before it is out of the way
 };
 
 /// A twin of an instance on a board of its own. Each trial leaves the twin as it was.
@@ -51,7 +52,7 @@ class Rehearsal {
     /// What a condition depends on: each other parameter whose change alone makes the condition true. The
     /// condition is asked about the twin, may change it by a `codeOf` of this object, and is false at first.
     /// Parameters that hold a parked value come first. Others that are reported read-only now are not
-    /// considered.
+    /// considered. When no parameter does it alone, a parked value is tried together with one of its group.
     std::vector<Cause> causesAgainst(const std::string& parameter, const std::function<bool()>& condition);
 
     /// The twin, to look at. Whoever changes it calls `reset` afterwards.
@@ -66,6 +67,7 @@ class Rehearsal {
     /// The value that a parameter was given last, when it reads otherwise.
     std::optional<Value> parkedIn(const std::string& name);
     std::vector<Cause> parkedCauses(const std::string& parameter, const std::function<bool()>& condition);
+    std::vector<Cause> jointCauses(const std::string& parameter, const std::function<bool()>& condition);
     void refine(const Parameter& parameter, const Value& held, long double good,
                 const std::function<bool()>& condition, Cause& cause);
     void takeBase();

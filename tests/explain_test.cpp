@@ -104,6 +104,16 @@ const std::vector<Case>& cases() {
          "FG_CAMERASIMULATOR_SELECT_MODE = FG_FRAMERATE refused (-6000): not accepted now, because "
          "FG_CAMERASIMULATOR_LINE_GAP still holds 60000 from another mode and FG_CAMERASIMULATOR_WIDTH is "
          "10000"},
+        {{{"FG_CAMERASIMULATOR_SELECT_MODE", "FG_PIXEL_FREQUENCY"},
+          {"FG_CAMERASIMULATOR_LINE_GAP", "60000"},
+          {"FG_CAMERASIMULATOR_SELECT_MODE", "FG_LINERATE"},
+          {"FG_CAMERASIMULATOR_LINERATE", "100"},
+          {"FG_CAMERASIMULATOR_WIDTH", "10000"}},
+         "FG_CAMERASIMULATOR_SELECT_MODE",
+         "FG_FRAMERATE",
+         "FG_CAMERASIMULATOR_SELECT_MODE = FG_FRAMERATE refused (-6000): not accepted now, because "
+         "FG_CAMERASIMULATOR_LINE_GAP still holds 60000 from another mode and FG_CAMERASIMULATOR_FRAMERATE "
+         "is 0.09765625"},
         {{},
          "FG_CAMERASIMULATOR_PIXEL_FREQUENCY",
          "0",
@@ -159,8 +169,13 @@ TEST_F(Explaining, NamesTheRuleAndTheCause) {
         }
         for (const auto& cause : why.causes)
             for (const auto& remedy : cause.remedies) {
+                const Cause* next = &cause + 1;
+                if (next != why.causes.data() + why.causes.size() && next->together) continue;
                 const auto trial = fresh.twin();
                 EXPECT_NO_THROW({
+                    if (const Cause* earlier = cause.together ? &cause - 1 : nullptr)
+                        trial->set(earlier->parameter,
+                                   trial->parameter(earlier->parameter).parse(earlier->remedies.front()));
                     trial->set(cause.parameter, trial->parameter(cause.parameter).parse(remedy));
                     trial->set(name, refused.value);
                 }) << remedyText(cause);

@@ -22,8 +22,10 @@ struct Options {
 Json jsonOf(const Explanation& explanation) {
     Json causes = Json::array();
     for (const auto& cause : explanation.causes)
-        causes.push_back(
-            {{"parameter", cause.parameter}, {"value", cause.value}, {"advice", remedyText(cause)}});
+        causes.push_back({{"parameter", cause.parameter},
+                          {"value", cause.value},
+                          {"together", cause.together},
+                          {"advice", remedyText(cause)}});
     return {{"parameter", explanation.parameter}, {"value", explanation.value},
             {"code", explanation.code},           {"meaning", meaningOf(explanation.code)},
             {"rule", explanation.rule},           {"nearest", explanation.nearest},
