@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 #include <functional>
+#include <iterator>
 #include <set>
 #include <utility>
 
@@ -249,6 +250,17 @@ std::optional<Value> Applet::lastSet(std::string_view name) const {
         if (set->name == name && !std::holds_alternative<Field>(set->value)) return set->value;
     }
     return std::nullopt;
+}
+
+std::vector<std::string> Applet::tablesSet() const {
+    std::set<std::string_view> set;
+    for (const auto& step : steps_)
+        if (const auto* one = std::get_if<SetStep>(&step); one && std::holds_alternative<Field>(one->value))
+            set.insert(one->name);
+    std::vector<std::string> result;
+    std::ranges::copy_if(names_, std::back_inserter(result),
+                         [&](const auto& name) { return set.contains(name); });
+    return result;
 }
 
 void Applet::save(const std::filesystem::path& file) {

@@ -93,6 +93,8 @@ class Applet {
     /// The value given to a whole parameter by the last remembered set of it, which it may not read back as;
     /// nothing when there was none or a load came later.
     std::optional<Value> lastSet(std::string_view name) const;
+    /// The fields that remembered steps have set, in list order.
+    std::vector<std::string> tablesSet() const;
     /// Sets a run of a field's elements.
     void setElements(std::string_view name, std::uint32_t first, const Field& elements);
 

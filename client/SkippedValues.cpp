@@ -149,8 +149,7 @@ SkippedValue explained(const Applet& state, const Candidate& candidate, int code
 int codeWithout(const Trials& trials, Keys others, const Candidate& kept, const std::string& alsoKept = {}) {
     others.erase(kept.setting.parameter);
     others.erase(alsoKept);
-    const Trial trial = trials.load(others);
-    return Rehearsal(*trial.applet).codeOf(kept.setting);
+    return trials.load(others).applet->trySet(kept.setting.parameter, kept.setting.value);
 }
 
 /// Explains what is refused even when every other refused value is replaced; the rest comes back.
@@ -172,10 +171,11 @@ std::vector<Candidate> explainRoots(const Trials& trials, const std::vector<Cand
 }  // namespace
 
 std::vector<std::string> tablesLostInSave(const Applet& state) {
+    const auto entered = state.tablesSet();
+    if (entered.empty()) return {};
     const auto twin = state.twin();
     std::vector<std::pair<std::string, Value>> tables;
-    for (const auto& row : sdkParameters)
-        if (row.type == ValueType::UInt32Field) tables.emplace_back(row.name, twin->get(row.name));
+    for (const auto& name : entered) tables.emplace_back(name, twin->get(name));
     const TemporaryConfig file;
     try {
         twin->save(file.path());
@@ -231,8 +231,7 @@ std::vector<SkippedValue> skippedValues(const Applet& before, const ConfigFile& 
         }
         // Several values rule it out together, or there are too many to try.
         const Trial trial = trials.load({});
-        SkippedValue value =
-            explained(*trial.applet, candidate, Rehearsal(*trial.applet).codeOf(candidate.setting));
+        SkippedValue value = explained(*trial.applet, candidate, codeWithout(trials, {}, candidate));
         value.why.rule = "only together with other values that are refused";
         value.why.nearest.clear();
         value.why.causes.clear();

@@ -32,7 +32,8 @@ struct SkippedValue {
 std::vector<SkippedValue> skippedValues(const Applet& before, const ConfigFile& file);
 
 /// The tables whose present elements a save loses, because the file has no place for them: those entered
-/// value by value. A load makes them anew. Empty when the applet refuses to save or load the state.
+/// value by value, which `state` must remember. A load makes them anew. Empty when the applet refuses to save
+/// or load the state.
 std::vector<std::string> tablesLostInSave(const Applet& state);
 /// "FG_LUT_VALUE_RED has elements for which a configuration has no place; `marovine lut save FILE.lut` ..."
 std::string lostTablesText(const std::vector<std::string>& tables);
