@@ -329,6 +329,10 @@ TEST(Command, NeverReplacesAGoodFileByABadOne) {
         EXPECT_THAT(entry.path().string(), Not(StartsWith(std::string(file.name()) + ".new")));
     EXPECT_EQ(0, run(std::string("save ") + file.name()).status);
     EXPECT_THAT(file.content(), StartsWith("[Kamerasektion]"));
+
+    const Result untried = run(std::string("save ") + file.name(), "prlimit --nofile=4 ");
+    EXPECT_EQ(1, untried.status);
+    EXPECT_THAT(untried.output, Not(HasSubstr("compared"))) << "no descriptor is left to load the file with";
 }
 
 TEST(Command, SavesOnlyWhatReadsBack) {
