@@ -73,7 +73,8 @@ bool isTriggered(const DesignSettings& settings) {
 
 /// Line triggers that a picture lasts at most.
 std::uint64_t pictureLines(const DesignSettings& settings) {
-    const bool endless = settings.imageTriggerMode == kGated && settings.maxGatedHeight != 0;
+    const bool endless =
+        isTriggered(settings) && settings.imageTriggerMode == kGated && settings.maxGatedHeight != 0;
     return endless ? settings.imageHeight : std::min(settings.imageHeight, settings.triggerYLength);
 }
 

@@ -12,7 +12,9 @@ constexpr std::uint64_t kEndless = std::uint64_t{1} << 60;
 
 void FrameSequencer::configure(const DesignSettings& settings, std::uint64_t linesPerFrame,
                                std::uint64_t line) {
-    if (mode_ != settings.imageTriggerMode || sourceFrames_ != (settings.cameraFval != 0)) {
+    // An image trigger that is switched off leaves free run, whatever its mode.
+    const std::uint32_t mode = settings.imageTriggerEnable != 0 ? settings.imageTriggerMode : 0;
+    if (mode_ != mode || sourceFrames_ != (settings.cameraFval != 0)) {
         windows_.clear();
         taken_ = 0;
         cursor_ = std::max(cursor_, line);
@@ -24,9 +26,8 @@ void FrameSequencer::configure(const DesignSettings& settings, std::uint64_t lin
         cursor_ = std::max(cursor_, line);
         taken_ = 0;
     }
-    mode_ = settings.imageTriggerMode;
+    mode_ = mode;
     sourceFrames_ = settings.cameraFval != 0;
-    enabled_ = settings.imageTriggerEnable != 0;
     endlessGate_ = settings.maxGatedHeight != 0;
     delay_ = settings.imageTriggerDelay;
     yOffset_ = settings.triggerYOffset;
@@ -54,7 +55,7 @@ bool FrameSequencer::openGate(std::uint64_t line) {
 }
 
 bool FrameSequencer::begin(std::uint64_t line, std::uint64_t lines, bool gateOpen) {
-    if (!enabled_ || lines == 0 || busy(line)) return false;
+    if (lines == 0 || busy(line)) return false;
     windows_.push_back({toRowPair(line + delay_ + yOffset_), lines, gateOpen});
     return true;
 }

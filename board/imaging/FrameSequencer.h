@@ -21,16 +21,17 @@ struct FramePosition {
 /// A trigger window begins YOffset lines after its frame's start and lasts YLength lines; it is cut into
 /// pictures of ImageHeight lines, the last one shorter where the window does not divide evenly. A line brings
 /// `rowsPerTrigger` rows; rows beyond the frame buffer's YLength are dropped. Frames start
-/// - in free run (ImgTriggerMode 0): each where the last one ended, the first with the acquisition;
+/// - in free run (ImgTriggerMode 0, or ImgTriggerEnable 0): each where the last one ended, the first with the
+/// acquisition;
 /// - in free run with CameraFVALMode 1: with each of the source's own frames, and end with it at the latest;
 /// - triggered (mode 1): ImgTrgDelay lines after a trigger that does not come while the last window lasts;
 /// - gated (mode 2): ImgTrgDelay lines after the gate opens; they end as long after it closes, or after
 ///   YLength lines unless MaxGatedHeight is set. A gate closed before the window's first line makes no
 ///   picture.
 ///
-/// Modes 1 and 2 need ImgTriggerEnable. With one row per line windows begin at even lines, one line later
-/// where need be, so that every picture begins with the sensor's first Bayer row. The image selector passes
-/// on picture n if n mod period equals the phase.
+/// With one row per line windows begin at even lines, one line later where need be, so that every picture
+/// begins with the sensor's first Bayer row. The image selector passes on picture n if n mod period equals
+/// the phase.
 ///
 /// Line numbers given by the caller never decrease. Not thread-safe.
 class FrameSequencer {
@@ -75,7 +76,7 @@ class FrameSequencer {
     void consume(const Window& window, std::uint64_t lines);
 
     std::uint32_t mode_ = 0;
-    bool enabled_ = true, sourceFrames_ = false, endlessGate_ = false;
+    bool sourceFrames_ = false, endlessGate_ = false;
     std::uint64_t delay_ = 0, yOffset_ = 0, yLength_ = 0, imageHeight_ = 1, bufferRows_ = 0;
     std::uint64_t rowsPerLine_ = 1, linesPerFrame_ = 1, selectPeriod_ = 1, selectPhase_ = 0;
 
