@@ -330,7 +330,8 @@ TEST(Command, NeverReplacesAGoodFileByABadOne) {
     EXPECT_EQ(0, run(std::string("save ") + file.name()).status);
     EXPECT_THAT(file.content(), StartsWith("[Kamerasektion]"));
 
-    const Result untried = run(std::string("save ") + file.name(), "prlimit --nofile=4 ");
+    const Result untried =
+        run(std::string("save ") + file.name(), "exec 3>&- 4>&- 5>&- 6>&-; prlimit --nofile=4 ");
     EXPECT_EQ(1, untried.status);
     EXPECT_THAT(untried.output, Not(HasSubstr("compared"))) << "no descriptor is left to load the file with";
 }
