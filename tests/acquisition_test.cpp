@@ -194,6 +194,7 @@ TEST_F(AcquisitionTest, FollowsSceneBeltAndCameraUnderWay) {
 // ---- the stream ----
 
 TEST_F(AcquisitionTest, AHundredLargePicturesComeInOrderAndNoneIsLost) {
+    applet.board().setRenderThreads(3);
     setWindow(2048, 1024);
     set("FG_SIGNAL_ANALYZER_0_SOURCE", "FG_SIGNAL_CAM0_FRAME_END");
     set("FG_SIGNAL_ANALYZER_CLEAR", 1);

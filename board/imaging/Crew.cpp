@@ -1,8 +1,10 @@
 #include "board/imaging/Crew.h"
 
+#include <immintrin.h>
 #include <sched.h>
 
 #include <algorithm>
+#include <chrono>
 #include <system_error>
 
 namespace virtualboard::imaging {
@@ -13,6 +15,14 @@ unsigned usableCores() {
     cpu_set_t cores;
     if (sched_getaffinity(0, sizeof cores, &cores) != 0) return 1;
     return static_cast<unsigned>(std::clamp(CPU_COUNT(&cores), 1, kMost));
+}
+
+/// Waits a short while without sleeping: falling asleep and being woken takes as long, and more in a virtual
+/// machine.
+template <typename Condition>
+void spinUntil(Condition condition) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::microseconds(50);
+    while (!condition() && std::chrono::steady_clock::now() < end) _mm_pause();
 }
 
 }  // namespace
@@ -51,9 +61,11 @@ void Crew::run(unsigned parts, const Part& part) {
         const std::lock_guard lock(mutex_);
         part_ = &part;
         parts_ = parts;
+        ++calls_;
     }
     begin_.notify_all();
     work(part, parts, 0);
+    spinUntil([this] { return busy_ == 0; });
     // A helper that has not begun by now has nothing left to do.
     std::unique_lock lock(mutex_);
     part_ = nullptr;
@@ -66,14 +78,16 @@ void Crew::help(unsigned member) {
         begin_.wait(lock, [this] { return dismissed_ || part_ != nullptr; });
         if (dismissed_) return;
         const Part& part = *part_;
-        const unsigned parts = parts_;
+        const unsigned parts = parts_, call = calls_;
         ++busy_;
         lock.unlock();
         work(part, parts, member);
         lock.lock();
-        // All parts are taken.
-        part_ = nullptr;
+        part_ = nullptr;  // all parts are taken
         if (--busy_ == 0) end_.notify_one();
+        lock.unlock();
+        spinUntil([&] { return calls_ != call; });
+        lock.lock();
     }
 }
 

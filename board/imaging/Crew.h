@@ -10,7 +10,7 @@
 namespace virtualboard::imaging {
 
 /// Threads that share a piece of work that falls into parts. The caller works, too; helpers begin with the
-/// first work and sleep in between.
+/// first work and sleep in between, after a short while in which they look out for more.
 class Crew {
  public:
     /// What to do for a part; `member`, below `size()`, differs between those who work at the same time. Must
@@ -38,9 +38,10 @@ class Crew {
     std::condition_variable begin_, end_;
     const Part* part_ = nullptr;  ///< null while there is nothing to begin with
     unsigned parts_ = 0;
-    unsigned busy_ = 0;  ///< helpers at work
     bool dismissed_ = false;
-    std::atomic<unsigned> next_ = 0;
+    // Changed under the lock, watched without it.
+    std::atomic<unsigned> calls_ = 0, busy_ = 0;  ///< calls of `run`; helpers at work
+    std::atomic<unsigned> next_ = 0;              ///< the next part that nobody has taken
     std::vector<std::thread> helpers_;
 };
 

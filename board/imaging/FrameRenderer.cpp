@@ -64,7 +64,7 @@ std::uint32_t FrameRenderer::render(const FramePosition& position, std::span<std
         static_cast<std::uint32_t>(std::min<std::size_t>(position.rows, out.size() / rowBytes()));
     const Picture picture{position.firstLine * rowsPerLine_, rows, out.data()};
     // Bands that are worth a thread's waking, of so many rows that two more at their edges do not count.
-    constexpr std::uint32_t kPixels = 1 << 17, kRows = 32;
+    constexpr std::uint32_t kPixels = 1 << 16, kRows = 16;
     const std::uint32_t band = std::max(kPixels / plan_.width, kRows);
     if (crew_ == nullptr || rows <= band) {
         if (rows != 0) renderBand(picture, 0, rows, lines_[0]);

@@ -251,7 +251,7 @@ struct Rows {
 };
 
 template <bool kFollowEdges, bool kRedRow, typename LookUp>
-void developRow(const Rows& rows, bool greenFirst, const LookUp& lookUp) {
+void developRow(const Rows rows, bool greenFirst, const LookUp lookUp) {
     const Packer pack;
     // Bytes of the pixels that are red or blue.
     const hn::ScalableTag<std::uint16_t> pairs;

@@ -176,7 +176,7 @@ std::int64_t Acquisition::lastPictureBlocking(Lock& lock, std::int64_t picture, 
         return run_ != run || delivered_ >= picture || !running_ || stopping_ || failed_;
     };
     for (bool told = false; !over();) {
-        if (Clock::now() < deadline && renderSmall(lock)) continue;
+        if (Clock::now() < deadline && renderHere(lock)) continue;
         if (!std::exchange(told, true)) work_.notify_one();
         if (wake_.wait_until(lock, deadline) == std::cv_status::timeout) break;
     }
@@ -349,16 +349,16 @@ void Acquisition::renderNext(Lock& lock) {
     wake_.notify_all();
 }
 
-/// Renders the next picture in the thread that waits for it; false when there is none, when it is large or
-/// when another thread is at it.
-bool Acquisition::renderSmall(Lock& lock) {
-    constexpr std::uint64_t kSmall = 32768;  // pixels; takes about as long as waking the board's thread
+/// Renders the next picture in the thread that waits for it; false when there is none, when it is so large
+/// that a waiting time could not be kept or when another thread is at it.
+bool Acquisition::renderHere(Lock& lock) {
+    constexpr std::uint64_t kMost = 1 << 24;  // pixels; some hundredths of a second
     if (rendering_) return false;
     queueDue(clock_.now());
     if (due_.empty() && skipToNext()) queueDue(clock_.now());
     if (due_.empty()) return false;
     const DuePicture& picture = due_.front();
-    if (std::uint64_t{picture.position.rows} * picture.taken->settings.xLength > kSmall) {
+    if (std::uint64_t{picture.position.rows} * picture.taken->settings.xLength > kMost) {
         work_.notify_one();
         return false;
     }

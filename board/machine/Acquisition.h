@@ -28,8 +28,9 @@ namespace virtualboard {
 
 /// One acquisition at a time, with one thread that takes its pictures. When a picture is due it is queued, or
 /// lost when the ring has no room (see FrameMemory.h); the thread renders what is queued, straight into the
-/// ring, with helpers for a large picture. A small one is rendered by the host's thread that waits for it:
-/// that takes less time than waking another.
+/// ring, with helpers for a large picture. Where a thread of the host waits for a picture that is due it
+/// renders it itself, as long as that takes no time to speak of: waking another one takes longer than a small
+/// picture.
 ///
 /// The board's lock guards all of it; the caller holds it. Functions that take the lock give it up while
 /// they wait.
@@ -107,7 +108,7 @@ class Acquisition {
     void queueDue(BoardTime now);
     void work();
     void renderNext(Lock& lock);
-    bool renderSmall(Lock& lock);
+    bool renderHere(Lock& lock);
     bool skipToNext();
     void waitForWork(Lock& lock);
 
