@@ -224,8 +224,8 @@ class Packer {
 
 // ---- interpolation ----
 
-// (a + b + c + d + 2) / 4 from the two rounded means, and 1 in the bytes where one of them was rounded up.
-// The mean of the means is one too large where both roundings went up.
+// (a + b + c + d + 2) / 4 from the two rounded means; `differences` is odd where one of them was rounded up.
+// Where the mean of the means is rounded up as well it is one too large.
 HWY_INLINE ByteVector mean4(ByteVector ab, ByteVector cd, ByteVector differences) {
     const auto tooLarge = hn::And(hn::And(differences, hn::Xor(ab, cd)), hn::Set(kBytes, 1));
     return hn::Sub(hn::AverageRound(ab, cd), tooLarge);

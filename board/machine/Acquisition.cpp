@@ -177,6 +177,7 @@ std::int64_t Acquisition::lastPictureBlocking(Lock& lock, std::int64_t picture, 
     };
     for (bool told = false; !over();) {
         if (Clock::now() < deadline && renderHere(lock)) continue;
+        if (failed_) break;
         if (!std::exchange(told, true)) work_.notify_one();
         if (wake_.wait_until(lock, deadline) == std::cv_status::timeout) break;
     }
@@ -299,16 +300,21 @@ void Acquisition::changed(const Slot& slot, BoardTime now) {
 
 void Acquisition::work() {
     Lock lock(mutex_);
-    while (!stopping_ && !failed_) {
-        queueDue(clock_.now());
-        thwarted_ = rendering_;
-        if (rendering_) {
-            work_.wait(lock);
-        } else if (!due_.empty()) {
-            renderNext(lock);
-        } else if (!skipToNext()) {
-            waitForWork(lock);
+    try {
+        while (!stopping_ && !failed_) {
+            queueDue(clock_.now());
+            thwarted_ = rendering_;
+            if (rendering_) {
+                work_.wait(lock);
+            } else if (!due_.empty()) {
+                renderNext(lock);
+            } else if (!skipToNext()) {
+                waitForWork(lock);
+            }
         }
+    } catch (const std::exception&) {  // no memory
+        failed_ = true;
+        wake_.notify_all();
     }
 }
 
@@ -337,7 +343,7 @@ void Acquisition::renderNext(Lock& lock) {
     }
     lock.lock();
     rendering_ = false;
-    failed_ = !rows.has_value();
+    if (!rows.has_value()) failed_ = true;
     due_.pop_front();
     polled_ = false;
     if (rows.value_or(0) != 0) {
@@ -354,9 +360,14 @@ void Acquisition::renderNext(Lock& lock) {
 bool Acquisition::renderHere(Lock& lock) {
     constexpr std::uint64_t kMost = 1 << 24;  // pixels; some hundredths of a second
     if (rendering_) return false;
-    queueDue(clock_.now());
-    if (due_.empty() && skipToNext()) queueDue(clock_.now());
-    if (due_.empty()) return false;
+    try {
+        queueDue(clock_.now());
+        if (due_.empty() && skipToNext()) queueDue(clock_.now());
+    } catch (const std::exception&) {  // no memory
+        failed_ = true;
+        wake_.notify_all();
+    }
+    if (due_.empty() || failed_) return false;
     const DuePicture& picture = due_.front();
     if (std::uint64_t{picture.position.rows} * picture.taken->settings.xLength > kMost) {
         work_.notify_one();
