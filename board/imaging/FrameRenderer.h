@@ -5,13 +5,13 @@
 #include <span>
 #include <vector>
 
+#include "board/imaging/Crew.h"
 #include "board/imaging/FrameSequencer.h"
 #include "board/imaging/LineClock.h"
 #include "board/imaging/LineScanCamera.h"
 #include "board/imaging/Settings.h"
 #include "board/imaging/Stages.h"
 #include "board/imaging/TapSorter.h"
-#include "board/imaging/Crew.h"
 
 namespace virtualboard::imaging {
 
