@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "base/ErrorCodes.h"
-#include "tables/Catalogue.h"
+#include "tables/SdkParameterTable.h"
 
 namespace marovine::host {
 
@@ -26,8 +26,7 @@ std::string joined(const std::vector<std::string>& parts, std::string_view last)
 
 /// Both ends of the range that a parameter has when nothing narrows it; nothing for parameters without range.
 std::optional<std::pair<Value, Value>> widestRange(const Parameter& parameter) {
-    for (const auto& row : catalogue) {
-        if (row.name != parameter.name) continue;
+    if (const auto* row = findSdkParameter(parameter.name)) {
         return std::visit(
             []<class T>(const T& value) -> std::optional<std::pair<Value, Value>> {
                 if constexpr (requires { Value(value.minimum); } && !std::is_same_v<T, FieldLimits>) {
@@ -36,7 +35,7 @@ std::optional<std::pair<Value, Value>> widestRange(const Parameter& parameter) {
                     return std::nullopt;
                 }
             },
-            row.value);
+            row->range);
     }
     if (!parameter.range) return std::nullopt;
     return std::pair(parameter.range->minimum, parameter.range->maximum);

@@ -9,7 +9,6 @@
 #include "entry/DesignImage.h"
 #include "marovine/marovine.h"
 #include "parameters/FgGxWrapperImpl.h"
-#include "parameters/ParameterHandlers.h"
 
 namespace error = marovine::error;
 

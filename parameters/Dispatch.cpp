@@ -171,37 +171,35 @@ void FgGxWrapperImpl::getParameterWithType(int id, void* value, int dmaIndex, Fg
     requireDestination(value);
     if (handlers == nullptr) return giveDescription(value, type);
 
+    const auto fromCache = [&] {
+        std::visit(Overloaded{
+                       [](std::monostate) {},
+                       [&](marovine::CacheField<std::string> text) {
+                           giveText(value, type,
+                                    [&](char* destination) { copyText(text(cache_), destination); });
+                       },
+                       [&](marovine::CacheField<marovine::LookupTable> table) {
+                           readLookupTable(table(cache_), value, type);
+                       },
+                       [&]<class T>(marovine::CacheField<T> field) { store(value, field(cache_)); },
+                   },
+                   handlers->slot);
+    };
     const auto fromInnerHandle = [&](int innerDmaIndex, FgParamTypes innerType) {
         if (const int code = getUnwrappedParameterWithType(id, value, innerDmaIndex, innerType)) throw code;
     };
-    std::visit(
-        Overloaded{
-            [&](marovine::FromCache) {
-                std::visit(Overloaded{
-                               [](std::monostate) {},
-                               [](marovine::CacheField<std::string>) {},
-                               [](marovine::CacheField<marovine::LookupTable>) {},
-                               [&]<class T>(marovine::CacheField<T> field) { store(value, field(cache_)); },
-                           },
-                           handlers->slot);
-            },
-            [&](marovine::FromApplied applied) { store(value, applied.field(cache_)); },
-            [&](marovine::Constant constant) { store(value, constant.value); },
-            [&](marovine::Forwarded) { fromInnerHandle(dmaIndex, type); },
-            [&](marovine::InnerHandle) { fromInnerHandle(0, FG_TYPE_UINT32); },
-            [&](marovine::FixedText fixed) {
-                giveText(value, type, [&](char* destination) { std::strcpy(destination, fixed.text); });
-            },
-            [&](marovine::FieldCache) {
-                readLookupTable(std::get<marovine::CacheField<marovine::LookupTable>>(handlers->slot)(cache_),
-                                value, type);
-            },
-            [&](marovine::Getter<char> get) {
-                giveText(value, type, [&](char* destination) { (this->*get)(destination); });
-            },
-            [&]<class T>(marovine::Getter<T> get) { (this->*get)(static_cast<T*>(value)); },
-        },
-        handlers->get);
+    std::visit(Overloaded{
+                   [&](marovine::FromCache) { fromCache(); },
+                   [&](marovine::FromApplied applied) { store(value, applied.field(cache_)); },
+                   [&](marovine::Constant constant) { store(value, constant.value); },
+                   [&](marovine::Forwarded) { fromInnerHandle(dmaIndex, type); },
+                   [&](marovine::InnerHandle) { fromInnerHandle(0, FG_TYPE_UINT32); },
+                   [&](marovine::Getter<char> get) {
+                       giveText(value, type, [&](char* destination) { (this->*get)(destination); });
+                   },
+                   [&]<class T>(marovine::Getter<T> get) { (this->*get)(static_cast<T*>(value)); },
+               },
+               handlers->get);
 }
 
 // ---- texts ----

@@ -38,7 +38,7 @@ using CacheSlot =
 
 // ---- how it is read ----
 
-struct FromCache {};  ///< the parameter's cache field
+struct FromCache {};  ///< the parameter's cache field; of a table a run of elements, or one
 struct FromApplied {  ///< the value that the design was last given successfully
     CacheField<std::int32_t> field;
 };
@@ -47,14 +47,10 @@ struct Constant {
 };
 struct Forwarded {};    ///< the inner handle answers, with the caller's own arguments
 struct InnerHandle {};  ///< the inner handle answers on DMA channel 0 as unsigned 32-bit
-struct FixedText {
-    const char* text;
-};
-struct FieldCache {};  ///< a run of elements, or one, of a cached table
 template <class T>
 using Getter = void (FgGxWrapperImpl::*)(T*);
-using GetHandler = std::variant<FromCache, FromApplied, Constant, Forwarded, InnerHandle, FixedText,
-                                FieldCache, Getter<std::int32_t>, Getter<std::uint32_t>, Getter<std::int64_t>,
+using GetHandler = std::variant<FromCache, FromApplied, Constant, Forwarded, InnerHandle,
+                                Getter<std::int32_t>, Getter<std::uint32_t>, Getter<std::int64_t>,
                                 Getter<std::uint64_t>, Getter<double>, Getter<char>>;
 
 /// One row per SDK parameter, in list order.
@@ -66,8 +62,5 @@ struct ParameterHandlers {
 };
 
 extern const std::span<const ParameterHandlers, sdkParameterCount> parameterHandlers;
-
-/// The design file's name, as the runtime and `FG_HAP_FILE` know it.
-inline constexpr const char* kHapFile = "Marovine.hap";
 
 }  // namespace marovine

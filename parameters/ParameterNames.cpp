@@ -4,36 +4,22 @@
 #include <array>
 #include <utility>
 
-#include "tables/Catalogue.h"
 #include "tables/SdkParameterTable.h"
 
 namespace marovine {
 
 namespace {
 
-/// The rows of a table, ordered by name, for a search at run time.
-template <const auto& table>
+/// The parameters, ordered by name, for a search at run time.
 const auto& byName() {
-    using Row = typename std::remove_cvref_t<decltype(table)>::value_type;
     static const auto rows = [] {
-        std::array<std::pair<std::string_view, const Row*>,
-                   std::tuple_size_v<std::remove_cvref_t<decltype(table)>>>
-            result;
-        std::transform(table.begin(), table.end(), result.begin(),
-                       [](const Row& row) { return std::pair(std::string_view(row.name), &row); });
+        std::array<std::pair<std::string_view, const SdkParameter*>, sdkParameterCount> result;
+        std::transform(sdkParameters.begin(), sdkParameters.end(), result.begin(),
+                       [](const auto& row) { return std::pair(std::string_view(row.name), &row); });
         std::sort(result.begin(), result.end());
         return result;
     }();
     return rows;
-}
-
-template <const auto& table>
-auto findByName(std::string_view name) {
-    const auto& rows = byName<table>();
-    const auto found =
-        std::lower_bound(rows.begin(), rows.end(), name,
-                         [](const auto& row, std::string_view key) { return row.first < key; });
-    return found != rows.end() && found->first == name ? found->second : nullptr;
 }
 
 }  // namespace
@@ -65,11 +51,15 @@ std::optional<int> ParameterNames::idOf(std::string_view name) const {
 }
 
 const SdkParameter* searchSdkParameter(std::string_view name) {
-    return findByName<sdk_rows::sdkParameterRows>(name);
+    const auto& rows = byName();
+    const auto found =
+        std::lower_bound(rows.begin(), rows.end(), name,
+                         [](const auto& row, std::string_view key) { return row.first < key; });
+    return found != rows.end() && found->first == name ? found->second : nullptr;
 }
 
 const char* descriptionOf(std::string_view name) {
-    const auto* row = findByName<catalogue_rows::catalogueRows>(name);
+    const auto* row = searchSdkParameter(name);
     return row != nullptr ? row->description : nullptr;
 }
 

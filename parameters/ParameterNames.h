@@ -36,7 +36,7 @@ class ParameterNames {
  private:
     std::map<std::string, int, std::less<>> registers_;
     std::map<std::string, int, std::less<>> designParameters_;
-    std::vector<const char*> listed_;  ///< positions from 177 on; the texts are the maps' keys
+    std::vector<const char*> listed_;  ///< positions after the SDK parameters; the texts are the maps' keys
 };
 
 /// The row of an SDK parameter by name, found by an ordered search; null for an unknown name.

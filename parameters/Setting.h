@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "base/ErrorCodes.h"
-#include "tables/Catalogue.h"
+#include "tables/SdkParameterTable.h"
 
 namespace marovine {
 

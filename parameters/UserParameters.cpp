@@ -11,8 +11,8 @@
 #include "parameters/FgGxWrapperImpl.h"
 #include "tables/Catalogue.h"
 
-using marovine::CatalogueRow;
 using marovine::kDesignIdBase;
+using marovine::SdkParameter;
 
 namespace {
 
@@ -52,23 +52,23 @@ constexpr auto addInfo<std::int64_t> = &Fg_ParameterInfo::addInfoInt64;
 template <>
 constexpr auto addInfo<double> = &Fg_ParameterInfo::addInfoDouble;
 
-/// Adds the node of a catalogue row; the alternative of its value decides the kind.
+/// Adds the node of a parameter; the alternative of its range decides the kind.
 struct AddNode {
     Fg_ParameterInfo& registry;
     RegisterInfo* group;
-    const CatalogueRow& row;
-    int id;
+    const SdkParameter& row;
 
+    RegisterInfo* operator()(std::monostate) const { return nullptr; }
     template <class T>
     RegisterInfo* operator()(const marovine::Limits<T>& limits) const {
         return (registry.*addInfo<T>)(group, row.displayName, row.name, limits.minimum, limits.maximum,
                                       limits.increment, row.flags.access, row.flags.second, row.flags.publish,
-                                      row.unit, id, 0);
+                                      row.unit, row.id, 0);
     }
     RegisterInfo* operator()(marovine::EntryList entries) const {
         RegisterInfo* node =
             registry.addInfoEnum(group, row.displayName, row.name, static_cast<int>(entries.size()),
-                                 row.flags.access, row.flags.second, row.flags.publish, row.unit, id, 0);
+                                 row.flags.access, row.flags.second, row.flags.publish, row.unit, row.id, 0);
         int index = 0;
         for (const auto& entry : entries)
             registry.addEnumNameValue(node, index++, entry.displayName, entry.value, entry.constantName);
@@ -76,25 +76,14 @@ struct AddNode {
     }
     RegisterInfo* operator()(const marovine::TextAttribute& text) const {
         return registry.addInfoString(group, row.displayName, row.name, text.attribute, row.flags.access,
-                                      row.flags.second, row.flags.publish, row.unit, id, 0);
+                                      row.flags.second, row.flags.publish, row.unit, row.id, 0);
     }
     RegisterInfo* operator()(const marovine::FieldLimits& limits) const {
         return registry.addInfoUIntField(group, row.displayName, row.name, limits.elements, limits.minimum,
                                          limits.maximum, limits.increment, row.flags.access, row.flags.second,
-                                         row.flags.publish, row.unit, id, 0);
+                                         row.flags.publish, row.unit, row.id, 0);
     }
 };
-
-/// Parameter ids in catalogue order, looked up once per process.
-const auto& catalogueIds() {
-    static const auto ids = [] {
-        std::array<int, marovine::catalogue.size()> result{};
-        for (std::size_t i = 0; i < result.size(); ++i)
-            result[i] = marovine::searchSdkParameter(marovine::catalogue[i].name)->id;
-        return result;
-    }();
-    return ids;
-}
 
 }  // namespace
 
@@ -104,10 +93,9 @@ void FgGxWrapperImpl::enterInRegistryMap(RegisterInfo* node) {
 
 void FgGxWrapperImpl::createUserParameters() {
     Groups groups(parameterInfo());
-    for (std::size_t i = 0; i < marovine::catalogue.size(); ++i) {
-        const CatalogueRow& row = marovine::catalogue[i];
-        enterInRegistryMap(
-            std::visit(AddNode{parameterInfo(), groups.at(row.group), row, catalogueIds()[i]}, row.value));
+    for (const auto index : marovine::catalogue) {
+        const SdkParameter& row = rowOf(index);
+        enterInRegistryMap(std::visit(AddNode{parameterInfo(), groups.at(row.group), row}, row.range));
     }
     if (directRegisterAccess) addRegisterGroup();
     if (!names_.designParameters().empty()) addDesignGroup();

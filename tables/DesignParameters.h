@@ -166,7 +166,6 @@ inline constexpr auto designParameterNames = std::to_array<const char*>({
 });
 // clang-format on
 inline constexpr std::size_t designParameterCount = designParameterNames.size();
-static_assert(designParameterCount == 149);
 
 /// Slot of a design parameter in the id table.
 enum class DesignParameter : std::uint16_t {};

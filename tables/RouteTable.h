@@ -8,8 +8,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include "tables/Catalogue.h"
 #include "tables/DesignParameters.h"
+#include "tables/SdkParameterTable.h"
 
 namespace marovine {
 
@@ -34,7 +34,6 @@ enum class Route : std::uint8_t {
     CustomEvent0,
     CustomEvent1,
 };
-inline constexpr std::size_t kRouteCount = 18;
 
 /// The parameters of a route on both sides, and what it may be given.
 struct RouteRow {
@@ -61,7 +60,7 @@ consteval RouteRow routeRow(const char* source, const char* polarity, std::strin
 
 // clang-format off
 /// One row per route, in the order of `Route`.
-inline constexpr std::array<RouteRow, kRouteCount> routeTable{
+inline constexpr auto routeTable = std::to_array<RouteRow>({
     routeRow("FG_CC1_SOURCE", "FG_CC1_POLARITY", "Trigger_OutputMapping_CamTrigger0_CC1"),
     routeRow("FG_CC2_SOURCE", "FG_CC2_POLARITY", "Trigger_OutputMapping_CamTrigger0_CC2"),
     routeRow("FG_CC3_SOURCE", "FG_CC3_POLARITY", "Trigger_OutputMapping_CamTrigger0_CC3"),
@@ -80,12 +79,21 @@ inline constexpr std::array<RouteRow, kRouteCount> routeTable{
     routeRow("FG_SIGNAL_ANALYZER_1_SOURCE", "FG_SIGNAL_ANALYZER_1_POLARITY", "Trigger_Analyzer_Analyzer1_Select"),
     routeRow("FG_CUSTOM_SIGNAL_EVENT_0_SOURCE", "FG_CUSTOM_SIGNAL_EVENT_0_POLARITY", "Trigger_Events_SelectCustomSignalEvent0"),
     routeRow("FG_CUSTOM_SIGNAL_EVENT_1_SOURCE", "FG_CUSTOM_SIGNAL_EVENT_1_POLARITY", "Trigger_Events_SelectCustomSignalEvent1"),
-};
+});
 // clang-format on
+inline constexpr std::size_t kRouteCount = routeTable.size();
 
 /// The row of a route.
 constexpr const RouteRow& rowOf(Route route) {
     return routeTable[static_cast<std::size_t>(route)];
+}
+
+/// The route whose source or polarity a parameter is; another parameter does not compile.
+consteval Route routeOf(std::string_view parameter) {
+    for (std::size_t i = 0; i < kRouteCount; ++i)
+        if (parameter == routeTable[i].source || parameter == routeTable[i].polarity)
+            return static_cast<Route>(i);
+    throw "no route has this parameter";
 }
 
 }  // namespace marovine

@@ -17,6 +17,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tables/SdkParameterTable.h"
 #include "tests/TemporaryFile.h"
 
 namespace {
@@ -238,7 +239,7 @@ TEST(Command, AnswersPrograms) {
     };
     EXPECT_EQ(Json({{"FG_WIDTH", 1024}, {"FG_LUT_TYPE", "LUT_TYPE_PROCESSING"}}),
               parsed("get FG_WIDTH FG_LUT_TYPE --json"));
-    EXPECT_EQ(177U, parsed("list --json").size());
+    EXPECT_EQ(marovine::sdkParameterCount, parsed("list --json").size());
     EXPECT_EQ(33U, parsed("events --json").size());
     EXPECT_EQ(96U, parsed("defaults --json").size());
     EXPECT_EQ(18U, parsed("wiring --json").size());

@@ -62,7 +62,7 @@ TEST_F(AppletTest, TextsAreGivenBackWhileOthersAreHandedOut) {
 TEST_F(AppletTest, EnumerationAndEventsNeedNoLock) {
     std::atomic<int> wrong = 0;
     onThreads(4, [&](int) {
-        for (int index = 0; index < 177; ++index)
+        for (int index = 0; index < Fg_getNrOfParameter(applet.record()); ++index)
             if (Fg_getParameterName(applet.record(), index) == nullptr) ++wrong;
         if (Fg_getEventMask(applet.record(), "FG_OVERFLOW_CAM0") == 0) ++wrong;
         Fg_getLastErrorNumber(applet.record());

@@ -60,10 +60,11 @@ TEST_F(AppletTest, DescribesEachParameterOfTheDescribedKindsOnce) {
     for (const char* kind : {"Integer", "Float", "Enumeration", "StringReg"})
         for (const auto& name : document.texts("//g:" + std::string(kind) + "/@Name")) features.insert(name);
     std::size_t described = 0;
-    for (const auto& row : catalogue) {
-        const bool wide = std::holds_alternative<Limits<std::uint64_t>>(row.value) ||
-                          std::holds_alternative<Limits<std::int64_t>>(row.value) ||
-                          std::holds_alternative<FieldLimits>(row.value);
+    for (const auto index : catalogue) {
+        const auto& row = rowOf(index);
+        const bool wide = std::holds_alternative<Limits<std::uint64_t>>(row.range) ||
+                          std::holds_alternative<Limits<std::int64_t>>(row.range) ||
+                          std::holds_alternative<FieldLimits>(row.range);
         EXPECT_EQ(wide ? 0u : 1u, features.count(row.name)) << row.name;
         described += wide ? 0 : 1;
     }

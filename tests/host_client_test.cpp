@@ -14,6 +14,7 @@
 #include "command/Curve.h"
 #include "command/Trace.h"
 #include "tables/EnumerationTables.h"
+#include "tables/SdkParameterTable.h"
 #include "tests/HostFixture.h"
 #include "tests/TemporaryFile.h"
 
@@ -120,7 +121,7 @@ TEST_F(Client, DescribesAParameterAsItIsNow) {
 }
 
 TEST_F(Client, KnowsAllParametersAndEvents) {
-    EXPECT_EQ(177U, applet.names().size());
+    EXPECT_EQ(sdkParameterCount, applet.names().size());
     const auto tree = applet.tree();
     ASSERT_EQ(170U, tree.size());
     EXPECT_EQ("FG_CAMERA_LINK_CAMTYPE", tree.front().name) << "display order begins with Camera Link";

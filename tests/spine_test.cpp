@@ -15,6 +15,9 @@
 namespace marovine::test {
 namespace {
 
+/// Parameters that are listed without direct access.
+constexpr int kListed = static_cast<int>(sdkParameterCount);
+
 using testing::ElementsAre;
 
 /// Sets an environment variable for the life of the object.
@@ -148,16 +151,16 @@ TEST_F(AppletTest, OffersNoShading) {
 // ---- enumeration ----
 
 TEST_F(AppletTest, ListsItsParametersInOrder) {
-    ASSERT_EQ(177, Fg_getNrOfParameter(applet.record()));
-    for (int index = 0; index < 177; ++index) {
+    ASSERT_EQ(kListed, Fg_getNrOfParameter(applet.record()));
+    for (int index = 0; index < kListed; ++index) {
         const char* name = Fg_getParameterName(applet.record(), index);
         ASSERT_NE(nullptr, name);
         EXPECT_EQ(Fg_getParameterIdByName(applet.record(), name), Fg_getParameterId(applet.record(), index));
     }
     EXPECT_STREQ("FG_TIMEOUT", Fg_getParameterName(applet.record(), 0));
     EXPECT_EQ(600, Fg_getParameterId(applet.record(), 0));
-    EXPECT_STREQ("FG_CUSTOM_SIGNAL_EVENT_1_POLARITY", Fg_getParameterName(applet.record(), 176));
-    EXPECT_EQ(200443, Fg_getParameterId(applet.record(), 176));
+    EXPECT_STREQ("FG_CUSTOM_SIGNAL_EVENT_1_POLARITY", Fg_getParameterName(applet.record(), kListed - 1));
+    EXPECT_EQ(200443, Fg_getParameterId(applet.record(), kListed - 1));
     EXPECT_EQ(96, Fg_getParameterIdByName(applet.record(), "FG_LINEPERIODE"));
     EXPECT_EQ(0, applet.lastError());
 }
@@ -169,7 +172,7 @@ TEST_F(AppletTest, FindsNothingUnderUnknownNamesAndIndices) {
         EXPECT_EQ(error::invalidArgument, applet.lastError());
     }
     EXPECT_EQ(error::invalidArgument, Fg_getParameterIdByName(applet.record(), nullptr));
-    for (const int index : {-1, 177, 1 << 30}) {
+    for (const int index : {-1, kListed, 1 << 30}) {
         EXPECT_EQ(nullptr, Fg_getParameterName(applet.record(), index));
         EXPECT_EQ(error::invalidArgument, applet.lastError());
         EXPECT_EQ(error::invalidArgument, Fg_getParameterId(applet.record(), index));
@@ -203,8 +206,9 @@ TEST_F(AppletTest, ShowsTheCatalogueInHostOrder) {
                                     "Image Selector", "Overflow", "Signal Analyzer", "Image Trigger / Flash",
                                     "Line Trigger / ExSync", "CC Signal Mapping", "Digital I/O", "ROI",
                                     "Tap Geometry", "Camera Link"));
-    ASSERT_EQ(170u, leaves.size());
-    for (const auto& row : catalogue) {
+    ASSERT_EQ(catalogue.size(), leaves.size());
+    for (const auto index : catalogue) {
+        const auto& row = rowOf(index);
         const auto found = leaves.find(std::string(row.group) + " > " + row.name);
         ASSERT_NE(leaves.end(), found) << row.name;
         EXPECT_STREQ(row.displayName, found->second->displayName);
@@ -344,21 +348,21 @@ TEST(DirectAccess, ListsRegistersOnlyWhenSwitchedOn) {
     for (const char* off : {"2", "enabled", " yes", ""}) {
         const Environment variable("TAVR_ENABLE_DRA", off);
         OpenApplet applet(1);
-        EXPECT_EQ(177, Fg_getNrOfParameter(applet.record())) << off;
+        EXPECT_EQ(kListed, Fg_getNrOfParameter(applet.record())) << off;
     }
     const Environment variable("TAVR_ENABLE_DRA", "YES");
     OpenApplet applet(1);
     const int count = Fg_getNrOfParameter(applet.record());
-    ASSERT_GE(count, 177 + 24);
+    ASSERT_GE(count, kListed + 24);
     const auto* group = Fg_getParameterInfo(applet.record(), 0);
     EXPECT_STREQ("Direct Register Access", group->displayName);
-    EXPECT_EQ(count - 177, group->value.group.childCount);
+    EXPECT_EQ(count - kListed, group->value.group.childCount);
     bool wide = false;
     bool readOnly = false;
-    for (int index = 177; index < count; ++index) {
+    for (int index = kListed; index < count; ++index) {
         const int id = Fg_getParameterId(applet.record(), index);
         ASSERT_GT(id, 1000000);
-        const auto& node = *group->value.group.children[index - 177];
+        const auto& node = *group->value.group.children[index - kListed];
         EXPECT_EQ(id, node.address);
         EXPECT_STREQ(Fg_getParameterName(applet.record(), index), node.name);
         std::uint64_t content = 0x5555555555555555;
@@ -386,11 +390,11 @@ TEST(DirectAccess, ReachesDesignParametersById) {
     const Environment variable("TAVR_ENABLE_DGXA", "True");
     OpenApplet applet(1);
     const int count = Fg_getNrOfParameter(applet.record());
-    ASSERT_GT(count, 177 + 100);
+    ASSERT_GT(count, kListed + 100);
     EXPECT_STREQ("Direct GX Access", Fg_getParameterInfo(applet.record(), 0)->displayName);
-    EXPECT_EQ(177, Fg_getNrOfParameter(plain.record()));
+    EXPECT_EQ(kListed, Fg_getNrOfParameter(plain.record()));
     std::string last;
-    for (int index = 177; index < count; ++index) {
+    for (int index = kListed; index < count; ++index) {
         const std::string name = Fg_getParameterName(applet.record(), index);
         EXPECT_TRUE(name.starts_with("DGXA_"));
         EXPECT_LT(last, name);
@@ -416,7 +420,7 @@ TEST(DirectAccess, ReachesDesignParametersById) {
             }
         };
     collect(*Fg_getParameterInfo(applet.record(), 0), "");
-    EXPECT_EQ(static_cast<std::size_t>(count) - 177, nodes.size());
+    EXPECT_EQ(static_cast<std::size_t>(count - kListed), nodes.size());
 
     const auto* node = nodes["DGXA_Device1_Process0_ImageSelector_FG_IMG_SELECT_PERIOD_Divisor"];
     ASSERT_NE(nullptr, node);

@@ -73,7 +73,6 @@ TEST(StartUp, WritesTheDefaultsInOrder) {
     for (const auto& step : steps) listed.push_back(step.parameter);
     for (const auto& row : sdkParameters)
         if (!std::holds_alternative<std::monostate>(row.defaultValue)) withDefault.push_back(row.name);
-    EXPECT_EQ(96u, withDefault.size());
     EXPECT_EQ(withDefault, listed) << "the table has a section for each default";
 
     std::vector<DesignWrite> expected;

@@ -194,7 +194,7 @@ int Info(int selector, unsigned int a, unsigned int b, void* p, void** q);
 
 /* ---- parameters ---- */
 
-/** How many parameters can be listed: 177, and more when direct access is switched on. Keeps no code. */
+/** How many parameters can be listed; more when direct access is switched on. Keeps no code. */
 int Fg_getNrOfParameter(Fg_Struct* record);
 /** The name under a list index from 0 on, owned by the instance; null, with the code -2070, past the list. */
 const char* Fg_getParameterName(Fg_Struct* record, int index);

@@ -28,7 +28,7 @@ constexpr std::uint32_t fullModeOf(std::int32_t format) {
 
 void FgGxWrapperImpl::set_sdk_param_FG_TIMEOUT_P0(unsigned int value, bool throwOnError) {
     const auto verdict = inside(value, limits<std::uint32_t>("FG_TIMEOUT"));
-    applySetting(cache_.camera.timeout, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_TIMEOUT, value, verdict, throwOnError, [&] {
         // The host runtime waits, not the design: its own parameter of the same id.
         const int code =
             setUnwrappedParameterWithType(marovine::sdkId("FG_TIMEOUT"), &value, 0, FG_TYPE_UINT32);
@@ -37,21 +37,9 @@ void FgGxWrapperImpl::set_sdk_param_FG_TIMEOUT_P0(unsigned int value, bool throw
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_CAMERA_LINK_CAMTYPE_P0(int value, bool throwOnError) {
-    applySetting(cache_.camera.format, value, oneOf(value, entriesOf("FG_CAMERA_LINK_CAMTYPE")), throwOnError,
-                 [&] {
+    applySetting(cache_.FG_CAMERA_LINK_CAMTYPE, value, oneOf(value, entriesOf("FG_CAMERA_LINK_CAMTYPE")),
+                 throwOnError, [&] {
                      design().write(designParameter("Camera_FullMode"), fullModeOf(value));
                      update_dynamic_range_FG_SENSORWIDTH_P0();
                  });
-}
-
-void FgGxWrapperImpl::set_sdk_param_FG_USEDVAL_P0(int value, bool throwOnError) {
-    applySetting(cache_.camera.useDval, value, oneOf(value, entriesOf("FG_USEDVAL")), throwOnError, [&] {
-        design().write(designParameter("Camera_DvalMode"), static_cast<std::uint32_t>(value));
-    });
-}
-
-void FgGxWrapperImpl::set_sdk_param_FG_CAMERA_LINK_CORE_RESET_P0(unsigned int value, bool throwOnError) {
-    const auto verdict = inside(value, limits<std::uint32_t>("FG_CAMERA_LINK_CORE_RESET"));
-    applySetting(cache_.camera.coreReset, value, verdict, throwOnError,
-                 [&] { design().write(designParameter("Camera_CameraLinkCoreReset"), value); });
 }

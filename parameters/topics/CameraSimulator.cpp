@@ -55,17 +55,9 @@ static_assert(constant("FG_PIXEL_FREQUENCY") == 0 && constant("FG_LINERATE") == 
 
 // ---- source and pattern ----
 
-void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_ENABLE_P0(int value, bool throwOnError) {
-    const auto verdict = oneOf(value, entriesOf("FG_CAMERASIMULATOR_ENABLE"));
-    applySetting(cache_.simulator.source, value, verdict, throwOnError, [&] {
-        design().write(designParameter("CameraSimulator_Enable_SelectSource"),
-                       static_cast<std::uint32_t>(value));
-    });
-}
-
 void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_PATTERN_P0(int value, bool throwOnError) {
     const auto verdict = oneOf(value, entriesOf("FG_CAMERASIMULATOR_PATTERN"));
-    applySetting(cache_.simulator.pattern, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_CAMERASIMULATOR_PATTERN, value, verdict, throwOnError, [&] {
         // The grey value rises with the column, with the line, or with both.
         const bool alongColumns = value != constant("FG_VERTICAL");
         const bool alongLines = value != constant("FG_HORIZONTAL");
@@ -74,16 +66,9 @@ void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_PATTERN_P0(int value, boo
     });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_PATTERN_OFFSET_P0(unsigned int value,
-                                                                         bool throwOnError) {
-    const auto verdict = inside(value, limits<std::uint32_t>("FG_CAMERASIMULATOR_PATTERN_OFFSET"));
-    applySetting(cache_.simulator.patternOffset, value, verdict, throwOnError,
-                 [&] { design().write(designParameter("CameraSimulator_Offset_Value"), value); });
-}
-
 void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_ROLL_P0(int value, bool throwOnError) {
     const auto verdict = oneOf(value, entriesOf("FG_CAMERASIMULATOR_ROLL"));
-    applySetting(cache_.simulator.roll, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_CAMERASIMULATOR_ROLL, value, verdict, throwOnError, [&] {
         design().write(designParameter("CameraSimulator_Frame_Divisor"),
                        value == constant("FG_ON") ? 256U : 1U);
     });
@@ -91,7 +76,7 @@ void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_ROLL_P0(int value, bool t
 
 void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_TRIGGER_MODE_P0(int value, bool throwOnError) {
     const auto verdict = oneOf(value, entriesOf("FG_CAMERASIMULATOR_TRIGGER_MODE"));
-    applySetting(cache_.simulator.triggerMode, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_CAMERASIMULATOR_TRIGGER_MODE, value, verdict, throwOnError, [&] {
         const bool freeRun = value == constant("SIMULATION_FREE_RUN");
         const bool perLine = value == constant("RISING_EDGE_TRIGGERS_LINE");
         design().write(designParameter("CameraSimulator_TriggerValve_FreeRun_Select"), freeRun ? 1U : 0U);
@@ -123,7 +108,7 @@ void FgGxWrapperImpl::setHeight_P0(std::uint32_t height, std::uint32_t gap) {
 
 void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_WIDTH_P0(unsigned int value, bool throwOnError) {
     const auto verdict = upTo(1, value, [&] { return simulatorWidthLimit(); });
-    applySetting(cache_.simulator.requestedWidth, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_CAMERASIMULATOR_WIDTH, value, verdict, throwOnError, [&] {
         setWidth_P0(value, inPixelFrequencyMode() ? simulator_.effectiveLineGap : 0);
         update_dynamic_range_FG_CAMERASIMULATOR_LINE_GAP_P0();
         update_dynamic_range_FG_CAMERASIMULATOR_HEIGHT_P0();
@@ -134,7 +119,7 @@ void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_WIDTH_P0(unsigned int val
 
 void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_LINE_GAP_P0(unsigned int value, bool throwOnError) {
     const auto verdict = upTo(0, value, [&] { return simulatorLineGapLimit(); });
-    applySetting(cache_.simulator.requestedLineGap, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_CAMERASIMULATOR_LINE_GAP, value, verdict, throwOnError, [&] {
         setWidth_P0(simulator_.effectiveWidth, value);
         update_dynamic_range_FG_CAMERASIMULATOR_WIDTH_P0();
     });
@@ -142,10 +127,11 @@ void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_LINE_GAP_P0(unsigned int 
 
 void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_HEIGHT_P0(unsigned int value, bool throwOnError) {
     const auto verdict = upTo(1, value, [&] { return simulatorHeightLimit(); });
-    applySetting(cache_.simulator.height, value, verdict, throwOnError, [&] {
-        const bool keepsFrameRate = cache_.simulator.speedMode == constant("FG_FRAMERATE");
+    applySetting(cache_.FG_CAMERASIMULATOR_HEIGHT, value, verdict, throwOnError, [&] {
+        const bool keepsFrameRate = cache_.FG_CAMERASIMULATOR_SELECT_MODE == constant("FG_FRAMERATE");
         setHeight_P0(value, keepsFrameRate ? 0 : simulator_.effectiveFrameGap);
-        if (keepsFrameRate) set_sdk_param_FG_CAMERASIMULATOR_FRAMERATE_P0(cache_.simulator.frameRate, true);
+        if (keepsFrameRate)
+            set_sdk_param_FG_CAMERASIMULATOR_FRAMERATE_P0(cache_.FG_CAMERASIMULATOR_FRAMERATE, true);
         update_dynamic_range_FG_CAMERASIMULATOR_WIDTH_P0();
         update_dynamic_range_FG_CAMERASIMULATOR_FRAME_GAP_P0();
         update_dynamic_range_FG_CAMERASIMULATOR_FRAMERATE_P0();
@@ -154,8 +140,8 @@ void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_HEIGHT_P0(unsigned int va
 
 void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_FRAME_GAP_P0(unsigned int value, bool throwOnError) {
     const auto verdict = upTo(0, value, [&] { return simulatorFrameGapLimit(); });
-    applySetting(cache_.simulator.requestedFrameGap, value, verdict, throwOnError, [&] {
-        setHeight_P0(cache_.simulator.height, value);
+    applySetting(cache_.FG_CAMERASIMULATOR_FRAME_GAP, value, verdict, throwOnError, [&] {
+        setHeight_P0(cache_.FG_CAMERASIMULATOR_HEIGHT, value);
         update_dynamic_range_FG_CAMERASIMULATOR_HEIGHT_P0();
     });
 }
@@ -171,14 +157,14 @@ void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_PIXEL_FREQUENCY_P0(double
     // The active part is at least one cycle and at most the whole sequence.
     const double count = marovine::activePartFor(value);
     const auto verdict = accepted(count >= 1.0 && count < marovine::kPixelSequence + 1.0);
-    applySetting(cache_.simulator.pixelFrequency, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_CAMERASIMULATOR_PIXEL_FREQUENCY, value, verdict, throwOnError, [&] {
         const auto active = static_cast<std::uint32_t>(count);
         design().write(designParameter("CameraSimulator_PixelFrequency_ActivePixel_Number"), active);
         design().write(designParameter("CameraSimulator_PixelFrequency_RepeatPat_Divisor"),
                        marovine::kPixelSequence / active);
         design().write(designParameter("CameraSimulator_PixelFrequency_SequenceLength_ImageWidth"),
                        marovine::kPixelSequence);
-        simulator_.computedFrameRate = simulatorFrameRate(cache_.simulator.speedMode);
+        simulator_.computedFrameRate = simulatorFrameRate(cache_.FG_CAMERASIMULATOR_SELECT_MODE);
     });
 }
 
@@ -186,23 +172,23 @@ void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_LINERATE_P0(double value,
     const double sequence = marovine::sequenceFor(value);
     const auto verdict = firstOf(inside(value, {kMinimumLineRate, simulatorLineRateLimit(), 0.0}),
                                  accepted(marovine::isClockCount(sequence)));
-    applySetting(cache_.simulator.lineRate, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_CAMERASIMULATOR_LINERATE, value, verdict, throwOnError, [&] {
         writeSimulatorSequence(static_cast<std::uint32_t>(sequence));
         setWidth_P0(simulator_.effectiveWidth, 0);
-        simulator_.computedFrameRate = simulatorFrameRate(cache_.simulator.speedMode);
+        simulator_.computedFrameRate = simulatorFrameRate(cache_.FG_CAMERASIMULATOR_SELECT_MODE);
         update_dynamic_range_FG_CAMERASIMULATOR_WIDTH_P0();
         update_dynamic_range_FG_CAMERASIMULATOR_LINE_GAP_P0();
     });
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_FRAMERATE_P0(double value, bool throwOnError) {
-    const double sequence = marovine::sequenceFor(value, cache_.simulator.height);
+    const double sequence = marovine::sequenceFor(value, cache_.FG_CAMERASIMULATOR_HEIGHT);
     const auto verdict = firstOf(inside(value, {kMinimumFrameRate, simulatorFrameRateLimit(), 0.0}),
                                  accepted(marovine::isClockCount(sequence)));
-    applySetting(cache_.simulator.frameRate, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_CAMERASIMULATOR_FRAMERATE, value, verdict, throwOnError, [&] {
         writeSimulatorSequence(static_cast<std::uint32_t>(sequence));
         setWidth_P0(simulator_.effectiveWidth, 0);
-        setHeight_P0(cache_.simulator.height, 0);
+        setHeight_P0(cache_.FG_CAMERASIMULATOR_HEIGHT, 0);
         simulator_.computedFrameRate = simulatorFrameRate(constant("FG_FRAMERATE"));
         update_dynamic_range_FG_CAMERASIMULATOR_WIDTH_P0();
         update_dynamic_range_FG_CAMERASIMULATOR_HEIGHT_P0();
@@ -210,30 +196,30 @@ void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_FRAMERATE_P0(double value
 }
 
 void FgGxWrapperImpl::reapplySimulatorSpeed() {
-    const auto& settings = cache_.simulator;
-    switch (settings.speedMode) {
+    switch (cache_.FG_CAMERASIMULATOR_SELECT_MODE) {
         case constant("FG_LINERATE"):
             set_sdk_param_FG_CAMERASIMULATOR_LINERATE_P0(
-                std::min(settings.lineRate, simulatorLineRateLimit()), true);
+                std::min(cache_.FG_CAMERASIMULATOR_LINERATE, simulatorLineRateLimit()), true);
             break;
         case constant("FG_FRAMERATE"):
             // The speed goes on as it was, whatever gave it.
             set_sdk_param_FG_CAMERASIMULATOR_FRAMERATE_P0(simulator_.computedFrameRate, true);
             break;
         default:
-            set_sdk_param_FG_CAMERASIMULATOR_PIXEL_FREQUENCY_P0(settings.pixelFrequency, true);
+            set_sdk_param_FG_CAMERASIMULATOR_PIXEL_FREQUENCY_P0(cache_.FG_CAMERASIMULATOR_PIXEL_FREQUENCY,
+                                                                true);
     }
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_SELECT_MODE_P0(int value, bool throwOnError) {
     const auto verdict = oneOf(value, entriesOf("FG_CAMERASIMULATOR_SELECT_MODE"));
-    applySetting(cache_.simulator.speedMode, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_CAMERASIMULATOR_SELECT_MODE, value, verdict, throwOnError, [&] {
         for (const auto& row : accessBySpeedMode)
             setAccessFlags(row.id, row.flags[static_cast<std::size_t>(value)]);
         design().write(designParameter("CameraSimulator_ControlPixelClock_Mode"),
                        inPixelFrequencyMode() ? 0U : 1U);
-        setWidth_P0(simulator_.effectiveWidth, cache_.simulator.requestedLineGap);
-        setHeight_P0(cache_.simulator.height, cache_.simulator.requestedFrameGap);
+        setWidth_P0(simulator_.effectiveWidth, cache_.FG_CAMERASIMULATOR_LINE_GAP);
+        setHeight_P0(cache_.FG_CAMERASIMULATOR_HEIGHT, cache_.FG_CAMERASIMULATOR_FRAME_GAP);
         reapplySimulatorSpeed();
         update_dynamic_range_FG_CAMERASIMULATOR_WIDTH_P0();
         update_dynamic_range_FG_CAMERASIMULATOR_LINE_GAP_P0();

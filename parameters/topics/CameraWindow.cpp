@@ -49,29 +49,29 @@ constexpr std::uint32_t leftOf(std::uint32_t limit, std::uint32_t taken) {
 // ---- rules of the window ----
 
 std::uint32_t FgGxWrapperImpl::horizontalLimit() const {
-    const auto& window = cache_.window;
-    return window.vantagePoint == constant("FG_VANTAGEPOINT_TOP_RIGHT") ? window.sensorWidth : kMaximumLine;
+    return cache_.FG_VANTAGEPOINT == constant("FG_VANTAGEPOINT_TOP_RIGHT") ? cache_.FG_SENSORWIDTH
+                                                                           : kMaximumLine;
 }
 
 std::uint32_t FgGxWrapperImpl::widthLimit() const {
-    return leftOf(horizontalLimit(), cache_.window.xOffset);
+    return leftOf(horizontalLimit(), cache_.FG_XOFFSET);
 }
 
 std::uint32_t FgGxWrapperImpl::xOffsetLimit() const {
-    return leftOf(horizontalLimit(), cache_.window.width);
+    return leftOf(horizontalLimit(), cache_.FG_WIDTH);
 }
 
 void FgGxWrapperImpl::checkHorizontal_P0() const {
-    const std::uint64_t rightEdge = std::uint64_t{cache_.window.width} + cache_.window.xOffset;
+    const std::uint64_t rightEdge = std::uint64_t{cache_.FG_WIDTH} + cache_.FG_XOFFSET;
     if (rightEdge > horizontalLimit()) throw error::outOfRange;
 }
 
 void FgGxWrapperImpl::checkVertical_P0() const {
-    if (cache_.window.height > kMaximumLines) throw error::outOfRange;
+    if (cache_.FG_HEIGHT > kMaximumLines) throw error::outOfRange;
 }
 
 void FgGxWrapperImpl::requireKnownCameraFormat() const {
-    if (std::find(knownCameraFormats.begin(), knownCameraFormats.end(), cache_.camera.format) ==
+    if (std::find(knownCameraFormats.begin(), knownCameraFormats.end(), cache_.FG_CAMERA_LINK_CAMTYPE) ==
         knownCameraFormats.end())
         throw error::internalFailure;
 }
@@ -79,21 +79,20 @@ void FgGxWrapperImpl::requireKnownCameraFormat() const {
 // ---- what every window parameter drives ----
 
 void FgGxWrapperImpl::applyCachedTapGeometry() {
-    const auto& window = cache_.window;
-    setTapGeometry_P0(static_cast<std::uint32_t>(window.tapGeometry), window.sensorWidth, 0,
-                      static_cast<std::uint32_t>(window.vantagePoint), window.xOffset, window.width,
-                      window.yOffset, window.height);
+    setTapGeometry_P0(static_cast<std::uint32_t>(cache_.FG_TAPGEOMETRY), cache_.FG_SENSORWIDTH, 0,
+                      static_cast<std::uint32_t>(cache_.FG_VANTAGEPOINT), cache_.FG_XOFFSET, cache_.FG_WIDTH,
+                      cache_.FG_YOFFSET, cache_.FG_HEIGHT);
 }
 
 void FgGxWrapperImpl::applyCachedGeometry() {
     applyCachedTapGeometry();
-    updateBayerInit_P0(effectiveBayerInit_, cache_.window.vantagePoint);
+    updateBayerInit_P0(effectiveBayerInit_, cache_.FG_VANTAGEPOINT);
 }
 
 void FgGxWrapperImpl::setTriggerHeightAndOffset_P0(std::uint32_t height, std::uint32_t yOffset,
                                                    std::int32_t mode) {
     // Single sampling delivers one line for two lines of the sensor.
-    if (cache_.colour.samplingRate == constant("FG_SINGLE")) {
+    if (cache_.FG_SAMPLING_RATE == constant("FG_SINGLE")) {
         height >>= 1;
         yOffset >>= 1;
     }
@@ -107,7 +106,7 @@ void FgGxWrapperImpl::setTriggerHeightAndOffset_P0(std::uint32_t height, std::ui
             case constant("CAMERA_FVAL_MULTIFRAME"):
                 return kMaximumLines;
             case constant("ASYNC_TRIGGER_MULTIFRAME"):
-                return cache_.imageTrigger.asyncHeight;
+                return cache_.FG_IMGTRIGGER_ASYNC_HEIGHT;
             default:
                 throw error::outOfRange;
         }
@@ -120,7 +119,7 @@ void FgGxWrapperImpl::setTriggerHeightAndOffset_P0(std::uint32_t height, std::ui
 }
 
 void FgGxWrapperImpl::applyCachedTriggerWindow() {
-    setTriggerHeightAndOffset_P0(cache_.window.height, cache_.window.yOffset, cache_.imageTrigger.mode);
+    setTriggerHeightAndOffset_P0(cache_.FG_HEIGHT, cache_.FG_YOFFSET, cache_.FG_IMGTRIGGERMODE);
 }
 
 // ---- ranges ----
@@ -144,7 +143,7 @@ void FgGxWrapperImpl::update_dynamic_range_FG_YOFFSET_P0() {
 // ---- setters ----
 
 void FgGxWrapperImpl::set_sdk_param_FG_TAPGEOMETRY_P0(int value, bool throwOnError) {
-    applySetting(cache_.window.tapGeometry, value, oneOf(value, entriesOf("FG_TAPGEOMETRY")), throwOnError,
+    applySetting(cache_.FG_TAPGEOMETRY, value, oneOf(value, entriesOf("FG_TAPGEOMETRY")), throwOnError,
                  [&] { applyCachedTapGeometry(); });
 }
 
@@ -153,7 +152,7 @@ void FgGxWrapperImpl::set_sdk_param_FG_SENSORWIDTH_P0(unsigned int value, bool t
         requireKnownCameraFormat();
         return inside(value, limits<std::uint32_t>("FG_SENSORWIDTH"));
     });
-    applySetting(cache_.window.sensorWidth, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_SENSORWIDTH, value, verdict, throwOnError, [&] {
         checkHorizontal_P0();
         applyCachedGeometry();
         update_dynamic_range_FG_WIDTH_P0();
@@ -164,7 +163,7 @@ void FgGxWrapperImpl::set_sdk_param_FG_SENSORWIDTH_P0(unsigned int value, bool t
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_VANTAGEPOINT_P0(int value, bool throwOnError) {
-    applySetting(cache_.window.vantagePoint, value, oneOf(value, entriesOf("FG_VANTAGEPOINT")), throwOnError,
+    applySetting(cache_.FG_VANTAGEPOINT, value, oneOf(value, entriesOf("FG_VANTAGEPOINT")), throwOnError,
                  [&] {
                      checkHorizontal_P0();
                      checkVertical_P0();
@@ -181,7 +180,7 @@ void FgGxWrapperImpl::set_sdk_param_FG_VANTAGEPOINT_P0(int value, bool throwOnEr
 void FgGxWrapperImpl::set_sdk_param_FG_WIDTH_P0(unsigned int value, bool throwOnError) {
     const auto verdict = firstOf(inside(value, {kWidth.minimum, widthLimit(), kWidth.increment}),
                                  multipleOf(value, kWidth.increment));
-    applySetting(cache_.window.width, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_WIDTH, value, verdict, throwOnError, [&] {
         checkHorizontal_P0();
         applyCachedGeometry();
         design().write(designParameter("Buffer_0_DRAM_A_0_XLength"), value);
@@ -196,7 +195,7 @@ void FgGxWrapperImpl::set_sdk_param_FG_WIDTH_P0(unsigned int value, bool throwOn
 void FgGxWrapperImpl::set_sdk_param_FG_XOFFSET_P0(unsigned int value, bool throwOnError) {
     const auto verdict = firstOf(inside(value, {kXOffset.minimum, xOffsetLimit(), kXOffset.increment}),
                                  multipleOf(value, kXOffset.increment));
-    applySetting(cache_.window.xOffset, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_XOFFSET, value, verdict, throwOnError, [&] {
         checkHorizontal_P0();
         applyCachedGeometry();
         design().write(designParameter("Buffer_0_DRAM_A_0_XOffset"), value);
@@ -208,7 +207,7 @@ void FgGxWrapperImpl::set_sdk_param_FG_XOFFSET_P0(unsigned int value, bool throw
 
 void FgGxWrapperImpl::set_sdk_param_FG_HEIGHT_P0(unsigned int value, bool throwOnError) {
     const auto verdict = firstOf(inside(value, kHeight), multipleOf(value, kHeight.increment));
-    applySetting(cache_.window.height, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_HEIGHT, value, verdict, throwOnError, [&] {
         applyCachedGeometry();
         design().write(designParameter("Buffer_0_DRAM_A_0_YLength"), value);
         applyCachedTriggerWindow();
@@ -220,7 +219,7 @@ void FgGxWrapperImpl::set_sdk_param_FG_YOFFSET_P0(unsigned int value, bool throw
     // Any line may be the first one: the registered maximum is what a new instance starts with.
     const auto verdict = firstOf(inside(value, {kYOffset.minimum, kMaximumLines, kYOffset.increment}),
                                  multipleOf(value, kYOffset.increment));
-    applySetting(cache_.window.yOffset, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_YOFFSET, value, verdict, throwOnError, [&] {
         checkVertical_P0();
         applyCachedGeometry();
         applyCachedTriggerWindow();
@@ -229,5 +228,5 @@ void FgGxWrapperImpl::set_sdk_param_FG_YOFFSET_P0(unsigned int value, bool throw
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_FORMAT_P0(int value, bool throwOnError) {
-    applySetting(cache_.window.format, value, oneOf(value, entriesOf("FG_FORMAT")), throwOnError, [] {});
+    applySetting(cache_.FG_FORMAT, value, oneOf(value, entriesOf("FG_FORMAT")), throwOnError, [] {});
 }

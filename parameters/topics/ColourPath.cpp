@@ -36,30 +36,30 @@ void setGain(const marovine::DesignAccess& design, double& gain, double value, D
 // ---- white balance ----
 
 void FgGxWrapperImpl::set_sdk_param_FG_SCALINGFACTOR_RED_P0(double value, bool throwOnError) {
-    setGain(design(), cache_.colour.redGain, value, designParameter("WhiteBalance_White_RedCoefficient"),
-            throwOnError);
+    setGain(design(), cache_.FG_SCALINGFACTOR_RED, value,
+            designParameter("WhiteBalance_White_RedCoefficient"), throwOnError);
 }
 void FgGxWrapperImpl::set_sdk_param_FG_SCALINGFACTOR_BLUE_P0(double value, bool throwOnError) {
-    setGain(design(), cache_.colour.blueGain, value, designParameter("WhiteBalance_White_BlueCoefficient"),
-            throwOnError);
+    setGain(design(), cache_.FG_SCALINGFACTOR_BLUE, value,
+            designParameter("WhiteBalance_White_BlueCoefficient"), throwOnError);
 }
 void FgGxWrapperImpl::set_sdk_param_FG_SCALINGFACTOR_GREEN_P0(double value, bool throwOnError) {
-    setGain(design(), cache_.colour.greenGain, value, designParameter("WhiteBalance_White_GreenCoefficient"),
-            throwOnError);
+    setGain(design(), cache_.FG_SCALINGFACTOR_GREEN, value,
+            designParameter("WhiteBalance_White_GreenCoefficient"), throwOnError);
 }
 
 // ---- Bayer pattern ----
 
 void FgGxWrapperImpl::updateBayerInit_P0(std::int32_t bayerInit, std::int32_t vantagePoint) {
     if (!marovine::isEntry(bayerInit, entriesOf("FG_BAYERINIT"))) throw error::outOfRange;
-    const auto& window = cache_.window;
     const bool mirrored = vantagePoint == constant("FG_VANTAGEPOINT_TOP_RIGHT");
     // The first pixel of the window lies this many columns from where the line is read first.
     const std::uint32_t column =
-        mirrored ? window.sensorWidth - window.xOffset - window.width : window.xOffset;
+        mirrored ? cache_.FG_SENSORWIDTH - cache_.FG_XOFFSET - cache_.FG_WIDTH : cache_.FG_XOFFSET;
     const auto colour = static_cast<std::uint32_t>(bayerInit);
     // Bit 0 swaps the colours within a line, bit 1 the two kinds of lines.
-    const std::uint32_t phase = colour ^ (mirrored ? 1U : 0U) ^ (column & 1U) ^ ((window.yOffset & 1U) << 1);
+    const std::uint32_t phase =
+        colour ^ (mirrored ? 1U : 0U) ^ (column & 1U) ^ ((cache_.FG_YOFFSET & 1U) << 1);
 
     effectiveBayerInit_ = bayerInit;
     design().write(designParameter("DeBayerEnhancedRAW_Mode_Mode_Value"), modeOfPhase[phase]);
@@ -69,35 +69,33 @@ void FgGxWrapperImpl::updateBayerInit_P0(std::int32_t bayerInit, std::int32_t va
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_BAYERINIT_P0(int value, bool throwOnError) {
-    applySetting(cache_.colour.bayerInit, value, oneOf(value, entriesOf("FG_BAYERINIT")), throwOnError,
-                 [&] { updateBayerInit_P0(value, cache_.window.vantagePoint); });
+    applySetting(cache_.FG_BAYERINIT, value, oneOf(value, entriesOf("FG_BAYERINIT")), throwOnError,
+                 [&] { updateBayerInit_P0(value, cache_.FG_VANTAGEPOINT); });
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_SAMPLING_RATE_P0(int value, bool throwOnError) {
-    applySetting(cache_.colour.samplingRate, value, oneOf(value, entriesOf("FG_SAMPLING_RATE")), throwOnError,
+    applySetting(cache_.FG_SAMPLING_RATE, value, oneOf(value, entriesOf("FG_SAMPLING_RATE")), throwOnError,
                  [&] {
                      // The design does not know the rate; it shows in the trigger window of both.
-                     set_sdk_param_FG_HEIGHT_P0(cache_.window.height, true);
-                     set_sdk_param_FG_YOFFSET_P0(cache_.window.yOffset, true);
+                     set_sdk_param_FG_HEIGHT_P0(cache_.FG_HEIGHT, true);
+                     set_sdk_param_FG_YOFFSET_P0(cache_.FG_YOFFSET, true);
                  });
 }
 
 // ---- image selector ----
 
 void FgGxWrapperImpl::set_sdk_param_FG_IMG_SELECT_PERIOD_P0(unsigned int value, bool throwOnError) {
-    auto& selector = cache_.imageSelector;
     const auto verdict = inside(value, limits<std::uint32_t>("FG_IMG_SELECT_PERIOD"));
-    applySetting(selector.period, value, verdict, throwOnError, [&] {
-        if (selector.period <= selector.phase) throw error::outOfRange;
+    applySetting(cache_.FG_IMG_SELECT_PERIOD, value, verdict, throwOnError, [&] {
+        if (cache_.FG_IMG_SELECT_PERIOD <= cache_.FG_IMG_SELECT) throw error::outOfRange;
         design().write(designParameter("ImageSelector_FG_IMG_SELECT_PERIOD_Divisor"), value);
     });
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_IMG_SELECT_P0(unsigned int value, bool throwOnError) {
-    auto& selector = cache_.imageSelector;
     const auto verdict = inside(value, limits<std::uint32_t>("FG_IMG_SELECT"));
-    applySetting(selector.phase, value, verdict, throwOnError, [&] {
-        if (selector.phase >= selector.period) throw error::outOfRange;
+    applySetting(cache_.FG_IMG_SELECT, value, verdict, throwOnError, [&] {
+        if (cache_.FG_IMG_SELECT >= cache_.FG_IMG_SELECT_PERIOD) throw error::outOfRange;
         design().write(designParameter("ImageSelector_FG_IMG_SELECT_PHASE_Number"), value);
     });
 }

@@ -6,7 +6,6 @@
 #include <cstring>
 
 #include "parameters/FgGxWrapperImpl.h"
-#include "tables/Catalogue.h"
 
 namespace error = marovine::error;
 using marovine::accepted;
@@ -44,8 +43,8 @@ void asInternalFailure(Access&& access) {
 // ---- access to the selected debug point ----
 
 const marovine::DebugEntry& FgGxWrapperImpl::debugEntry() const {
-    if (cache_.debug.source >= debugEntries_.size()) throw error::internalFailure;
-    return debugEntries_[cache_.debug.source];
+    if (cache_.FG_DEBUGSOURCE >= debugEntries_.size()) throw error::internalFailure;
+    return debugEntries_[cache_.FG_DEBUGSOURCE];
 }
 
 std::string FgGxWrapperImpl::debugName(const char* ending) const {
@@ -86,7 +85,7 @@ void FgGxWrapperImpl::readMonitor(const char* ending, std::uint32_t* destination
 void FgGxWrapperImpl::set_sdk_param_FG_DEBUGSOURCE_P0(unsigned int value, bool throwOnError) {
     marovine::leavingErrors(throwOnError, [&] {
         const std::int64_t count = readDebugEntryCount();
-        applySetting(cache_.debug.source, value, accepted(value < count), true, [&] {
+        applySetting(cache_.FG_DEBUGSOURCE, value, accepted(value < count), true, [&] {
             setAccessFlags(sdkId("FG_DEBUGOUTENABLE"),
                            debugEntryMonitors() ? kAccessReadWrite : kAccessReadOnly);
             update_dynamic_range_FG_DEBUGOUTPIXEL_P0();
@@ -113,7 +112,7 @@ void FgGxWrapperImpl::get_sdk_param_FG_DEBUGSOURCENAME_P0(char* destination) {
 
 void FgGxWrapperImpl::set_sdk_param_FG_DEBUGINENABLE_P0(int value, bool throwOnError) {
     const auto verdict = oneOf(value, entriesOf("FG_DEBUGINENABLE"));
-    applySetting(cache_.debug.inputEnable, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_DEBUGINENABLE, value, verdict, throwOnError, [&] {
         const std::uint32_t monitoring = debugEntryMonitors() ? readDebug(kOperationMode) & kMonitoring : 0;
         writeDebug(kOperationMode, (value == constant("FG_ON") ? kInjecting : 0) | monitoring);
     });
@@ -125,7 +124,7 @@ void FgGxWrapperImpl::get_sdk_param_FG_DEBUGINENABLE_P0(std::int32_t* destinatio
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_DEBUGFILE_P0(const char* value, bool throwOnError) {
-    applySetting(cache_.debug.file, value, accepted(value != nullptr), throwOnError,
+    applySetting(cache_.FG_DEBUGFILE, value, accepted(value != nullptr), throwOnError,
                  [&] { writeByName(debugName(kFile), value, FG_TYPE_TEXT); });
 }
 
@@ -141,7 +140,7 @@ void FgGxWrapperImpl::get_sdk_param_FG_DEBUGFILE_P0(char* destination) {
 
 void FgGxWrapperImpl::set_sdk_param_FG_DEBUGINSERT_P0(int value, bool throwOnError) {
     const auto verdict = oneOf(value, entriesOf("FG_DEBUGINSERT"));
-    applySetting(cache_.debug.insert, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_DEBUGINSERT, value, verdict, throwOnError, [&] {
         readDebug(kOperationMode);  // only to see whether the debug point answers
         writeDebug("_Insert", 1);
     });
@@ -149,13 +148,13 @@ void FgGxWrapperImpl::set_sdk_param_FG_DEBUGINSERT_P0(int value, bool throwOnErr
 
 void FgGxWrapperImpl::set_sdk_param_FG_DEBUGWRITEPIXEL_P0(unsigned long value, bool throwOnError) {
     const auto verdict = marovine::inside<std::uint64_t>(value, limits<std::uint64_t>("FG_DEBUGWRITEPIXEL"));
-    applySetting(cache_.debug.writePixel, value, verdict, throwOnError,
+    applySetting(cache_.FG_DEBUGWRITEPIXEL, value, verdict, throwOnError,
                  [&] { writeByName(debugName("_Inject_WritePixel"), &value, FG_TYPE_UINT64); });
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_DEBUGWRITEFLAG_P0(int value, bool throwOnError) {
     const auto verdict = oneOf(value, entriesOf("FG_DEBUGWRITEFLAG"));
-    applySetting(cache_.debug.writeFlag, value, verdict, throwOnError,
+    applySetting(cache_.FG_DEBUGWRITEFLAG, value, verdict, throwOnError,
                  [&] { writeDebug("_Inject_WriteFlag", static_cast<std::uint32_t>(value)); });
 }
 
@@ -168,7 +167,7 @@ void FgGxWrapperImpl::get_sdk_param_FG_DEBUGREADY_P0(std::int32_t* destination) 
 
 void FgGxWrapperImpl::set_sdk_param_FG_DEBUGOUTENABLE_P0(int value, bool throwOnError) {
     const auto verdict = oneOf(value, entriesOf("FG_DEBUGOUTENABLE"));
-    applySetting(cache_.debug.outputEnable, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_DEBUGOUTENABLE, value, verdict, throwOnError, [&] {
         if (!debugEntryMonitors()) return;
         const std::uint32_t injecting = readDebug(kOperationMode) & kInjecting;
         writeDebug(kOperationMode, (value == constant("FG_ON") ? kMonitoring : 0) | injecting);
@@ -181,10 +180,20 @@ void FgGxWrapperImpl::get_sdk_param_FG_DEBUGOUTENABLE_P0(std::int32_t* destinati
     *destination = monitoring ? constant("FG_ON") : constant("FG_OFF");
 }
 
+void FgGxWrapperImpl::get_sdk_param_FG_DEBUGOUTXPOS_P0(std::uint32_t* destination) {
+    readMonitor("_XPosition", destination);
+}
+void FgGxWrapperImpl::get_sdk_param_FG_DEBUGOUTYPOS_P0(std::uint32_t* destination) {
+    readMonitor("_YPosition", destination);
+}
+void FgGxWrapperImpl::get_sdk_param_FG_DEBUGOUTPIXEL_P0(std::uint32_t* destination) {
+    readMonitor(kPixelValue, destination);
+}
+
 // ---- the inner handle's own configuration ----
 
 void FgGxWrapperImpl::set_sdk_param_FG_DEBUGSAVECONFIG_P0(const char* value, bool throwOnError) {
-    applySetting(cache_.debug.saveConfigFile, value, accepted(value != nullptr), throwOnError, [&] {
+    applySetting(cache_.FG_DEBUGSAVECONFIG, value, accepted(value != nullptr), throwOnError, [&] {
         // Best effort: the runtime's answer is not ours to judge.
         if (const auto save = wrapperFg().get<marovine::RuntimeSlot::SaveConfig>()) save(fglibFg(), value);
     });

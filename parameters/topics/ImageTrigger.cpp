@@ -52,44 +52,39 @@ constexpr std::uint32_t kFromSoftware = 4;
 // ---- mode ----
 
 void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGERMODE_P0(int value, bool throwOnError) {
-    auto& settings = cache_.imageTrigger;
-    applySetting(settings.mode, value, oneOf(value, entriesOf("FG_IMGTRIGGERMODE")), throwOnError, [&] {
-        const ImageMode& row = *std::ranges::find(imageModes, value, &ImageMode::mode);
-        for (const int id : inputParameters) setAccessFlags(id, row.inputAccess);
-        setAccessFlags(sdkId("FG_IMGTRIGGER_ASYNC_HEIGHT"),
-                       value == constant("ASYNC_TRIGGER_MULTIFRAME") ? kAccessReadWrite : kAccessReadOnly);
+    applySetting(
+        cache_.FG_IMGTRIGGERMODE, value, oneOf(value, entriesOf("FG_IMGTRIGGERMODE")), throwOnError, [&] {
+            const ImageMode& row = *std::ranges::find(imageModes, value, &ImageMode::mode);
+            for (const int id : inputParameters) setAccessFlags(id, row.inputAccess);
+            setAccessFlags(sdkId("FG_IMGTRIGGER_ASYNC_HEIGHT"), value == constant("ASYNC_TRIGGER_MULTIFRAME")
+                                                                    ? kAccessReadWrite
+                                                                    : kAccessReadOnly);
 
-        design().write(designParameter("Camera_FvalMode"), 0U);
-        design().write(designParameter("Trigger_CameraFVALMode_SelectSource"),
-                       value == constant("CAMERA_FVAL_MULTIFRAME") ? 1U : 0U);
-        design().write(designParameter("Trigger_Trigger_ImgTriggerMode"), row.designMode);
-        design().write(designParameter("Trigger_Trigger_MaxGatedHeight"),
-                       value == constant("ASYNC_GATED_MULTIFRAME") ? 1U : 0U);
-        setTriggerHeightAndOffset_P0(cache_.window.height, cache_.window.yOffset, value);
-    });
+            design().write(designParameter("Camera_FvalMode"), 0U);
+            design().write(designParameter("Trigger_CameraFVALMode_SelectSource"),
+                           value == constant("CAMERA_FVAL_MULTIFRAME") ? 1U : 0U);
+            design().write(designParameter("Trigger_Trigger_ImgTriggerMode"), row.designMode);
+            design().write(designParameter("Trigger_Trigger_MaxGatedHeight"),
+                           value == constant("ASYNC_GATED_MULTIFRAME") ? 1U : 0U);
+            setTriggerHeightAndOffset_P0(cache_.FG_HEIGHT, cache_.FG_YOFFSET, value);
+        });
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGER_ASYNC_HEIGHT_P0(unsigned int value, bool throwOnError) {
-    auto& settings = cache_.imageTrigger;
-    applySetting(settings.asyncHeight, value,
+    applySetting(cache_.FG_IMGTRIGGER_ASYNC_HEIGHT, value,
                  inside(value, limits<std::uint32_t>("FG_IMGTRIGGER_ASYNC_HEIGHT")), throwOnError, [&] {
                      // Other modes take their length from elsewhere; this one waits for its mode.
-                     if (settings.mode != constant("ASYNC_TRIGGER_MULTIFRAME")) return;
+                     if (cache_.FG_IMGTRIGGERMODE != constant("ASYNC_TRIGGER_MULTIFRAME")) return;
                      design().write(designParameter("Trigger_Trigger_YOffset"), 0U);
                      design().write(designParameter("Trigger_Trigger_YLength"), value);
-                     design().write(designParameter("Trigger_Trigger_YOffset"), cache_.window.yOffset);
+                     design().write(designParameter("Trigger_Trigger_YOffset"), cache_.FG_YOFFSET);
                  });
-}
-
-void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGERON_P0(int value, bool throwOnError) {
-    applyUnchanged(cache_.imageTrigger.on, value, oneOf(value, entriesOf("FG_IMGTRIGGERON")),
-                   designParameter("Trigger_Trigger_ImgTriggerEnable"), throwOnError);
 }
 
 // ---- trigger input ----
 
 void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGERINSRC_P0(int value, bool throwOnError) {
-    applySetting(cache_.imageTrigger.source, value, oneOf(value, entriesOf("FG_IMGTRIGGERINSRC")),
+    applySetting(cache_.FG_IMGTRIGGERINSRC, value, oneOf(value, entriesOf("FG_IMGTRIGGERINSRC")),
                  throwOnError, [&] {
                      const bool software = value == constant("TRGINSOFTWARE");
                      design().write(designParameter("Trigger_Trigger_ImgTrgInSource"),
@@ -99,55 +94,12 @@ void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGERINSRC_P0(int value, bool throwO
                  });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGERINPOLARITY_P0(int value, bool throwOnError) {
-    applyUnchanged(cache_.imageTrigger.inputPolarity, value,
-                   oneOf(value, entriesOf("FG_IMGTRIGGERINPOLARITY")),
-                   designParameter("Trigger_Trigger_ImgTrgInPolarity"), throwOnError);
-}
-
-void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGERGATEDELAY_P0(unsigned int value, bool throwOnError) {
-    applyUnchanged(cache_.imageTrigger.gateDelay, value,
-                   inside(value, limits<std::uint32_t>("FG_IMGTRIGGERGATEDELAY")),
-                   designParameter("Trigger_Trigger_ImgTrgDelay"), throwOnError);
-}
-
-void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGERDEBOUNCING_P0(double value, bool throwOnError) {
-    // The prescaler of the inputs belongs to the line trigger's debouncing time.
-    applyUnchanged(cache_.imageTrigger.debouncing, value,
-                   inside(value, limits<double>("FG_IMGTRIGGERDEBOUNCING")),
-                   designParameter("Trigger_Trigger_ImgTrgDebouncingTime"), throwOnError);
-}
-
-// ---- software trigger: it works whatever the trigger's source is ----
-
-void FgGxWrapperImpl::set_sdk_param_FG_SENDSOFTWARETRIGGER_P0(int value, bool throwOnError) {
-    applyUnchanged(cache_.imageTrigger.softwarePulse, value,
-                   oneOf(value, entriesOf("FG_SENDSOFTWARETRIGGER")),
-                   designParameter("Trigger_Trigger_SoftwareTrgPulse"), throwOnError);
-}
-
-void FgGxWrapperImpl::set_sdk_param_FG_SETSOFTWARETRIGGER_P0(int value, bool throwOnError) {
-    applyUnchanged(cache_.imageTrigger.softwareState, value, oneOf(value, entriesOf("FG_SETSOFTWARETRIGGER")),
-                   designParameter("Trigger_Trigger_SoftwareTrgInput"), throwOnError);
-}
-
 // ---- flash ----
 
-void FgGxWrapperImpl::set_sdk_param_FG_FLASHON_P0(int value, bool throwOnError) {
-    applyUnchanged(cache_.imageTrigger.flashOn, value, oneOf(value, entriesOf("FG_FLASHON")),
-                   designParameter("Trigger_Trigger_FlashEnable"), throwOnError);
-}
-
 void FgGxWrapperImpl::set_sdk_param_FG_FLASH_POLARITY_P0(int value, bool throwOnError) {
-    applySetting(cache_.imageTrigger.flashPolarity, value, oneOf(value, entriesOf("FG_FLASH_POLARITY")),
-                 throwOnError, [&] {
+    applySetting(cache_.FG_FLASH_POLARITY, value, oneOf(value, entriesOf("FG_FLASH_POLARITY")), throwOnError,
+                 [&] {
                      design().write(designParameter("Trigger_Trigger_FlashPolarity"),
                                     value == constant("FG_LOW") ? 1U : 0U);
                  });
-}
-
-void FgGxWrapperImpl::set_sdk_param_FG_STROBEPULSEDELAY_P0(unsigned int value, bool throwOnError) {
-    applyUnchanged(cache_.imageTrigger.flashDelay, value,
-                   inside(value, limits<std::uint32_t>("FG_STROBEPULSEDELAY")),
-                   designParameter("Trigger_Trigger_FlashDelay"), throwOnError);
 }

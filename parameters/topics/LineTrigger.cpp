@@ -18,8 +18,8 @@ using marovine::kAccessReadOnly;
 using marovine::kAccessReadWrite;
 using marovine::limits;
 using marovine::Limits;
-using marovine::LineTriggerSettings;
 using marovine::oneOf;
+using marovine::ParameterCache;
 using marovine::sdkId;
 
 namespace {
@@ -64,10 +64,10 @@ std::uint32_t debouncePrescale(double time) {
 }
 
 /// Longest exposure of a setting: a generator that keeps its own period cannot expose longer than that.
-double exposureCeiling(const LineTriggerSettings& settings) {
-    const bool ownPeriod = settings.mode == constant("GRABBER_CONTROLLED") ||
-                           settings.mode == constant("GRABBER_CONTROLLED_GATED");
-    return ownPeriod && settings.period <= kLongestExposure ? settings.period : kLongestExposure;
+double exposureCeiling(const ParameterCache& cache) {
+    const bool ownPeriod = cache.FG_LINETRIGGERMODE == constant("GRABBER_CONTROLLED") ||
+                           cache.FG_LINETRIGGERMODE == constant("GRABBER_CONTROLLED_GATED");
+    return ownPeriod && cache.FG_LINEPERIODE <= kLongestExposure ? cache.FG_LINEPERIODE : kLongestExposure;
 }
 
 }  // namespace
@@ -75,21 +75,21 @@ double exposureCeiling(const LineTriggerSettings& settings) {
 // ---- mode ----
 
 void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERMODE_P0(int value, bool throwOnError) {
-    auto& settings = cache_.lineTrigger;
-    applySetting(settings.mode, value, oneOf(value, entriesOf("FG_LINETRIGGERMODE")), throwOnError, [&] {
-        const LineMode& row = *std::ranges::find(lineModes, value, &LineMode::mode);
-        for (const int id : inputParameters) setAccessFlags(id, row.inputAccess);
-        if (settings.encoderOn == constant("FG_ON"))
-            for (const int id : encoderParameters) setAccessFlags(id, row.inputAccess);
-        design().write(designParameter("Trigger_Trigger_LineTriggerMode"), row.designMode);
-        update_dynamic_range_FG_LINEEXPOSURE_P0();
-    });
+    applySetting(cache_.FG_LINETRIGGERMODE, value, oneOf(value, entriesOf("FG_LINETRIGGERMODE")),
+                 throwOnError, [&] {
+                     const LineMode& row = *std::ranges::find(lineModes, value, &LineMode::mode);
+                     for (const int id : inputParameters) setAccessFlags(id, row.inputAccess);
+                     if (cache_.FG_SHAFTENCODERON == constant("FG_ON"))
+                         for (const int id : encoderParameters) setAccessFlags(id, row.inputAccess);
+                     design().write(designParameter("Trigger_Trigger_LineTriggerMode"), row.designMode);
+                     update_dynamic_range_FG_LINEEXPOSURE_P0();
+                 });
 }
 
 // ---- external input ----
 
 void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERINSRC_P0(int value, bool throwOnError) {
-    applySetting(cache_.lineTrigger.sourceA, value, oneOf(value, entriesOf("FG_LINETRIGGERINSRC")),
+    applySetting(cache_.FG_LINETRIGGERINSRC, value, oneOf(value, entriesOf("FG_LINETRIGGERINSRC")),
                  throwOnError, [&] {
                      design().write(designParameter("Trigger_Trigger_LineTrgInSourceA"), 0U);
                      design().write(designParameter("Trigger_InputSignal_LineTrgInSourceA_Input_Select"),
@@ -97,14 +97,8 @@ void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERINSRC_P0(int value, bool throw
                  });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERINPOLARITY_P0(int value, bool throwOnError) {
-    applyUnchanged(cache_.lineTrigger.inputPolarity, value,
-                   oneOf(value, entriesOf("FG_LINETRIGGERINPOLARITY")),
-                   designParameter("Trigger_Trigger_LineTrgInPolarity"), throwOnError);
-}
-
 void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERDEBOUNCING_P0(double value, bool throwOnError) {
-    applySetting(cache_.lineTrigger.debouncing, value,
+    applySetting(cache_.FG_LINETRIGGERDEBOUNCING, value,
                  inside(value, limits<double>("FG_LINETRIGGERDEBOUNCING")), throwOnError, [&] {
                      design().write(designParameter("Trigger_Trigger_LineTrgDebouncingTime"), value);
                      design().write(designParameter("Trigger_Inputs_Debounce8_Prescale_Period"),
@@ -112,45 +106,32 @@ void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERDEBOUNCING_P0(double value, bo
                  });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_LINE_DOWNSCALE_P0(unsigned int value, bool throwOnError) {
-    applyUnchanged(cache_.lineTrigger.downscale, value,
-                   inside(value, limits<std::uint32_t>("FG_LINE_DOWNSCALE")),
-                   designParameter("Trigger_Trigger_LineTrgDownscaler"), throwOnError);
-}
-
-void FgGxWrapperImpl::set_sdk_param_FG_LINE_DOWNSCALEINIT_P0(unsigned int value, bool throwOnError) {
-    applyUnchanged(cache_.lineTrigger.downscalePhase, value,
-                   inside(value, limits<std::uint32_t>("FG_LINE_DOWNSCALEINIT")),
-                   designParameter("Trigger_Trigger_LineTrgPhase"), throwOnError);
-}
-
 // ---- shaft encoder filter ----
 
 void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODERON_P0(int value, bool throwOnError) {
-    auto& settings = cache_.lineTrigger;
-    applySetting(settings.encoderOn, value, oneOf(value, entriesOf("FG_SHAFTENCODERON")), throwOnError, [&] {
-        const bool on = value == constant("FG_ON");
-        design().write(designParameter("Trigger_Trigger_EncoderABMode"),
-                       on ? static_cast<std::uint32_t>(settings.encoderMode) : 0U);
-        // The switch is itself read-only while the line trigger mode has no use for the input.
-        const int access = on ? accessFlags(sdkId("FG_SHAFTENCODERON")) : kAccessReadOnly;
-        for (const int id : encoderParameters) setAccessFlags(id, access);
-    });
+    applySetting(cache_.FG_SHAFTENCODERON, value, oneOf(value, entriesOf("FG_SHAFTENCODERON")), throwOnError,
+                 [&] {
+                     const bool on = value == constant("FG_ON");
+                     design().write(designParameter("Trigger_Trigger_EncoderABMode"),
+                                    on ? static_cast<std::uint32_t>(cache_.FG_SHAFTENCODERMODE) : 0U);
+                     // The switch is itself read-only while the line trigger mode has no use for the input.
+                     const int access = on ? accessFlags(sdkId("FG_SHAFTENCODERON")) : kAccessReadOnly;
+                     for (const int id : encoderParameters) setAccessFlags(id, access);
+                 });
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODERMODE_P0(int value, bool throwOnError) {
-    auto& settings = cache_.lineTrigger;
-    applySetting(settings.encoderMode, value, oneOf(value, entriesOf("FG_SHAFTENCODERMODE")), throwOnError,
-                 [&] {
+    applySetting(cache_.FG_SHAFTENCODERMODE, value, oneOf(value, entriesOf("FG_SHAFTENCODERMODE")),
+                 throwOnError, [&] {
                      // The design's mode is also the filter's switch: it stays 0 until that is on.
-                     if (settings.encoderOn == constant("FG_ON"))
+                     if (cache_.FG_SHAFTENCODERON == constant("FG_ON"))
                          design().write(designParameter("Trigger_Trigger_EncoderABMode"),
                                         static_cast<std::uint32_t>(value));
                  });
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODERINSRC_P0(int value, bool throwOnError) {
-    applySetting(cache_.lineTrigger.sourceB, value, oneOf(value, entriesOf("FG_SHAFTENCODERINSRC")),
+    applySetting(cache_.FG_SHAFTENCODERINSRC, value, oneOf(value, entriesOf("FG_SHAFTENCODERINSRC")),
                  throwOnError, [&] {
                      design().write(designParameter("Trigger_Trigger_LineTrgInSourceB"), 0U);
                      design().write(designParameter("Trigger_InputSignal_LineTrgInSourceB_Input_Select"),
@@ -158,35 +139,11 @@ void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODERINSRC_P0(int value, bool thro
                  });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODERLEADING_P0(int value, bool throwOnError) {
-    applyUnchanged(cache_.lineTrigger.encoderLeading, value,
-                   oneOf(value, entriesOf("FG_SHAFTENCODERLEADING")),
-                   designParameter("Trigger_Trigger_EncoderABLead"), throwOnError);
-}
-
-void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODER_COMPENSATION_ENABLE_P0(int value, bool throwOnError) {
-    applyUnchanged(cache_.lineTrigger.compensationEnable, value,
-                   oneOf(value, entriesOf("FG_SHAFTENCODER_COMPENSATION_ENABLE")),
-                   designParameter("Trigger_Trigger_EncoderCompensation"), throwOnError);
-}
-
-void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODER_COMPENSATION_COUNT_P0(unsigned int value,
-                                                                          bool throwOnError) {
-    applyUnchanged(cache_.lineTrigger.compensationCount, value,
-                   inside(value, limits<std::uint32_t>("FG_SHAFTENCODER_COMPENSATION_COUNT")),
-                   designParameter("Trigger_Trigger_EncoderCompensationCount"), throwOnError);
-}
-
 // ---- ExSync output ----
 
-void FgGxWrapperImpl::set_sdk_param_FG_EXSYNCON_P0(int value, bool throwOnError) {
-    applyUnchanged(cache_.lineTrigger.exsyncOn, value, oneOf(value, entriesOf("FG_EXSYNCON")),
-                   designParameter("Trigger_Trigger_ExsyncEnable"), throwOnError);
-}
-
 void FgGxWrapperImpl::set_sdk_param_FG_LINEPERIODE_P0(double value, bool throwOnError) {
-    applySetting(cache_.lineTrigger.period, value, inside(value, limits<double>("FG_LINEPERIODE")),
-                 throwOnError, [&] {
+    applySetting(cache_.FG_LINEPERIODE, value, inside(value, limits<double>("FG_LINEPERIODE")), throwOnError,
+                 [&] {
                      design().write(designParameter("Trigger_Trigger_ExsyncPeriod"), value);
                      // An exposure or delay beyond the new limit stays as it is until it is set again.
                      update_dynamic_range_FG_LINEEXPOSURE_P0();
@@ -195,37 +152,35 @@ void FgGxWrapperImpl::set_sdk_param_FG_LINEPERIODE_P0(double value, bool throwOn
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_LINEEXPOSURE_P0(double value, bool throwOnError) {
-    auto& settings = cache_.lineTrigger;
     Limits<double> range = limits<double>("FG_LINEEXPOSURE");
-    range.maximum = exposureCeiling(settings);
-    applySetting(settings.exposure, value, inside(value, range), throwOnError, [&] {
+    range.maximum = exposureCeiling(cache_);
+    applySetting(cache_.FG_LINEEXPOSURE, value, inside(value, range), throwOnError, [&] {
         design().write(designParameter("Trigger_Trigger_ExsyncExposure"), value);
         update_dynamic_range_FG_LINEEXPOSURE_P0();
     });
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_EXSYNCPOLARITY_P0(int value, bool throwOnError) {
-    applySetting(cache_.lineTrigger.exsyncPolarity, value, oneOf(value, entriesOf("FG_EXSYNCPOLARITY")),
-                 throwOnError, [&] {
+    applySetting(cache_.FG_EXSYNCPOLARITY, value, oneOf(value, entriesOf("FG_EXSYNCPOLARITY")), throwOnError,
+                 [&] {
                      design().write(designParameter("Trigger_Trigger_ExsyncPolarity"),
                                     value == constant("FG_LOW") ? 1U : 0U);
                  });
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERDELAY_P0(double value, bool throwOnError) {
-    auto& settings = cache_.lineTrigger;
     Limits<double> range = limits<double>("FG_LINETRIGGERDELAY");
-    range.maximum = settings.period;
-    applyUnchanged(settings.delay, value, inside(value, range),
-                   designParameter("Trigger_Trigger_Exsync2Delay"), throwOnError);
+    range.maximum = cache_.FG_LINEPERIODE;
+    applySetting(cache_.FG_LINETRIGGERDELAY, value, inside(value, range), throwOnError,
+                 [&] { design().write(designParameter("Trigger_Trigger_Exsync2Delay"), value); });
 }
 
 // ---- ranges that follow the mode and the period ----
 
 void FgGxWrapperImpl::update_dynamic_range_FG_LINEEXPOSURE_P0() {
-    setMaximum(sdkId("FG_LINEEXPOSURE"), std::max(exposureCeiling(cache_.lineTrigger), kLeastMaximum));
+    setMaximum(sdkId("FG_LINEEXPOSURE"), std::max(exposureCeiling(cache_), kLeastMaximum));
 }
 
 void FgGxWrapperImpl::update_dynamic_range_FG_LINETRIGGERDELAY_P0() {
-    setMaximum(sdkId("FG_LINETRIGGERDELAY"), std::max(cache_.lineTrigger.period, kLeastMaximum));
+    setMaximum(sdkId("FG_LINETRIGGERDELAY"), std::max(cache_.FG_LINEPERIODE, kLeastMaximum));
 }

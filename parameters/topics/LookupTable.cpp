@@ -6,7 +6,6 @@
 
 #include "files/Fg_LutFileParser.h"
 #include "parameters/FgGxWrapperImpl.h"
-#include "tables/Catalogue.h"
 
 namespace error = marovine::error;
 using marovine::applySetting;
@@ -20,22 +19,22 @@ using marovine::kLutEntries;
 using marovine::leavingErrors;
 using marovine::limits;
 using marovine::LookupTable;
-using marovine::LookupTableSettings;
 using marovine::LutChannel;
+using marovine::ParameterCache;
 using marovine::sdkId;
 
 namespace {
 
 /// A table in the cache and in the design.
 struct Channel {
-    LookupTable LookupTableSettings::*table;
+    LookupTable ParameterCache::*table;
     DesignParameter parameter;
 };
 /// In the order of `LutChannel`.
 constexpr std::array<Channel, 3> kChannels{{
-    {&LookupTableSettings::red, designParameter("LookupTable_R_LUTcontent")},
-    {&LookupTableSettings::green, designParameter("LookupTable_G_LUTcontent")},
-    {&LookupTableSettings::blue, designParameter("LookupTable_B_LUTcontent")},
+    {&ParameterCache::FG_LUT_VALUE_RED, designParameter("LookupTable_R_LUTcontent")},
+    {&ParameterCache::FG_LUT_VALUE_GREEN, designParameter("LookupTable_G_LUTcontent")},
+    {&ParameterCache::FG_LUT_VALUE_BLUE, designParameter("LookupTable_B_LUTcontent")},
 }};
 
 constexpr const Channel& channelOf(LutChannel channel) {
@@ -53,12 +52,13 @@ double power(double base, double exponent) {
 }
 
 /// What the processing parameters make of each input.
-LookupTable processedTable(const LookupTableSettings& settings) {
-    const double exponent = 1.0 / settings.gamma;
-    const bool invert = settings.invert == constant("FG_ON");
+LookupTable processedTable(const ParameterCache& cache) {
+    const double exponent = 1.0 / cache.FG_PROCESSING_GAMMA;
+    const bool invert = cache.FG_PROCESSING_INVERT == constant("FG_ON");
     LookupTable table{};
     for (std::size_t input = 0; input < kLutEntries; ++input) {
-        const double base = (static_cast<double>(input) / double{kMaximum} + settings.offset) * settings.gain;
+        const double base = (static_cast<double>(input) / double{kMaximum} + cache.FG_PROCESSING_OFFSET) *
+                            cache.FG_PROCESSING_GAIN;
         const double value = base < 0.0 ? 0.0 : power(base, exponent) * double{kMaximum} + 0.5;
         // A processing parameter that is not a number gives 0, inverted or not.
         if (std::isnan(value)) continue;
@@ -93,41 +93,42 @@ LookupTable_s fileRecord(LutChannel channel, LookupTable& table) {
 /// Fills the cached tables and writes them all; the old ones return to the cache when a step fails.
 template <class Fill>
 void FgGxWrapperImpl::replaceTables(Fill&& fill) {
-    auto& lut = cache_.lookupTable;
-    marovine::Restore red(lut.red);
-    marovine::Restore green(lut.green);
-    marovine::Restore blue(lut.blue);
+    marovine::Restore red(cache_.FG_LUT_VALUE_RED);
+    marovine::Restore green(cache_.FG_LUT_VALUE_GREEN);
+    marovine::Restore blue(cache_.FG_LUT_VALUE_BLUE);
     fill();
-    for (const auto& [table, parameter] : kChannels) design().write(parameter, wholeTable(lut.*table));
+    for (const auto& [table, parameter] : kChannels) design().write(parameter, wholeTable(cache_.*table));
     red.confirm();
     green.confirm();
     blue.confirm();
 }
 
 void FgGxWrapperImpl::updateLutProcessing_P0() {
-    auto& lut = cache_.lookupTable;
-    if (lut.type != constant("LUT_TYPE_PROCESSING")) return;
-    replaceTables([&] { lut.red = lut.green = lut.blue = processedTable(lut); });
+    if (cache_.FG_LUT_TYPE != constant("LUT_TYPE_PROCESSING")) return;
+    replaceTables([&] {
+        cache_.FG_LUT_VALUE_RED = cache_.FG_LUT_VALUE_GREEN = cache_.FG_LUT_VALUE_BLUE =
+            processedTable(cache_);
+    });
 }
 
 void FgGxWrapperImpl::loadCustomTables() {
-    auto& lut = cache_.lookupTable;
-    if (lut.customFile.empty()) return;
+    if (cache_.FG_LUT_CUSTOM_FILE.empty()) return;
     Fg_LutFileParser parser;
-    if (!parser.checkFileExist(lut.customFile.c_str())) throw error::fileNotFound;
+    if (!parser.checkFileExist(cache_.FG_LUT_CUSTOM_FILE.c_str())) throw error::fileNotFound;
     using Record = marovine::OwnedTable<LookupTable_s>;
     Record red(fileRecord(LutChannel::Red, nullptr));
     Record green(fileRecord(LutChannel::Green, nullptr));
     Record blue(fileRecord(LutChannel::Blue, nullptr));
-    if (parser.getLutFromFile(lut.customFile.c_str(), red, green, blue) != 0) throw error::fileNotAccessible;
+    if (parser.getLutFromFile(cache_.FG_LUT_CUSTOM_FILE.c_str(), red, green, blue) != 0)
+        throw error::fileNotAccessible;
     // A short table changes the first entries only. The values are the design's to judge.
     const auto take = [](LookupTable& table, const LookupTable_s& record) {
         std::copy_n(record.values, std::min<std::size_t>(record.nrOfElements, kLutEntries), table.begin());
     };
     replaceTables([&] {
-        take(lut.red, red);
-        take(lut.green, green);
-        take(lut.blue, blue);
+        take(cache_.FG_LUT_VALUE_RED, red);
+        take(cache_.FG_LUT_VALUE_GREEN, green);
+        take(cache_.FG_LUT_VALUE_BLUE, blue);
     });
 }
 
@@ -135,7 +136,7 @@ void FgGxWrapperImpl::loadCustomTables() {
 
 void FgGxWrapperImpl::set_sdk_param_FG_LUT_TYPE_P0(int value, bool throwOnError) {
     const auto verdict = marovine::oneOf(value, entriesOf("FG_LUT_TYPE"));
-    applySetting(cache_.lookupTable.type, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_LUT_TYPE, value, verdict, throwOnError, [&] {
         const bool custom = value == constant("LUT_TYPE_CUSTOM");
         if (custom)
             loadCustomTables();
@@ -149,19 +150,18 @@ void FgGxWrapperImpl::set_sdk_param_FG_LUT_TYPE_P0(int value, bool throwOnError)
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_LUT_CUSTOM_FILE_P0(const char* value, bool throwOnError) {
-    auto& lut = cache_.lookupTable;
-    applySetting(lut.customFile, value, marovine::accepted(value != nullptr), throwOnError, [&] {
-        if (lut.type == constant("LUT_TYPE_CUSTOM")) loadCustomTables();
+    applySetting(cache_.FG_LUT_CUSTOM_FILE, value, marovine::accepted(value != nullptr), throwOnError, [&] {
+        if (cache_.FG_LUT_TYPE == constant("LUT_TYPE_CUSTOM")) loadCustomTables();
     });
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_LUT_SAVE_FILE_P0(const char* value, bool throwOnError) {
-    auto& lut = cache_.lookupTable;
-    applySetting(lut.saveFile, value, marovine::accepted(value != nullptr), throwOnError, [&] {
-        if (lut.saveFile.empty()) return;
-        const int code = Fg_LutFileParser().saveLutToFile(value, fileRecord(LutChannel::Red, lut.red),
-                                                          fileRecord(LutChannel::Green, lut.green),
-                                                          fileRecord(LutChannel::Blue, lut.blue));
+    applySetting(cache_.FG_LUT_SAVE_FILE, value, marovine::accepted(value != nullptr), throwOnError, [&] {
+        if (cache_.FG_LUT_SAVE_FILE.empty()) return;
+        const int code =
+            Fg_LutFileParser().saveLutToFile(value, fileRecord(LutChannel::Red, cache_.FG_LUT_VALUE_RED),
+                                             fileRecord(LutChannel::Green, cache_.FG_LUT_VALUE_GREEN),
+                                             fileRecord(LutChannel::Blue, cache_.FG_LUT_VALUE_BLUE));
         if (code != 0) throw error::fileNotAccessible;
     });
 }
@@ -174,7 +174,7 @@ void FgGxWrapperImpl::setLutElement(LutChannel channel, const FieldParameterInt_
     leavingErrors(throwOnError, [&] {
         if (element == nullptr || element->index >= kLutEntries || element->value > kMaximum)
             throw error::outOfRange;
-        applySetting((cache_.lookupTable.*target.table)[element->index], element->value, error::success, true,
+        applySetting((cache_.*target.table)[element->index], element->value, error::success, true,
                      [&] { design().write(target.parameter, *element); });
     });
 }
@@ -190,7 +190,7 @@ void FgGxWrapperImpl::setLutBlock(LutChannel channel, const FieldParameterAccess
         if (block->count != 0 &&
             (block->values == nullptr || *static_cast<const std::uint32_t*>(block->values) > kMaximum))
             throw error::outOfRange;
-        LookupTable& cached = cache_.lookupTable.*target.table;
+        LookupTable& cached = cache_.*target.table;
         marovine::Restore old(cached);
         setFieldCache(cached.data(), block);  // copies values of the types 1 and 2 only
         design().write(target.parameter, *block);
@@ -198,27 +198,53 @@ void FgGxWrapperImpl::setLutBlock(LutChannel channel, const FieldParameterAccess
     });
 }
 
+void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_RED_P0(const FieldParameterInt_s* element,
+                                                        bool throwOnError) {
+    setLutElement(LutChannel::Red, element, throwOnError);
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_RED_P0(const FieldParameterAccess* block,
+                                                        bool throwOnError) {
+    setLutBlock(LutChannel::Red, block, throwOnError);
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_GREEN_P0(const FieldParameterInt_s* element,
+                                                          bool throwOnError) {
+    setLutElement(LutChannel::Green, element, throwOnError);
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_GREEN_P0(const FieldParameterAccess* block,
+                                                          bool throwOnError) {
+    setLutBlock(LutChannel::Green, block, throwOnError);
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_BLUE_P0(const FieldParameterInt_s* element,
+                                                         bool throwOnError) {
+    setLutElement(LutChannel::Blue, element, throwOnError);
+}
+void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_BLUE_P0(const FieldParameterAccess* block,
+                                                         bool throwOnError) {
+    setLutBlock(LutChannel::Blue, block, throwOnError);
+}
+
 // ---- processing parameters ----
 
 void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_OFFSET_P0(double value, bool throwOnError) {
-    applySetting(cache_.lookupTable.offset, value,
+    applySetting(cache_.FG_PROCESSING_OFFSET, value,
                  marovine::notOutside(value, limits<double>("FG_PROCESSING_OFFSET")), throwOnError,
                  [&] { updateLutProcessing_P0(); });
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_GAIN_P0(double value, bool throwOnError) {
-    applySetting(cache_.lookupTable.gain, value,
+    applySetting(cache_.FG_PROCESSING_GAIN, value,
                  marovine::notOutside(value, limits<double>("FG_PROCESSING_GAIN")), throwOnError,
                  [&] { updateLutProcessing_P0(); });
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_GAMMA_P0(double value, bool throwOnError) {
-    applySetting(cache_.lookupTable.gamma, value,
+    applySetting(cache_.FG_PROCESSING_GAMMA, value,
                  marovine::notOutside(value, limits<double>("FG_PROCESSING_GAMMA")), throwOnError,
                  [&] { updateLutProcessing_P0(); });
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_INVERT_P0(int value, bool throwOnError) {
-    applySetting(cache_.lookupTable.invert, value, marovine::oneOf(value, entriesOf("FG_PROCESSING_INVERT")),
-                 throwOnError, [&] { updateLutProcessing_P0(); });
+    applySetting(cache_.FG_PROCESSING_INVERT, value,
+                 marovine::oneOf(value, entriesOf("FG_PROCESSING_INVERT")), throwOnError,
+                 [&] { updateLutProcessing_P0(); });
 }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 
 #include "parameters/FgGxWrapperImpl.h"
 #include "tables/RouteTable.h"
@@ -13,13 +14,45 @@ using marovine::applySetting;
 using marovine::constant;
 using marovine::entriesOf;
 using marovine::inside;
+using marovine::kRouteCount;
 using marovine::limits;
 using marovine::LowOnZero;
 using marovine::oneOf;
+using marovine::ParameterCache;
 using marovine::Route;
 using marovine::RoutedValue;
+using marovine::routeTable;
 
 namespace {
+
+/// Where the cache keeps the two values of a route.
+struct RouteFields {
+    RoutedValue ParameterCache::*source;
+    RoutedValue ParameterCache::*polarity;
+};
+
+/// Enters a parameter's field at its route, if it has one.
+template <class T>
+constexpr void enter(std::array<RouteFields, kRouteCount>&, std::string_view, T ParameterCache::*) {}
+constexpr void enter(std::array<RouteFields, kRouteCount>& fields, std::string_view name,
+                     RoutedValue ParameterCache::*field) {
+    for (std::size_t route = 0; route < kRouteCount; ++route) {
+        if (name == routeTable[route].source) fields[route].source = field;
+        if (name == routeTable[route].polarity) fields[route].polarity = field;
+    }
+}
+
+/// In the order of `Route`.
+constexpr auto routeFields = [] {
+    std::array<RouteFields, kRouteCount> result{};
+#define PARAMETER(NAME, ...) enter(result, #NAME, &ParameterCache::NAME);
+#include "tables/SdkParameters.def"
+    return result;
+}();
+
+constexpr const RouteFields& fieldsOf(Route route) {
+    return routeFields[static_cast<std::size_t>(route)];
+}
 
 /// Value in force of a source or polarity. The control lines keep one value only: what is requested (which a
 /// configuration load may have filled) counts. For the others it is what the design was last given.
@@ -108,36 +141,36 @@ void FgGxWrapperImpl::writeRoute(Route route, std::int32_t source, std::int32_t 
 }
 
 void FgGxWrapperImpl::setRouteSource(Route route, std::int32_t source, bool throwOnError) {
-    auto& settings = cache_.outputs[route];
-    applySetting(settings.source.requested, source, oneOf(source, rowOf(route).signals), throwOnError, [&] {
-        writeRoute(route, source, inForce(route, settings.polarity));
-        settings.source.applied = source;
+    auto& cached = cache_.*fieldsOf(route).source;
+    applySetting(cached.requested, source, oneOf(source, rowOf(route).signals), throwOnError, [&] {
+        writeRoute(route, source, inForce(route, cache_.*fieldsOf(route).polarity));
+        cached.applied = source;
     });
 }
 
 void FgGxWrapperImpl::setRoutePolarity(Route route, std::int32_t polarity, bool throwOnError) {
-    auto& settings = cache_.outputs[route];
-    applySetting(settings.polarity.requested, polarity, oneOf(polarity, LowOnZero), throwOnError, [&] {
-        writeRoute(route, inForce(route, settings.source), polarity);
-        settings.polarity.applied = polarity;
+    auto& cached = cache_.*fieldsOf(route).polarity;
+    applySetting(cached.requested, polarity, oneOf(polarity, LowOnZero), throwOnError, [&] {
+        writeRoute(route, inForce(route, cache_.*fieldsOf(route).source), polarity);
+        cached.applied = polarity;
     });
 }
 
 // ---- legacy: two outputs as static levels ----
 
 void FgGxWrapperImpl::set_sdk_param_FG_DIGIO_OUTPUT_P0(int value, bool throwOnError) {
-    applySetting(cache_.outputs.digitalOutput, value, inside(value, limits<std::int32_t>("FG_DIGIO_OUTPUT")),
+    applySetting(cache_.FG_DIGIO_OUTPUT, value, inside(value, limits<std::int32_t>("FG_DIGIO_OUTPUT")),
                  throwOnError, [&] {
                      if (value == kOtherLevels) return;
-                     setRouteSource(Route::Gpo3, staticLevel((value & 1) != 0), true);
-                     setRouteSource(Route::Gpo7, staticLevel((value & 2) != 0), true);
+                     set_sdk_param_FG_TRIGGEROUT_GPO_3_SOURCE_P0(staticLevel((value & 1) != 0), true);
+                     set_sdk_param_FG_TRIGGEROUT_GPO_7_SOURCE_P0(staticLevel((value & 2) != 0), true);
                  });
 }
 
 void FgGxWrapperImpl::get_sdk_param_FG_DIGIO_OUTPUT_P0(std::int32_t* destination) {
     requireDestination(destination);
-    const std::int32_t low = cache_.outputs[Route::Gpo3].source.applied;
-    const std::int32_t high = cache_.outputs[Route::Gpo7].source.applied;
+    const std::int32_t low = cache_.FG_TRIGGEROUT_GPO_3_SOURCE.applied;
+    const std::int32_t high = cache_.FG_TRIGGEROUT_GPO_7_SOURCE.applied;
     *destination = kOtherLevels;
     for (const int value : {0, 1, 2, 3})
         if (low == staticLevel((value & 1) != 0) && high == staticLevel((value & 2) != 0))
@@ -146,21 +179,47 @@ void FgGxWrapperImpl::get_sdk_param_FG_DIGIO_OUTPUT_P0(std::int32_t* destination
 
 // ---- legacy: a control line's source and polarity in one selection ----
 
-void FgGxWrapperImpl::setLegacyCc(std::size_t line, std::int32_t value, bool throwOnError) {
-    applySetting(
-        cache_.outputs.legacyCc[line], value, oneOf(value, entriesOf("FG_CCSEL0")), throwOnError, [&] {
-            if (value == constant("FG_OTHER")) return;
-            const LegacySource* row = findLegacy(value);
-            if (row == nullptr) throw error::internalFailure;
-            // Two settings one after the other: when the second fails, the first stays.
-            const auto route = static_cast<Route>(line);
-            setRouteSource(route, row->source, true);
-            setRoutePolarity(route, value == row->plain ? constant("FG_HIGH") : constant("FG_LOW"), true);
-        });
+void FgGxWrapperImpl::setLegacyCc(Route line, std::int32_t& cached, std::int32_t value, bool throwOnError) {
+    applySetting(cached, value, oneOf(value, entriesOf("FG_CCSEL0")), throwOnError, [&] {
+        if (value == constant("FG_OTHER")) return;
+        const LegacySource* row = findLegacy(value);
+        if (row == nullptr) throw error::internalFailure;
+        // Two settings one after the other: when the second fails, the first stays.
+        setRouteSource(line, row->source, true);
+        setRoutePolarity(line, value == row->plain ? constant("FG_HIGH") : constant("FG_LOW"), true);
+    });
 }
 
-void FgGxWrapperImpl::getLegacyCc(std::size_t line, std::int32_t* destination) const {
+void FgGxWrapperImpl::getLegacyCc(Route line, std::int32_t* destination) const {
     requireDestination(destination);
-    const auto& settings = cache_.outputs[static_cast<Route>(line)];
-    *destination = legacySelection(settings.source.requested, settings.polarity.requested);
+    const auto& [source, polarity] = fieldsOf(line);
+    *destination = legacySelection((cache_.*source).requested, (cache_.*polarity).requested);
+}
+
+void FgGxWrapperImpl::set_sdk_param_FG_CCSEL0_P0(int value, bool throwOnError) {
+    setLegacyCc(Route::CC1, cache_.FG_CCSEL0, value, throwOnError);
+}
+void FgGxWrapperImpl::get_sdk_param_FG_CCSEL0_P0(std::int32_t* destination) {
+    getLegacyCc(Route::CC1, destination);
+}
+
+void FgGxWrapperImpl::set_sdk_param_FG_CCSEL1_P0(int value, bool throwOnError) {
+    setLegacyCc(Route::CC2, cache_.FG_CCSEL1, value, throwOnError);
+}
+void FgGxWrapperImpl::get_sdk_param_FG_CCSEL1_P0(std::int32_t* destination) {
+    getLegacyCc(Route::CC2, destination);
+}
+
+void FgGxWrapperImpl::set_sdk_param_FG_CCSEL2_P0(int value, bool throwOnError) {
+    setLegacyCc(Route::CC3, cache_.FG_CCSEL2, value, throwOnError);
+}
+void FgGxWrapperImpl::get_sdk_param_FG_CCSEL2_P0(std::int32_t* destination) {
+    getLegacyCc(Route::CC3, destination);
+}
+
+void FgGxWrapperImpl::set_sdk_param_FG_CCSEL3_P0(int value, bool throwOnError) {
+    setLegacyCc(Route::CC4, cache_.FG_CCSEL3, value, throwOnError);
+}
+void FgGxWrapperImpl::get_sdk_param_FG_CCSEL3_P0(std::int32_t* destination) {
+    getLegacyCc(Route::CC4, destination);
 }

@@ -8,7 +8,7 @@ using marovine::entriesOf;
 using marovine::oneOf;
 
 void FgGxWrapperImpl::set_sdk_param_FG_SIGNAL_ANALYZER_CLEAR_P0(int value, bool throwOnError) {
-    applySetting(cache_.outputs.analyzerClear, value, oneOf(value, entriesOf("FG_SIGNAL_ANALYZER_CLEAR")),
+    applySetting(cache_.FG_SIGNAL_ANALYZER_CLEAR, value, oneOf(value, entriesOf("FG_SIGNAL_ANALYZER_CLEAR")),
                  throwOnError, [&] {
                      // Each call gives the design one pulse, whatever was set before.
                      design().write(designParameter("Trigger_Analyzer_Clear_Value"), 1U);

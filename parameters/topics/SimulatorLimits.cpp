@@ -31,7 +31,7 @@ double FgGxWrapperImpl::getCamSimLinerate_P0(std::int32_t mode) const {
     switch (mode) {
         case constant("FG_PIXEL_FREQUENCY"): {
             // The gap that another mode left behind does not slow the lines down.
-            const bool gapCounts = cache_.simulator.speedMode == mode;
+            const bool gapCounts = cache_.FG_CAMERASIMULATOR_SELECT_MODE == mode;
             return simulatorPixelRate() / (width + (gapCounts ? simulator_.effectiveLineGap : 0));
         }
         case constant("FG_LINERATE"):
@@ -44,7 +44,7 @@ double FgGxWrapperImpl::getCamSimLinerate_P0(std::int32_t mode) const {
 }
 
 double FgGxWrapperImpl::simulatorFrameRate(std::int32_t mode) const {
-    const double lines = static_cast<double>(cache_.simulator.height) + simulator_.effectiveFrameGap;
+    const double lines = static_cast<double>(cache_.FG_CAMERASIMULATOR_HEIGHT) + simulator_.effectiveFrameGap;
     const double pixels = static_cast<double>(simulator_.effectiveWidth) + simulator_.effectiveLineGap;
     switch (mode) {
         case constant("FG_PIXEL_FREQUENCY"):
@@ -52,7 +52,7 @@ double FgGxWrapperImpl::simulatorFrameRate(std::int32_t mode) const {
         case constant("FG_LINERATE"):
             return getCamSimLinerate_P0(mode) / lines;
         case constant("FG_FRAMERATE"):
-            return marovine::frameRateOf(cache_.simulator.height, simulatorSequence());
+            return marovine::frameRateOf(cache_.FG_CAMERASIMULATOR_HEIGHT, simulatorSequence());
         default:
             throw error::noDefinition;
     }
@@ -62,14 +62,14 @@ double FgGxWrapperImpl::simulatorFrameRate(std::int32_t mode) const {
 
 std::uint32_t FgGxWrapperImpl::simulatorWidthLimit() const {
     const double pixelRate = simulator_.maximumPixelRate;
-    switch (cache_.simulator.speedMode) {
+    switch (cache_.FG_CAMERASIMULATOR_SELECT_MODE) {
         case constant("FG_PIXEL_FREQUENCY"):
             return restOfSize(simulator_.effectiveLineGap);
         case constant("FG_LINERATE"):
             return sizeWithin(pixelRate / marovine::lineRateOf(simulatorSequence()) - 8.0,
                               marovine::kSizeLimit);
         case constant("FG_FRAMERATE"): {
-            const std::uint32_t height = cache_.simulator.height;
+            const std::uint32_t height = cache_.FG_CAMERASIMULATOR_HEIGHT;
             const double frameRate = marovine::frameRateOf(height, simulatorSequence());
             return sizeWithin(pixelRate / (height * frameRate) - 8.0, marovine::kSizeLimit);
         }
@@ -80,7 +80,7 @@ std::uint32_t FgGxWrapperImpl::simulatorWidthLimit() const {
 
 std::uint32_t FgGxWrapperImpl::simulatorLineGapLimit() const {
     const std::uint32_t width = simulator_.effectiveWidth;
-    switch (cache_.simulator.speedMode) {
+    switch (cache_.FG_CAMERASIMULATOR_SELECT_MODE) {
         case constant("FG_PIXEL_FREQUENCY"):
             return restOfSize(width);
         case constant("FG_LINERATE"):
@@ -93,16 +93,17 @@ std::uint32_t FgGxWrapperImpl::simulatorLineGapLimit() const {
 }
 
 std::uint32_t FgGxWrapperImpl::simulatorHeightLimit() const {
-    if (cache_.simulator.speedMode != constant("FG_FRAMERATE"))
+    if (cache_.FG_CAMERASIMULATOR_SELECT_MODE != constant("FG_FRAMERATE"))
         return restOfSize(simulator_.effectiveFrameGap);
-    const double frameRate = marovine::frameRateOf(cache_.simulator.height, simulatorSequence());
+    const double frameRate = marovine::frameRateOf(cache_.FG_CAMERASIMULATOR_HEIGHT, simulatorSequence());
     return sizeWithin(simulator_.maximumPixelRate / ((simulator_.effectiveWidth + 8.0) * frameRate),
                       marovine::kSizeLimit);
 }
 
 std::uint32_t FgGxWrapperImpl::simulatorFrameGapLimit() const {
-    return cache_.simulator.speedMode == constant("FG_PIXEL_FREQUENCY") ? restOfSize(cache_.simulator.height)
-                                                                        : 0;
+    return cache_.FG_CAMERASIMULATOR_SELECT_MODE == constant("FG_PIXEL_FREQUENCY")
+               ? restOfSize(cache_.FG_CAMERASIMULATOR_HEIGHT)
+               : 0;
 }
 
 double FgGxWrapperImpl::simulatorLineRateLimit() const {
@@ -110,7 +111,8 @@ double FgGxWrapperImpl::simulatorLineRateLimit() const {
 }
 
 double FgGxWrapperImpl::simulatorFrameRateLimit() const {
-    return simulator_.maximumPixelRate / ((simulator_.effectiveWidth + 8.0) * cache_.simulator.height);
+    return simulator_.maximumPixelRate /
+           ((simulator_.effectiveWidth + 8.0) * cache_.FG_CAMERASIMULATOR_HEIGHT);
 }
 
 // ---- ranges: a limit that cannot be had leaves its range as it is ----
@@ -151,7 +153,8 @@ void FgGxWrapperImpl::get_sdk_param_FG_CAMERASIMULATOR_LINE_GAP_P0(std::uint32_t
 
 void FgGxWrapperImpl::get_sdk_param_FG_CAMERASIMULATOR_FRAME_GAP_P0(std::uint32_t* destination) {
     requireDestination(destination);
-    *destination = cache_.simulator.speedMode == constant("FG_FRAMERATE") ? 0 : simulator_.effectiveFrameGap;
+    *destination =
+        cache_.FG_CAMERASIMULATOR_SELECT_MODE == constant("FG_FRAMERATE") ? 0 : simulator_.effectiveFrameGap;
 }
 
 void FgGxWrapperImpl::get_sdk_param_FG_CAMERASIMULATOR_PIXEL_FREQUENCY_P0(double* destination) {
@@ -161,12 +164,12 @@ void FgGxWrapperImpl::get_sdk_param_FG_CAMERASIMULATOR_PIXEL_FREQUENCY_P0(double
 
 void FgGxWrapperImpl::get_sdk_param_FG_CAMERASIMULATOR_LINERATE_P0(double* destination) {
     requireDestination(destination);
-    *destination = getCamSimLinerate_P0(cache_.simulator.speedMode);
+    *destination = getCamSimLinerate_P0(cache_.FG_CAMERASIMULATOR_SELECT_MODE);
 }
 
 void FgGxWrapperImpl::get_sdk_param_FG_CAMERASIMULATOR_FRAMERATE_P0(double* destination) {
     requireDestination(destination);
-    *destination = simulatorFrameRate(cache_.simulator.speedMode);
+    *destination = simulatorFrameRate(cache_.FG_CAMERASIMULATOR_SELECT_MODE);
 }
 
 void FgGxWrapperImpl::get_sdk_param_FG_CAMERASIMULATOR_ACTIVE_P0(std::uint32_t* destination) {

@@ -34,9 +34,13 @@ std::uint32_t FgGxWrapperImpl::extendedCameraStatus() const {
     std::uint32_t status = 0;
     constexpr int id = marovine::sdkId("FG_CAMSTATUS_EXTENDED");  // of the inner handle
     if (const int code = getUnwrappedParameterWithType(id, &status, 0, FG_TYPE_UINT32)) throw code;
-    if (cache_.simulator.source == constant("FG_CAMERASIMULATOR")) status |= kPixelClock;
+    if (cache_.FG_CAMERASIMULATOR_ENABLE == constant("FG_CAMERASIMULATOR")) status |= kPixelClock;
     status &= ~(kOverflow | kFillLevel);
     return status | quarterOf(fillLevel) << kFillLevelBit | overflow << kOverflowBit;
+}
+
+void FgGxWrapperImpl::get_sdk_param_FG_HAP_FILE_P0(char* destination) {
+    copyText(marovine::kHapFile, destination);
 }
 
 void FgGxWrapperImpl::get_sdk_param_FG_FILLLEVEL_P0(std::uint32_t* destination) {
