@@ -27,9 +27,9 @@
 #include "parameters/Setting.h"
 #include "runtime/FgGxWrapper.h"
 #include "tables/DesignParameters.h"
-#include "tables/RouteTable.h"
 
 namespace marovine {
+enum class Route : std::uint8_t;
 /// Longest text that a getter may write, without its terminator.
 inline constexpr std::size_t kTextRoom = 655360;
 
@@ -254,6 +254,7 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     void readMonitor(const char* ending, std::uint32_t* destination) const;
     void update_dynamic_range_FG_DEBUGOUTPIXEL_P0();
     // parameters/topics/StatusReadouts.cpp
+    std::uint32_t bufferOverflow() const;
     /// Fill level of the buffer in percent: 100 while it overflows.
     std::uint32_t bufferFillLevel() const;
     std::uint32_t extendedCameraStatus() const;

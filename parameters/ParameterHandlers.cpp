@@ -30,7 +30,7 @@ constexpr CacheSlot slotOf() {
 /// Reads the design parameter that a row names.
 template <SdkIndex parameter>
 inline constexpr auto designReader =
-    &Impl::readDesign<designParameter(rowOf(parameter).design), Result<rowOf(parameter).type>>;
+    &Impl::readDesign<designParameterOf(rowOf(parameter)), Result<rowOf(parameter).type>>;
 
 // clang-format off
 #define SET_ReadOnly(NAME) ReadOnly{}
@@ -157,7 +157,7 @@ using marovine::ValueType;
 template <SdkIndex parameter, class T>
 void FgGxWrapperImpl::setUnchanged(T& cached, T value, bool throwOnError) {
     constexpr const auto& row = rowOf(parameter);
-    constexpr auto target = marovine::designParameter(row.design);
+    constexpr auto target = marovine::designParameterOf(row);
     const auto verdict = [&] {
         if constexpr (row.type == ValueType::Enumeration)
             return oneOf(value, std::get<marovine::EntryList>(row.range));

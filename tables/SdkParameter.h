@@ -7,8 +7,10 @@
 /// A column that a row leaves out has the value that is given here; columns are named in this order. The
 /// host's texts are ISO-8859-1.
 
+#include <array>
 #include <cstdint>
 #include <limits>
+#include <string_view>
 #include <variant>
 
 #include "tables/EnumerationTables.h"
@@ -33,10 +35,10 @@ enum class ValueType {
 enum class SetBy {
     ReadOnly,   ///< refused
     Setter,     ///< a setter of its own
-    Unchanged,  ///< checked against the range, kept, and written as it is to the design parameter
-    Source,     ///< chooses the signal of a route (tables/RouteTable.h)
-    Polarity,   ///< inverts the signal of a route
-    Elements,   ///< setters of its own for an element and for a block
+    Unchanged,  ///< checked against the range, kept, and written as it is to the first design parameter
+    Source,  ///< chooses the signal of a route (tables/RouteTable.h); the design parameter is its multiplexer
+    Polarity,  ///< inverts the signal of a route; the design parameter is its inverter
+    Elements,  ///< setters of its own for an element and for a block
 };
 
 /// Where a read comes from.
@@ -44,7 +46,7 @@ enum class ReadFrom {
     Cache,        ///< the value last accepted
     Applied,      ///< the source or polarity that the design was last given successfully
     Getter,       ///< a member `get_sdk_param_<NAME>_P0`
-    Design,       ///< the design parameter
+    Design,       ///< the first design parameter
     Constant,     ///< the constant, signed 32-bit
     Forwarded,    ///< the inner handle, with the caller's own arguments
     InnerHandle,  ///< the inner handle, on DMA channel 0 as unsigned 32-bit
@@ -117,7 +119,7 @@ struct SdkParameter {
     DefaultValue initialValue = defaultValue;  ///< in the cache before that; zero or empty when not given
     FileUse fileUse = isGiven(defaultValue) ? FileUse::Applied : FileUse::NotStored;
     std::int32_t constant = 0;
-    const char* design = "";  ///< design parameter that is written or read, without "Device1_Process0_"
+    std::array<std::string_view, 4> design{};  ///< full names of the design parameters that are its own
 
     // How a host sees it; what is forwarded has no description.
     const char* group = "";  ///< path of groups, separated by " > " (tables/Catalogue.h)

@@ -21,6 +21,7 @@ using marovine::oneOf;
 using marovine::ParameterCache;
 using marovine::Route;
 using marovine::RoutedValue;
+using marovine::routeOf;
 using marovine::routeTable;
 
 namespace {
@@ -57,7 +58,7 @@ constexpr const RouteFields& fieldsOf(Route route) {
 /// Value in force of a source or polarity. The control lines keep one value only: what is requested (which a
 /// configuration load may have filled) counts. For the others it is what the design was last given.
 std::int32_t inForce(Route route, const RoutedValue& value) {
-    return route <= Route::CC4 ? value.requested : value.applied;
+    return rowOf(route).readsApplied ? value.applied : value.requested;
 }
 
 /// A source of a control line under the names of the legacy selection. Ground and supply know no polarity.
@@ -197,29 +198,29 @@ void FgGxWrapperImpl::getLegacyCc(Route line, std::int32_t* destination) const {
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_CCSEL0_P0(int value, bool throwOnError) {
-    setLegacyCc(Route::CC1, cache_.FG_CCSEL0, value, throwOnError);
+    setLegacyCc(routeOf("FG_CC1_SOURCE"), cache_.FG_CCSEL0, value, throwOnError);
 }
 void FgGxWrapperImpl::get_sdk_param_FG_CCSEL0_P0(std::int32_t* destination) {
-    getLegacyCc(Route::CC1, destination);
+    getLegacyCc(routeOf("FG_CC1_SOURCE"), destination);
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_CCSEL1_P0(int value, bool throwOnError) {
-    setLegacyCc(Route::CC2, cache_.FG_CCSEL1, value, throwOnError);
+    setLegacyCc(routeOf("FG_CC2_SOURCE"), cache_.FG_CCSEL1, value, throwOnError);
 }
 void FgGxWrapperImpl::get_sdk_param_FG_CCSEL1_P0(std::int32_t* destination) {
-    getLegacyCc(Route::CC2, destination);
+    getLegacyCc(routeOf("FG_CC2_SOURCE"), destination);
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_CCSEL2_P0(int value, bool throwOnError) {
-    setLegacyCc(Route::CC3, cache_.FG_CCSEL2, value, throwOnError);
+    setLegacyCc(routeOf("FG_CC3_SOURCE"), cache_.FG_CCSEL2, value, throwOnError);
 }
 void FgGxWrapperImpl::get_sdk_param_FG_CCSEL2_P0(std::int32_t* destination) {
-    getLegacyCc(Route::CC3, destination);
+    getLegacyCc(routeOf("FG_CC3_SOURCE"), destination);
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_CCSEL3_P0(int value, bool throwOnError) {
-    setLegacyCc(Route::CC4, cache_.FG_CCSEL3, value, throwOnError);
+    setLegacyCc(routeOf("FG_CC4_SOURCE"), cache_.FG_CCSEL3, value, throwOnError);
 }
 void FgGxWrapperImpl::get_sdk_param_FG_CCSEL3_P0(std::int32_t* destination) {
-    getLegacyCc(Route::CC4, destination);
+    getLegacyCc(routeOf("FG_CC4_SOURCE"), destination);
 }

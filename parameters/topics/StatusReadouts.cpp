@@ -23,14 +23,18 @@ constexpr std::uint32_t quarterOf(std::uint32_t percent) {
 
 }  // namespace
 
+std::uint32_t FgGxWrapperImpl::bufferOverflow() const {
+    return design().readUInt32(designParameter("Overflow_OverflowOccurred"));
+}
+
 std::uint32_t FgGxWrapperImpl::bufferFillLevel() const {
-    if (design().readUInt32(designParameter("Overflow_OverflowOccurred")) == 1) return 100;
+    if (bufferOverflow() == 1) return 100;
     return design().readUInt32(designParameter("Buffer_0_DRAM_A_0_FillLevel"));
 }
 
 std::uint32_t FgGxWrapperImpl::extendedCameraStatus() const {
     const std::uint32_t fillLevel = bufferFillLevel();
-    const std::uint32_t overflow = design().readUInt32(designParameter("Overflow_OverflowOccurred"));
+    const std::uint32_t overflow = bufferOverflow();
     std::uint32_t status = 0;
     constexpr int id = marovine::sdkId("FG_CAMSTATUS_EXTENDED");  // of the inner handle
     if (const int code = getUnwrappedParameterWithType(id, &status, 0, FG_TYPE_UINT32)) throw code;
@@ -46,6 +50,11 @@ void FgGxWrapperImpl::get_sdk_param_FG_HAP_FILE_P0(char* destination) {
 void FgGxWrapperImpl::get_sdk_param_FG_FILLLEVEL_P0(std::uint32_t* destination) {
     requireDestination(destination);
     *destination = bufferFillLevel();
+}
+
+void FgGxWrapperImpl::get_sdk_param_FG_OVERFLOW_P0(std::uint32_t* destination) {
+    requireDestination(destination);
+    *destination = bufferOverflow();
 }
 
 void FgGxWrapperImpl::get_sdk_param_FG_CAMSTATUS_EXTENDED_P0(std::uint32_t* destination) {
