@@ -5,6 +5,8 @@
 
 #include <pthread.h>
 
+#include "base/ThreadSafety.h"
+
 namespace tavr::templates::patterns {
 
 /// Throws `std::logic_error` with `text`. Kept out of line: the guards stay small, and a call from a
@@ -13,7 +15,7 @@ namespace tavr::templates::patterns {
 
 /// A lock that knows whether a guard holds it. Must be free when it is destroyed; otherwise the process ends
 /// with "GenericLock object destroyed with lock still held".
-class GenericLock {
+class IS_LOCK GenericLock {
  public:
     GenericLock() = default;
     GenericLock(const GenericLock&) = delete;
@@ -26,11 +28,11 @@ class GenericLock {
         }
     }
     /// Blocks until the lock is taken.
-    virtual void acquire() = 0;
+    virtual void acquire() TAKES() = 0;
     /// Tries once, or for at most `timeout` if the lock can wait; true if it was taken.
-    virtual bool try_acquire(unsigned int timeout) = 0;
+    virtual bool try_acquire(unsigned int timeout) TRIES_TO_TAKE(true) = 0;
     /// Gives the lock back.
-    virtual void release() = 0;
+    virtual void release() GIVES_BACK() = 0;
 
  protected:
     friend class GenericLockGuard;
@@ -68,13 +70,14 @@ class Guard {
 
 /// Holds a `GenericLock` for a scope. Not re-entrant: a second guard on a held lock throws
 /// "GenericLock object got lock but is already marked as locked".
-class GenericLockGuard : public Guard<GenericLock*> {
+class IS_SCOPED_LOCK GenericLockGuard : public Guard<GenericLock*> {
  public:
     /// Takes `lock`; with `ownsLock` the lock is deleted when the guard ends.
-    explicit GenericLockGuard(GenericLock* lock, bool ownsLock = false) : Guard(lock) {
+    explicit GenericLockGuard(GenericLock* lock, bool ownsLock = false) TAKES(lock) NOT_CHECKED
+        : Guard(lock) {
         enter(*lock, ownsLock);
     }
-    ~GenericLockGuard() override {
+    ~GenericLockGuard() override GIVES_BACK() NOT_CHECKED {
         if (locked_) {
             leave(*lock_);
         }
@@ -87,14 +90,14 @@ class GenericLockGuard : public Guard<GenericLock*> {
 
     /// `Lock` is the class that the caller knows: a final one needs no virtual call.
     template <typename Lock>
-    void enter(Lock& lock, bool ownsLock) {
+    void enter(Lock& lock, bool ownsLock) NOT_CHECKED {
         lock.acquire();
         adopt(lock, ownsLock);
     }
 
     /// Makes a lock that was just acquired this guard's.
     template <typename Lock>
-    void adopt(Lock& lock, bool ownsLock) {
+    void adopt(Lock& lock, bool ownsLock) NOT_CHECKED {
         if (static_cast<GenericLock&>(lock).locked_) {
             lock.release();
             reportLockMisuse("GenericLock object got lock but is already marked as locked");
@@ -104,7 +107,7 @@ class GenericLockGuard : public Guard<GenericLock*> {
     }
 
     template <typename Lock>
-    void leave(Lock& lock) {
+    void leave(Lock& lock) NOT_CHECKED {
         if (!static_cast<GenericLock&>(lock).locked_) {
             reportLockMisuse("GenericLock::leave() called with lock not held");
         }
@@ -120,19 +123,23 @@ namespace tavr::templates::platform {
 
 /// A lock on an error-checking mutex: a second `acquire` of the holding thread fails instead of blocking for
 /// ever, and the guard then sees from the lock's own mark that it is nested.
-class CriticalSection final : public patterns::GenericLock {
+class IS_LOCK CriticalSection final : public patterns::GenericLock {
  public:
     CriticalSection();
     /// Works on a mutex of the caller's, which must outlive the lock.
     explicit CriticalSection(pthread_mutex_t* externalMutex) : external_(true), mutex_(externalMutex) {}
     ~CriticalSection() override;
 
-    void acquire() override { pthread_mutex_lock(mutex_); }
+    void acquire() override TAKES() NOT_CHECKED { pthread_mutex_lock(mutex_); }
     /// The same, unless this thread holds the lock; whether it was taken. Needs an error-checking mutex.
-    bool acquireUnlessHeld() { return pthread_mutex_lock(mutex_) == 0; }
+    bool acquireUnlessHeld() NOT_CHECKED { return pthread_mutex_lock(mutex_) == 0; }
     /// One attempt; the timeout is not waited for.
-    bool try_acquire(unsigned int /*timeout*/) override { return pthread_mutex_trylock(mutex_) == 0; }
-    void release() override { pthread_mutex_unlock(mutex_); }
+    bool try_acquire(unsigned int /*timeout*/) override TRIES_TO_TAKE(true) NOT_CHECKED {
+        return pthread_mutex_trylock(mutex_) == 0;
+    }
+    void release() override GIVES_BACK() NOT_CHECKED { pthread_mutex_unlock(mutex_); }
+    /// For functions that are called only while the lock is held, and only through pointers.
+    void saidToBeHeld() const SAYS_IT_IS_HELD {}
 
  private:
     bool external_ = false;  ///< the mutex in use is the caller's and is not destroyed here
@@ -141,13 +148,13 @@ class CriticalSection final : public patterns::GenericLock {
 };
 
 /// A `GenericLockGuard` that knows its lock's class. It stands on the path of every typed get and set.
-class CriticalSectionGuard final : public patterns::GenericLockGuard {
+class IS_SCOPED_LOCK CriticalSectionGuard final : public patterns::GenericLockGuard {
  public:
-    explicit CriticalSectionGuard(CriticalSection* lock, bool ownsLock = false)
+    explicit CriticalSectionGuard(CriticalSection* lock, bool ownsLock = false) TAKES(lock) NOT_CHECKED
         : GenericLockGuard(lock, NotEntered{}) {
         enter(*lock, ownsLock);
     }
-    ~CriticalSectionGuard() override {
+    ~CriticalSectionGuard() override GIVES_BACK() NOT_CHECKED {
         if (locked_) {
             leave(static_cast<CriticalSection&>(*lock_));
         }
@@ -156,15 +163,17 @@ class CriticalSectionGuard final : public patterns::GenericLockGuard {
 
 /// Holds a `CriticalSection` for a scope, except where the thread holds it already: for work that is asked
 /// for on its own as well as in the middle of a call that holds the lock.
-class OuterCriticalSectionGuard final : public patterns::GenericLockGuard {
+class IS_SCOPED_LOCK OuterCriticalSectionGuard final : public patterns::GenericLockGuard {
  public:
-    explicit OuterCriticalSectionGuard(CriticalSection* lock) : GenericLockGuard(lock, NotEntered{}) {
+    explicit OuterCriticalSectionGuard(CriticalSection* lock) TAKES(lock) NOT_CHECKED
+        : GenericLockGuard(lock, NotEntered{}) {
         if (lock->acquireUnlessHeld()) adopt(*lock, false);
     }
+    ~OuterCriticalSectionGuard() override GIVES_BACK() NOT_CHECKED {}
 };
 
 /// A mutex that its thread may take again.
-class RecursiveMutex {
+class IS_LOCK RecursiveMutex {
  public:
     RecursiveMutex();
     RecursiveMutex(const RecursiveMutex&) = delete;
@@ -182,14 +191,15 @@ class RecursiveMutex {
 };
 
 /// Holds a `RecursiveMutex` for a scope; guards of one thread may nest.
-class RecursiveMutexGuard final : public patterns::Guard<RecursiveMutex*> {
+class IS_SCOPED_LOCK RecursiveMutexGuard final : public patterns::Guard<RecursiveMutex*> {
  public:
-    explicit RecursiveMutexGuard(RecursiveMutex* lock, bool ownsLock = false) : Guard(lock) {
+    explicit RecursiveMutexGuard(RecursiveMutex* lock, bool ownsLock = false) TAKES(lock) NOT_CHECKED
+        : Guard(lock) {
         pthread_mutex_lock(&lock_->mutex_);
         ++lock_->depth_;
         setHeld(ownsLock);
     }
-    ~RecursiveMutexGuard() override {
+    ~RecursiveMutexGuard() override GIVES_BACK() NOT_CHECKED {
         if (locked_) {
             // Before the unlock: the counter belongs to whoever holds the mutex.
             --lock_->depth_;
@@ -200,7 +210,7 @@ class RecursiveMutexGuard final : public patterns::Guard<RecursiveMutex*> {
 };
 
 /// A lock for many readers or one writer, within this process.
-class ReadWriteLock {
+class IS_LOCK ReadWriteLock {
  public:
     ReadWriteLock();
     ReadWriteLock(const ReadWriteLock&) = delete;
@@ -216,10 +226,10 @@ class ReadWriteLock {
 enum class Access { Read, Write };
 
 /// Holds a `ReadWriteLock` for a scope.
-class ReadWriteLockGuard final : public patterns::Guard<ReadWriteLock*> {
+class IS_SCOPED_LOCK ReadWriteLockGuard final : public patterns::Guard<ReadWriteLock*> {
  public:
-    ReadWriteLockGuard(ReadWriteLock* lock, Access access, bool ownsLock = false);
-    ~ReadWriteLockGuard() override;
+    ReadWriteLockGuard(ReadWriteLock* lock, Access access, bool ownsLock = false) TAKES(lock);
+    ~ReadWriteLockGuard() override GIVES_BACK();
 };
 
 /// Holds a spin variable for a scope: an `int` that is 0 while free and 1 while taken. With an owner variable

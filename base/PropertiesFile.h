@@ -29,10 +29,10 @@ class PropertiesFile {
  private:
     std::string inStoredCase(const std::string& text) const;
 
-    std::map<std::string, std::string> entries_;
+    mutable RecursiveMutex lock_;
+    std::map<std::string, std::string> entries_ GUARDED_BY(lock_);
     bool sections_ = true;
     bool caseSensitive_ = false;
-    mutable RecursiveMutex lock_;  ///< guards the entries
     std::string defaultValue_;
 };
 

@@ -134,6 +134,7 @@ int FgGxWrapperImpl::Fg_loadConfig(Fg_Struct* inner, const char* fileName) {
 }
 
 bool FgGxWrapperImpl::saveConfig(Fg_ConfigFileParser& parser) {
+    lock_.saidToBeHeld();  // by Fg_saveConfig, which comes here through the base
     parser.writeConfigFileByPort(kPort);
     for (const auto& row : marovine::sdkParameters) {
         if (row.fileUse == FileUse::NotStored) continue;

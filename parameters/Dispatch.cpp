@@ -70,7 +70,10 @@ int FgGxWrapperImpl::Fg_setParameterWithType(int id, const void* value, int dmaI
         return setError(setUnwrappedParameterWithType(id - kDesignIdBase, value, dmaIndex, type));
     if (directRegisterAccess && id > kRegisterIdBase)
         return setError(writeRegister(id - kRegisterIdBase, value));
-    return setError(codeOf([&] { setParameterWithType(id, value, dmaIndex, type); }));
+    return setError(codeOf([&] {
+        lock_.saidToBeHeld();  // the checker sees no further than this body
+        setParameterWithType(id, value, dmaIndex, type);
+    }));
 }
 
 int FgGxWrapperImpl::Fg_getParameterWithType(int id, void* value, int dmaIndex, FgParamTypes type) {
@@ -80,7 +83,10 @@ int FgGxWrapperImpl::Fg_getParameterWithType(int id, void* value, int dmaIndex, 
         return setError(getUnwrappedParameterWithType(id - kDesignIdBase, value, dmaIndex, type));
     if (directRegisterAccess && id > kRegisterIdBase)
         return setError(readRegister(id - kRegisterIdBase, value));
-    return setError(codeOf([&] { getParameterWithType(id, value, dmaIndex, type); }));
+    return setError(codeOf([&] {
+        lock_.saidToBeHeld();  // the checker sees no further than this body
+        getParameterWithType(id, value, dmaIndex, type);
+    }));
 }
 
 int FgGxWrapperImpl::Fg_freeParameterString(int id, void* value, int dmaIndex, FgParamTypes type) {

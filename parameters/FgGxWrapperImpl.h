@@ -86,8 +86,8 @@ class FgGxWrapperImpl final : public FgGxWrapper {
 
     // ---- typed access without lock: throws the code ----
 
-    void setParameterWithType(int id, const void* value, int dmaIndex, FgParamTypes type);
-    void getParameterWithType(int id, void* value, int dmaIndex, FgParamTypes type);
+    void setParameterWithType(int id, const void* value, int dmaIndex, FgParamTypes type) NEEDS(lock_);
+    void getParameterWithType(int id, void* value, int dmaIndex, FgParamTypes type) NEEDS(lock_);
     /// The process of a DMA index; throws -2070 for an unknown one.
     int mapDmaToProcess(int dmaIndex) const;
 
@@ -289,10 +289,10 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     int readDebugEntryCount() const;
     void readDebugEntries();
     // parameters/Configuration.cpp
-    void writeStoredValue(Fg_ConfigFileParser& parser, const marovine::SdkParameter& row);
+    void writeStoredValue(Fg_ConfigFileParser& parser, const marovine::SdkParameter& row) NEEDS(lock_);
     // Dispatch.cpp
-    int writeRegister(int number, const void* value) const;
-    int readRegister(int number, void* value) const;
+    int writeRegister(int number, const void* value) const NEEDS(lock_);
+    int readRegister(int number, void* value) const NEEDS(lock_);
     void requireProcess(int dmaIndex, int id, const char* verb) const;
     template <class WriteText>
     void giveText(void* value, FgParamTypes type, WriteText&& writeText);
