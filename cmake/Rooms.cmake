@@ -19,6 +19,11 @@ function(marovine_room target)
     file(MAKE_DIRECTORY ${door}/${above})
     file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${door}/${folder} SYMBOLIC)
 
+    # For the picture of the house: name, folder, then what its headers and what only its sources use.
+    string(REPLACE ";" "," uses "${room_USES}")
+    string(REPLACE ";" "," uses_inside "${room_USES_INSIDE}")
+    set_property(GLOBAL APPEND_STRING PROPERTY marovine_rooms "${target} ${folder} [${uses}] [${uses_inside}]\n")
+
     get_target_property(type ${target} TYPE)
     if(type STREQUAL "INTERFACE_LIBRARY")
         target_include_directories(${target} INTERFACE ${door})
@@ -32,4 +37,10 @@ function(marovine_room target)
         target_include_directories(${target} PUBLIC ${door})
     endif()
     target_link_libraries(${target} PUBLIC ${room_USES} PRIVATE ${room_USES_INSIDE})
+endfunction()
+
+# Writes the list of rooms, from the ground up, for `tools/draw-house`.
+function(marovine_list_rooms file)
+    get_property(rooms GLOBAL PROPERTY marovine_rooms)
+    file(CONFIGURE OUTPUT ${file} CONTENT "${rooms}" @ONLY)
 endfunction()
