@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include "base/ErrorCodes.h"
-#include "base/Fg_Log.h"
+#include "family/Fg_Log.h"
 #include "files/ConfigLine.h"
 
 using marovine::LineReader;
@@ -83,10 +83,6 @@ int Fg_ConfigFileParser::writeConfigFilePortA() {
     return writeConfigFileByPort(0);
 }
 
-int Fg_ConfigFileParser::writeConfigFilePortB() {
-    return writeConfigFileByPort(1);
-}
-
 int Fg_ConfigFileParser::writeConfigFileByPort(int port) {
     logEntry(__func__);
     return write({"\n", getPortString(port).c_str(), "\n"});
@@ -103,10 +99,6 @@ int Fg_ConfigFileParser::writeConfigFileValue(const char* key, const char* value
 }
 
 int Fg_ConfigFileParser::writeConfigFileIntKey(const char* key, int value) {
-    return writeConfigFileValue(key, std::to_string(value).c_str());
-}
-
-int Fg_ConfigFileParser::writeConfigFileUInt64Key(const char* key, unsigned long value) {
     return writeConfigFileValue(key, std::to_string(value).c_str());
 }
 
@@ -151,30 +143,25 @@ int Fg_ConfigFileParser::parseKeyFromLine(const char* needle, char* destination)
     return refuse(destination);
 }
 
-template <typename Value>
-int Fg_ConfigFileParser::parseNumber(const char* section, const char* key, Value* value,
-                                     int (*convert)(const char*, Value*)) {
-    std::array<char, marovine::LineSize> text;
-    parseKey(section, key, text.data());
+bool Fg_ConfigFileParser::numberText(const char* section, const char* key, char* text) {
+    parseKey(section, key, text);
     // The text decides, not the code: a value that says "Error" counts as missing.
-    if (std::strstr(text.data(), marovine::MissingText.data()) != nullptr) return -1;
-    return convert(text.data(), value);
+    return std::strstr(text, marovine::MissingText.data()) == nullptr;
 }
 
 int Fg_ConfigFileParser::parseIntKey(const char* section, const char* key, int* value) {
-    return parseNumber(section, key, value, getIntValue);
-}
-
-int Fg_ConfigFileParser::parseUInt64Key(const char* section, const char* key, unsigned long* value) {
-    return parseNumber(section, key, value, getUInt64Value);
+    std::array<char, marovine::LineSize> text;
+    return numberText(section, key, text.data()) ? getIntValue(text.data(), value) : -1;
 }
 
 int Fg_ConfigFileParser::parseInt64Key(const char* section, const char* key, long* value) {
-    return parseNumber(section, key, value, getInt64Value);
+    std::array<char, marovine::LineSize> text;
+    return numberText(section, key, text.data()) ? getInt64Value(text.data(), value) : -1;
 }
 
 int Fg_ConfigFileParser::parseDoubleKey(const char* section, const char* key, double* value) {
-    return parseNumber(section, key, value, getDoubleValue);
+    std::array<char, marovine::LineSize> text;
+    return numberText(section, key, text.data()) ? getDoubleValue(text.data(), value) : -1;
 }
 
 int Fg_ConfigFileParser::parseKeySection(int port, const char* key, char* destination) {
@@ -183,10 +170,6 @@ int Fg_ConfigFileParser::parseKeySection(int port, const char* key, char* destin
 
 int Fg_ConfigFileParser::parseIntKeySection(int port, const char* key, int* value) {
     return parseIntKey(getPortString(port).c_str(), key, value);
-}
-
-int Fg_ConfigFileParser::parseUInt64KeySection(int port, const char* key, unsigned long* value) {
-    return parseUInt64Key(getPortString(port).c_str(), key, value);
 }
 
 int Fg_ConfigFileParser::parseInt64KeySection(int port, const char* key, long* value) {
@@ -203,13 +186,6 @@ int Fg_ConfigFileParser::parseIntKeyFromHeader(const char* key, int* value) {
 
 int Fg_ConfigFileParser::getIntValue(const char* text, int* value) {
     *value = static_cast<int>(std::strtol(text, nullptr, 10));
-    return 0;
-}
-
-int Fg_ConfigFileParser::getUInt64Value(const char* text, unsigned long* value) {
-    char* end = nullptr;
-    const unsigned long number = std::strtoul(text, &end, 10);
-    if (end != text) *value = number;
     return 0;
 }
 

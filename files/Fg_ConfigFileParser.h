@@ -102,8 +102,8 @@ class Fg_ConfigFileParser {
     static int getDoubleValue(const char* text, double* value);
 
  private:
-    template <typename Value>
-    int parseNumber(const char* section, const char* key, Value* value, int (*convert)(const char*, Value*));
+    /// Copies the text of a number; false when it contains "Error", which is how a missing key shows.
+    bool numberText(const char* section, const char* key, char* text);
 
     int write(std::initializer_list<const char*> texts);
 

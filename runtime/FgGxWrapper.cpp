@@ -11,7 +11,6 @@
 #include "base/ErrorCodes.h"
 #include "base/LogLine.h"
 #include "base/Logging.h"
-#include "family/TempFile.h"
 
 namespace error = marovine::error;
 using marovine::RuntimeSlot;
@@ -131,16 +130,6 @@ int FgGxWrapper::freeUnwrappedParameterString(int id, void* value, int dmaIndex,
                            : error::notAllowed;
 }
 
-int FgGxWrapper::setUnwrappedParameter(int id, const void* value, int dmaIndex) {
-    const auto set = wrapperFg().get<RuntimeSlot::SetParameter>();
-    return set != nullptr ? set(fglibFg(), id, value, static_cast<unsigned>(dmaIndex)) : error::notAllowed;
-}
-
-int FgGxWrapper::getUnwrappedParameter(int id, void* value, int dmaIndex) {
-    const auto get = wrapperFg().get<RuntimeSlot::GetParameter>();
-    return get != nullptr ? get(fglibFg(), id, value, static_cast<unsigned>(dmaIndex)) : error::notAllowed;
-}
-
 RegisterInfo* FgGxWrapper::getUnwrappedParameterInfo() const {
     const auto info = wrapperFg().get<RuntimeSlot::GetParameterInfo>();
     return info != nullptr ? info(fglibFg(), 0) : nullptr;
@@ -157,20 +146,15 @@ RegisterInfo* FgGxWrapper::findRegisterInfo(int process, int id) const {
 
 // ---- field caches ----
 
-namespace {
-
-template <class Record>
-void storeElement(void* cache, const Record* record) {
-    if (record != nullptr) static_cast<decltype(Record::value)*>(cache)[record->index] = record->value;
+void FgGxWrapper::setFieldCache(void* cache, const FieldParameterInt_s* record) {
+    if (record != nullptr) static_cast<std::uint32_t*>(cache)[record->index] = record->value;
 }
 
-template <class Record>
-void loadElement(const void* cache, Record* record) {
-    if (record != nullptr) record->value = static_cast<const decltype(Record::value)*>(cache)[record->index];
+void FgGxWrapper::getFieldCache(const void* cache, FieldParameterInt_s* record) {
+    if (record != nullptr) record->value = static_cast<const std::uint32_t*>(cache)[record->index];
 }
 
-/// Bytes of one element, 0 for type codes that no field has.
-std::size_t elementSize(std::int32_t type) {
+std::size_t FgGxWrapper::elementSize(std::int32_t type) {
     switch (type) {
         case FG_TYPE_INT32:
         case FG_TYPE_UINT32:
@@ -185,38 +169,9 @@ std::size_t elementSize(std::int32_t type) {
     }
 }
 
-}  // namespace
-
-void FgGxWrapper::setFieldCache(void* cache, const FieldParameterInt_s* record) {
-    storeElement(cache, record);
-}
-void FgGxWrapper::getFieldCache(const void* cache, FieldParameterInt_s* record) {
-    loadElement(cache, record);
-}
-void FgGxWrapper::setFieldCache(void* cache, const FieldParameterDouble_s* record) {
-    storeElement(cache, record);
-}
-void FgGxWrapper::getFieldCache(const void* cache, FieldParameterDouble_s* record) {
-    loadElement(cache, record);
-}
-
 void FgGxWrapper::setFieldCache(void* cache, const FieldParameterAccess* record) {
     if (record == nullptr) return;
     const std::size_t size = elementSize(record->type);
     if (size * record->count == 0) return;
     std::memcpy(static_cast<char*>(cache) + size * record->start, record->values, size * record->count);
-}
-
-void FgGxWrapper::getFieldCache(const void* cache, FieldParameterAccess* record) {
-    if (record == nullptr) return;
-    const std::size_t size = elementSize(record->type);
-    if (size * record->count == 0) return;
-    std::memcpy(record->values, static_cast<const char*>(cache) + size * record->start, size * record->count);
-}
-
-char* FgGxWrapper::createTempFile() {
-    return marovine::createTempFile();
-}
-void FgGxWrapper::deleteTempFile(char* name) {
-    marovine::deleteTempFile(name);
 }

@@ -140,6 +140,8 @@ class FgGxWrapper {
 
     // ---- field caches: copies between a cache array and a record; a null record does nothing ----
 
+    /// Bytes of one element, 0 for type codes that no field has.
+    static std::size_t elementSize(std::int32_t type);
     static void setFieldCache(void* cache, const FieldParameterInt_s* record);
     static void getFieldCache(const void* cache, FieldParameterInt_s* record);
     static void setFieldCache(void* cache, const FieldParameterDouble_s* record);

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "base/Fg_Log.h"
+#include "family/Fg_Log.h"
 #include "files/Fg_ConfigFileParser.h"
 #include "tests/PlainLookup.h"
 #include "tests/TemporaryFile.h"

@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "base/DynamicLoading.h"
-#include "base/Fg_Log.h"
+#include "family/Fg_Log.h"
 #include "base/LogLine.h"
 #include "tests/OwnProcess.h"
 #include "tests/TestDispatcher.h"

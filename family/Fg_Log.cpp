@@ -1,4 +1,4 @@
-#include "base/Fg_Log.h"
+#include "family/Fg_Log.h"
 
 #include <array>
 #include <cstdarg>
