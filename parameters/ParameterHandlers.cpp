@@ -159,10 +159,13 @@ void FgGxWrapperImpl::setUnchanged(T& cached, T value, bool throwOnError) {
     constexpr const auto& row = rowOf(parameter);
     constexpr auto target = marovine::designParameterOf(row);
     const auto verdict = [&] {
-        if constexpr (row.type == ValueType::Enumeration)
-            return oneOf(value, std::get<marovine::EntryList>(row.range));
-        else
-            return inside(value, std::get<marovine::Limits<T>>(row.range));
+        if constexpr (row.type == ValueType::Enumeration) {
+            constexpr auto entries = std::get<marovine::EntryList>(row.range);
+            return oneOf(value, entries);
+        } else {
+            constexpr auto range = std::get<marovine::Limits<T>>(row.range);
+            return inside(value, range);
+        }
     }();
     marovine::applySetting(cached, value, verdict, throwOnError, [&] {
         if constexpr (std::is_same_v<T, double>)
