@@ -44,18 +44,17 @@ Value inOwnType(std::string_view name, std::uint32_t kind, const Value& value) {
 
 }  // namespace
 
-Applet::Applet(std::shared_ptr<const Library> library, OpenOptions options)
-    : library_(std::move(library)), options_(options), board_(slot_.device), instance_(*library_) {
-    board_.setClockManual();  // in real time the read-outs would depend on how long the opening takes
-    board_.recordWrites(options_.recordWrites);
+Applet::Applet(std::shared_ptr<const Library> library, std::unique_ptr<Device> device, OpenOptions options)
+    : library_(std::move(library)), options_(options), device_(std::move(device)), instance_(*library_) {
     int error = 0;
-    record()->instance = library_->stdEntry(device(), &error, options_.writeDefaults ? 0 : kFlagAttach);
+    record()->instance =
+        library_->stdEntry(device_->handle(), &error, options_.writeDefaults ? 0 : kFlagAttach);
     if (record()->instance == nullptr) throw Refused(error, "opening the applet");
     readTree();
 }
 
 std::unique_ptr<Applet> Applet::twin() const {
-    auto other = std::make_unique<Applet>(library_, options_);
+    auto other = std::make_unique<Applet>(library_, device_->another(), options_);
     for (const Step& step : steps_) {
         if (const auto* load = std::get_if<LoadStep>(&step)) {
             other->load(load->file);

@@ -1,6 +1,6 @@
 #pragma once
 
-/// The applet as a host uses it: opened on a board, its parameters set and read by name.
+/// The applet as a host uses it: opened on a device, its parameters set and read by name.
 
 #include <cstdint>
 #include <filesystem>
@@ -14,11 +14,11 @@
 #include <variant>
 #include <vector>
 
+#include "client/Device.h"
 #include "client/Failure.h"
 #include "client/Library.h"
 #include "client/Parameter.h"
 #include "client/Value.h"
-#include "marovine/Control.h"
 #include "marovine/marovine.h"
 
 namespace marovine::host {
@@ -32,25 +32,23 @@ struct Event {
 /// How an instance is opened and what it remembers.
 struct OpenOptions {
     bool writeDefaults = true;   ///< false attaches to the design as it is (flag 1 of the entry point)
-    bool recordWrites = false;   ///< the board keeps a journal from the first write on
     bool rememberSteps = false;  ///< keeps every accepted set and load, so that `twin` can repeat them
 };
 
-/// An applet instance on a virtual board of its own, whose clock stands still at first. Both end with the
-/// object. Codes of the applet arrive as `Refused`, names that it does not know as `UnknownName`.
+/// An applet instance on a device of its own; both end with the object. Codes of the applet arrive as
+/// `Refused`, names that it does not know as `UnknownName`.
 class Applet {
  public:
-    explicit Applet(std::shared_ptr<const Library> library, OpenOptions options = {});
+    Applet(std::shared_ptr<const Library> library, std::unique_ptr<Device> device, OpenOptions options = {});
     Applet(const Applet&) = delete;
     Applet& operator=(const Applet&) = delete;
 
-    /// Another instance on another board in the same state: opened alike, then given every remembered step.
+    /// Another instance on another device in the same state: opened alike, then given every remembered step.
     std::unique_ptr<Applet> twin() const;
 
     const Library& library() const { return *library_; }
     Fg_Struct* record() { return &instance_.record; }
-    GXdevice* device() { return slot_.device; }
-    virtualboard::Control& board() { return board_; }
+    Device& device() const { return *device_; }
 
     // ---- what there is ----
 
@@ -129,14 +127,6 @@ class Applet {
         std::size_t operator()(std::string_view name) const { return std::hash<std::string_view>()(name); }
     };
 
-    /// A board in the machine, for as long as the object lives.
-    struct BoardSlot {
-        BoardSlot() : device(virtualboard::insertBoard()) {}
-        BoardSlot(const BoardSlot&) = delete;
-        BoardSlot& operator=(const BoardSlot&) = delete;
-        ~BoardSlot() { virtualboard::removeBoard(device); }
-        GXdevice* device;
-    };
     /// The open instance.
     struct Instance {
         explicit Instance(const Library& opened) : library(opened) {}
@@ -155,8 +145,7 @@ class Applet {
 
     std::shared_ptr<const Library> library_;
     OpenOptions options_;
-    BoardSlot slot_;
-    virtualboard::Control board_;
+    std::unique_ptr<Device> device_;
     Instance instance_;
     std::vector<std::string> names_;
     std::vector<std::string> displayOrder_;

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/ErrorCodes.h"
+#include "client/VirtualBoard.h"
 #include "tables/SdkParameterTable.h"
 
 namespace marovine::host {
@@ -140,7 +141,7 @@ std::string ruleForElements(const Parameter& parameter, const Field& elements) {
 
 /// The write that the design refused, when the board still has it in its journal.
 std::string refusedWrite(Applet& twin) {
-    for (const auto& write : twin.board().takeWrites())
+    for (const auto& write : boardOf(twin).takeWrites())
         if (write.result != 0)
             return "the design refused " + write.name + " = " + textOf(write.value) + " (" +
                    std::to_string(write.result) + ")";
@@ -208,7 +209,7 @@ Explanation explain(const Applet& state, const Setting& setting, int code) {
     }
     if (code != error::outOfRange && code != error::wrongStep) {
         Rehearsal rehearsal(state);
-        rehearsal.twin().board().recordWrites(true);
+        boardOf(rehearsal.twin()).recordWrites(true);
         rehearsal.codeOf(setting);
         const std::string write = refusedWrite(rehearsal.twin());
         if (!write.empty()) result.rule += "; " + write;
@@ -280,8 +281,8 @@ std::vector<std::string> drivenDesignParameters(const Applet& state, const std::
     } catch (const Refused&) {
     }
     if (parameter.kind == FG_KIND_TEXT) value = std::string();
-    twin.board().recordWrites(true);
-    twin.board().takeWrites();
+    boardOf(twin).recordWrites(true);
+    boardOf(twin).takeWrites();
     try {
         twin.set(name, value);
     } catch (const Failure&) {
@@ -294,7 +295,7 @@ std::vector<std::string> drivenDesignParameters(const Applet& state, const std::
         }
     }
     std::vector<std::string> names;
-    for (const auto& write : twin.board().takeWrites())
+    for (const auto& write : boardOf(twin).takeWrites())
         if (std::find(names.begin(), names.end(), write.name) == names.end()) names.push_back(write.name);
     return names;
 }

@@ -7,6 +7,7 @@
 #include "board/imaging/LineClock.h"
 #include "board/imaging/Scene.h"
 #include "board/imaging/Settings.h"
+#include "client/VirtualBoard.h"
 #include "marovine/BoardCodes.h"
 #include "pictures/Png.h"
 
@@ -49,7 +50,7 @@ std::string setting(Applet& applet, const char* name) {
 /// The design's own values: with --attach they need not be what the parameters say.
 class BoardValues : public virtualboard::imaging::ValueReader {
  public:
-    explicit BoardValues(Applet& applet) : board_(applet.board()) {}
+    explicit BoardValues(Applet& applet) : board_(boardOf(applet)) {}
 
     std::uint32_t u32(std::string_view name) const override {
         return std::get<std::uint32_t>(board_.value(name));
@@ -110,7 +111,7 @@ std::int64_t Grabber::lost() {
 
 Image firstPicture(Applet& applet) {
     constexpr Wait wait{.seconds = 60};  // the machine may be busy
-    applet.board().setClockMode(virtualboard::ClockMode::AsFastAsPossible);
+    boardOf(applet).setClockMode(virtualboard::ClockMode::AsFastAsPossible);
     Grabber grabber(applet, 1);
     if (!grabber.comes(wait.seconds)) throw Failure(whyNoPicture(applet, wait));
     const ImageView picture = grabber.next();

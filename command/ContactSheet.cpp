@@ -8,6 +8,7 @@
 
 #include "board/imaging/Scene.h"
 #include "client/Grabber.h"
+#include "client/VirtualBoard.h"
 #include "command/Console.h"
 #include "pictures/Lettering.h"
 
@@ -55,7 +56,7 @@ constexpr std::uint32_t kLineHeight = kLetterHeight + 1;
 constexpr std::uint32_t kCaption = kTitleScale * kLineHeight + kCaptionLines * kLineHeight;
 
 Image taken(const std::shared_ptr<const Library>& library, const View& view) {
-    Applet applet(library);
+    Applet applet(library, std::make_unique<VirtualBoard>());
     for (const auto& [name, value] : view.settings) applet.set(name, applet.parameter(name).parse(value));
     return virtualboard::imaging::resize(firstPicture(applet), kSide, kSide);
 }

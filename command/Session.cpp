@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "client/ConfigCheck.h"
+#include "client/VirtualBoard.h"
 #include "command/LoadReport.h"
 
 namespace marovine::host {
@@ -48,9 +49,8 @@ std::shared_ptr<const Library> Session::library() {
 
 Applet& Session::applet() {
     if (applet_) return *applet_;
-    applet_ = std::make_unique<Applet>(
-        library(),
-        OpenOptions{.writeDefaults = !options.attach, .recordWrites = false, .rememberSteps = true});
+    applet_ = std::make_unique<Applet>(library(), std::make_unique<VirtualBoard>(),
+                                       OpenOptions{.writeDefaults = !options.attach, .rememberSteps = true});
     if (!options.config.empty()) loadConfig();
     for (const auto& text : options.settings) apply(parseSetting(text));
     return *applet_;

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "client/SafeFile.h"
+#include "client/VirtualBoard.h"
 
 namespace marovine::host {
 
@@ -68,13 +69,13 @@ Json jsonOfWrite(const TracedWrite& traced, std::size_t order) {
 }  // namespace
 
 Trace::Trace(Applet& applet) : applet_(applet) {
-    applet_.board().recordWrites(true);
-    applet_.board().takeWrites();
-    for (const auto& name : applet_.board().parameterNames()) values_[name] = applet_.board().value(name);
+    boardOf(applet_).recordWrites(true);
+    boardOf(applet_).takeWrites();
+    for (const auto& name : boardOf(applet_).parameterNames()) values_[name] = boardOf(applet_).value(name);
 }
 
 void Trace::collect(const std::string& cause) {
-    for (auto& write : applet_.board().takeWrites()) {
+    for (auto& write : boardOf(applet_).takeWrites()) {
         TracedWrite traced{.cause = cause, .write = std::move(write), .before = {}};
         const auto held = values_.find(traced.write.name);
         if (held != values_.end()) {

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <utility>
 
-#include "client/Client.h"
+#include "client/VirtualBoard.h"
 
 namespace marovine::test {
 
@@ -27,7 +27,8 @@ class HostTest : public testing::Test {
         applet.set(name, applet.parameter(name).parse(value));
     }
 
-    host::Applet applet{library(), {.writeDefaults = true, .recordWrites = false, .rememberSteps = true}};
+    host::Applet applet{
+        library(), std::make_unique<host::VirtualBoard>(), {.writeDefaults = true, .rememberSteps = true}};
 };
 
 }  // namespace marovine::test

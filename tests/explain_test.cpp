@@ -146,7 +146,8 @@ std::vector<std::string> acceptedValues(std::string text) {
 
 TEST_F(Explaining, NamesTheRuleAndTheCause) {
     for (const auto& [first, name, value, sentence] : cases()) {
-        Applet fresh(library(), {.writeDefaults = true, .recordWrites = false, .rememberSteps = true});
+        Applet fresh(library(), std::make_unique<VirtualBoard>(),
+                     {.writeDefaults = true, .rememberSteps = true});
         for (const auto& [other, setting] : first) fresh.set(other, fresh.parameter(other).parse(setting));
         const Setting refused{name, fresh.parameter(name).parse(value)};
         int code = 0;
@@ -211,7 +212,7 @@ TEST_F(Explaining, KeepsTheMeaningOfOtherCodes) {
 }
 
 TEST_F(Explaining, SaysWhenTheBoardIsToBlame) {
-    applet.board().refuseWrites("Device1_Process0_Buffer_0_DRAM_A_0_XLength", -6000);
+    boardOf(applet).refuseWrites("Device1_Process0_Buffer_0_DRAM_A_0_XLength", -6000);
     EXPECT_THAT(explanationOf("FG_WIDTH", "2048").sentence(),
                 HasSubstr("another instance in the same state accepts it"));
 }

@@ -145,17 +145,28 @@ TEST_F(Client, TellsCodesWithTheirMeaning) {
     }
     EXPECT_THAT(messageOf([&] { applet.set("FG_WITDH", 8); }), HasSubstr("nearest: FG_WIDTH"));
     EXPECT_THAT(messageOf([&] { applet.load("/nowhere.mcf"); }), HasSubstr("refused (-2076)"));
-    virtualboard::Control(applet.device())
-        .refuseReads("Device1_Process0_BoardStatus_FpgaTemperature", -31002);
+    boardOf(applet).refuseReads("Device1_Process0_BoardStatus_FpgaTemperature", -31002);
     EXPECT_THAT(messageOf([&] { applet.get("FG_SYSTEMMONITOR_FPGA_TEMPERATURE"); }),
                 HasSubstr("(-31002): the board: "));
 }
 
+TEST_F(Client, OpensOnAnyDevice) {
+    struct Plain final : Device {
+        VirtualBoard board;
+        GXdevice* handle() const override { return board.handle(); }
+        std::unique_ptr<Device> another() const override { return std::make_unique<Plain>(); }
+    };
+    const Applet other(library(), std::make_unique<Plain>());
+    EXPECT_EQ(other.names(), other.twin()->names());
+    EXPECT_THAT(messageOf([&] { boardOf(other); }), HasSubstr("control of a virtual board"));
+}
+
 TEST_F(Client, FailsToOpenWithTheCodeOfTheBoard) {
-    applet.board().refuseDesign(true);
-    EXPECT_THAT(messageOf([&] { Applet{library()}; }), HasSubstr("opening the applet refused (-100)"));
-    applet.board().clearOpeningFaults();
-    EXPECT_NO_THROW(Applet{library()});
+    boardOf(applet).refuseDesign(true);
+    EXPECT_THAT(messageOf([&] { Applet(library(), std::make_unique<VirtualBoard>()); }),
+                HasSubstr("opening the applet refused (-100)"));
+    boardOf(applet).clearOpeningFaults();
+    EXPECT_NO_THROW(Applet(library(), std::make_unique<VirtualBoard>()));
     EXPECT_THAT(messageOf([] { Library::load("/nowhere/libMarovine.so"); }), HasSubstr("--applet"));
 }
 
@@ -167,8 +178,8 @@ TEST_F(Client, MakesATwinInTheSameState) {
     EXPECT_THROW(set("FG_WIDTH", "20000"), Refused);
     const auto twin = applet.twin();
     EXPECT_THAT(changesBetween(Snapshot(applet), Snapshot(*twin)), IsEmpty());
-    for (const auto& name : applet.board().parameterNames())
-        EXPECT_EQ(applet.board().value(name), twin->board().value(name)) << name;
+    for (const auto& name : boardOf(applet).parameterNames())
+        EXPECT_EQ(boardOf(applet).value(name), boardOf(*twin).value(name)) << name;
     twin->set("FG_WIDTH", 8);
     EXPECT_EQ(Value(std::uint32_t{512}), applet.get("FG_WIDTH"));
 }

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "client/VirtualBoard.h"
 #include "command/Curve.h"
 #include "command/Trace.h"
 #include "command/commands/Commands.h"
@@ -48,7 +49,7 @@ void introduce(const Stage& stage) {
     table.add({"board", "FPGA " + stage.shown("FG_SYSTEMMONITOR_FPGA_DNA") + " at " +
                             stage.shown("FG_SYSTEMMONITOR_FPGA_TEMPERATURE") + ", PCIe " +
                             stage.shown("FG_SYSTEMMONITOR_CURRENT_LINK_WIDTH")});
-    table.add({"opening", std::to_string(stage.applet.board().takeWrites().size()) +
+    table.add({"opening", std::to_string(boardOf(stage.applet).takeWrites().size()) +
                               " design writes brought the defaults to the board"});
     table.print(stage.console, kIndent);
 }
@@ -164,7 +165,9 @@ void run(const DemoOutput& output, Session& session) {
     if (!output.folder.empty() && !std::filesystem::is_directory(output.folder))
         throw Failure("there is no folder " + output.folder.string() + " for the pictures");
     const Console& console = session.console();
-    Applet applet(session.library(), {.writeDefaults = true, .recordWrites = true, .rememberSteps = true});
+    auto board = std::make_unique<VirtualBoard>();
+    board->control().recordWrites(true);
+    Applet applet(session.library(), std::move(board), {.writeDefaults = true, .rememberSteps = true});
     const Stage stage{applet, console};
     for (const auto& section : sections) {
         if (&section != sections.data()) console.out() << '\n';

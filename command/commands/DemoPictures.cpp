@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "client/Grabber.h"
+#include "client/VirtualBoard.h"
 #include "command/ContactSheet.h"
 #include "command/PictureView.h"
 #include "pictures/Png.h"
@@ -59,7 +60,7 @@ void demonstratePictures(Session& session, const DemoOutput& output) {
     const auto library = session.library();
 
     console.heading("A picture of the belt, taken with the defaults: its first half");
-    Applet applet(library);
+    Applet applet(library, std::make_unique<VirtualBoard>());
     std::array works{Work{output.folder / "belt.png", firstPicture(applet)},
                      Work{output.folder / "contact-sheet.png", contactSheet(library)}};
     showPicture(console, upperHalf(works.front().picture), kWidth);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "client/Grabber.h"
+#include "client/VirtualBoard.h"
 #include "command/Interrupt.h"
 #include "command/Json.h"
 #include "command/PictureView.h"
@@ -66,7 +67,7 @@ virtualboard::imaging::Belt beltOf(const Options& options) {
 }
 
 void prepare(const Options& options, Applet& applet) {
-    auto& board = applet.board();
+    auto& board = boardOf(applet);
     if (!options.output.empty()) refuseWhatNoPngHolds(applet);
     if (!options.scene.empty()) board.setScene(virtualboard::imaging::readPng(options.scene));
     board.setBelt(beltOf(options));

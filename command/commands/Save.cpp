@@ -9,6 +9,7 @@
 #include "client/ConfigFile.h"
 #include "client/SafeFile.h"
 #include "client/SkippedValues.h"
+#include "client/VirtualBoard.h"
 #include "command/Json.h"
 #include "command/commands/Commands.h"
 #include "tables/SdkParameterTable.h"
@@ -54,7 +55,8 @@ struct Outlook {
 Outlook outlookOf(const fs::path& file, const Applet& applet, Session& session) {
     Outlook outlook;
     try {
-        const Applet fresh(session.library(), {.writeDefaults = true, .rememberSteps = true});
+        const Applet fresh(session.library(), std::make_unique<VirtualBoard>(),
+                           {.writeDefaults = true, .rememberSteps = true});
         for (const auto& finding : checkConfiguration(fresh, file)) {
             if (finding.weight == Finding::Weight::Untried) outlook.untried = finding.text;
             if (finding.weight != Finding::Weight::Note) outlook.lost.push_back(finding.text);

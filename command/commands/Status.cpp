@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "client/Snapshot.h"
+#include "client/VirtualBoard.h"
 #include "command/Json.h"
 #include "command/commands/Commands.h"
 
@@ -89,7 +90,7 @@ void print(const Console& console, const std::vector<Reading>& readings) {
 
 void run(const Options& options, Session& session) {
     Applet& applet = session.applet();
-    applet.board().advanceClock(options.after);
+    boardOf(applet).advanceClock(options.after);
     std::vector<Reading> readings;
     for (const auto& parameter : applet.tree())
         if (isReadOut(parameter.name)) readings.push_back(readingOf(applet, parameter.name));

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "client/VirtualBoard.h"
 #include "command/Json.h"
 #include "command/commands/Commands.h"
 #include "tables/EnumerationTables.h"
@@ -52,7 +53,7 @@ const EnumerationEntry* signalAt(std::uint32_t select, bool inverted) {
 }
 
 std::uint32_t designNumber(Applet& applet, DesignParameter parameter) {
-    const Value value = applet.board().value(designParameterNames[static_cast<std::size_t>(parameter)]);
+    const Value value = boardOf(applet).value(designParameterNames[static_cast<std::size_t>(parameter)]);
     return std::get<std::uint32_t>(value);
 }
 

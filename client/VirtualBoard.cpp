@@ -1,0 +1,15 @@
+#include "client/VirtualBoard.h"
+
+namespace marovine::host {
+
+VirtualBoard::VirtualBoard() : device_(virtualboard::insertBoard()), control_(device_) {
+    control_.setClockManual();
+}
+
+virtualboard::Control& boardOf(const Applet& applet) {
+    auto* board = dynamic_cast<VirtualBoard*>(&applet.device());
+    if (board == nullptr) throw Failure("this needs the control of a virtual board, which this device lacks");
+    return board->control();
+}
+
+}  // namespace marovine::host
