@@ -4,11 +4,9 @@
 #include <cmath>
 #include <new>
 
-#include "board/imaging/LineClock.h"
-#include "board/imaging/Scene.h"
-#include "board/imaging/Settings.h"
 #include "client/VirtualBoard.h"
 #include "marovine/BoardCodes.h"
+#include "marovine/PicturePlan.h"
 #include "pictures/Png.h"
 
 namespace marovine::host {
@@ -16,7 +14,7 @@ namespace marovine::host {
 namespace {
 
 using virtualboard::FrameMemory;
-using virtualboard::imaging::DesignSettings;
+using virtualboard::PicturePlan;
 using virtualboard::imaging::Image;
 using virtualboard::imaging::ImageView;
 using virtualboard::imaging::kBytesPerPixel;
@@ -45,38 +43,6 @@ std::string shown(Applet& applet, const char* name) {
 
 std::string setting(Applet& applet, const char* name) {
     return std::string(name) + " = " + shown(applet, name);
-}
-
-/// The design's own values: with --attach they need not be what the parameters say.
-class BoardValues : public virtualboard::imaging::ValueReader {
- public:
-    explicit BoardValues(Applet& applet) : board_(boardOf(applet)) {}
-
-    std::uint32_t u32(std::string_view name) const override {
-        return std::get<std::uint32_t>(board_.value(name));
-    }
-    double real(std::string_view name) const override { return std::get<double>(board_.value(name)); }
-    void field(std::string_view name, std::span<std::uint32_t> out) const override {
-        const auto elements = std::get<std::vector<std::uint32_t>>(board_.value(name));
-        std::copy_n(elements.begin(), std::min(elements.size(), out.size()), out.begin());
-    }
-
- private:
-    const virtualboard::Control& board_;
-};
-
-constexpr std::uint32_t kTriggered = 1, kGated = 2;  // image trigger modes of the design
-
-bool isTriggered(const DesignSettings& settings) {
-    return settings.imageTriggerEnable != 0 &&
-           (settings.imageTriggerMode == kTriggered || settings.imageTriggerMode == kGated);
-}
-
-/// Line triggers that a picture lasts at most.
-std::uint64_t pictureLines(const DesignSettings& settings) {
-    const bool endless =
-        isTriggered(settings) && settings.imageTriggerMode == kGated && settings.maxGatedHeight != 0;
-    return endless ? settings.imageHeight : std::min(settings.imageHeight, settings.triggerYLength);
 }
 
 }  // namespace
@@ -121,32 +87,30 @@ Image firstPicture(Applet& applet) {
 }
 
 void refuseWhatNoPngHolds(Applet& applet) {
-    const DesignSettings settings = readSettings(BoardValues(applet));
-    const std::uint64_t rows = std::min<std::uint64_t>(
-        pictureLines(settings) * virtualboard::imaging::rowsPerTrigger(settings), settings.yLength);
-    if (virtualboard::imaging::fitsPng(settings.xLength, rows)) return;
-    throw Failure("no PNG file holds a picture of " + std::to_string(settings.xLength) + " x " +
-                  std::to_string(rows) + " pixels; make FG_WIDTH or FG_HEIGHT smaller, or use --view alone");
+    const PicturePlan plan = picturePlan(boardOf(applet), {});
+    if (virtualboard::imaging::fitsPng(plan.width, plan.rows)) return;
+    throw Failure("no PNG file holds a picture of " + std::to_string(plan.width) + " x " +
+                  std::to_string(plan.rows) +
+                  " pixels; make FG_WIDTH or FG_HEIGHT smaller, or use --view alone");
 }
 
 namespace {
 
 /// Why a trigger that the image trigger waits for does not come.
-std::string whyNoTrigger(Applet& applet, const DesignSettings& settings, const Wait& wait) {
+std::string whyNoTrigger(Applet& applet, const PicturePlan& plan, const Wait& wait) {
     const std::string waits =
         setting(applet, "FG_IMGTRIGGERMODE") + " waits for " + setting(applet, "FG_IMGTRIGGERINSRC");
-    const bool gated = settings.imageTriggerMode == kGated;
     if (shown(applet, "FG_IMGTRIGGERINSRC") != "TRGINSOFTWARE")
         return waits + (wait.sentTriggers ? ", and --trigger is heard by TRGINSOFTWARE only"
                                           : ", which nothing drives here; TRGINSOFTWARE hears --trigger");
-    if (gated) {
+    if (plan.start == PicturePlan::Start::Gate) {
         return waits + ", for a level and not for a pulse" +
                (wait.sentTriggers ? " as --trigger sends it" : "") +
                ": set FG_SETSOFTWARETRIGGER to 1; one gate brings as many pictures as fit into it";
     }
     if (!wait.sentTriggers) return waits + "; --trigger sends one for every picture";
-    if (settings.selectPeriod > 1) {
-        return "of every " + std::to_string(settings.selectPeriod) +
+    if (plan.selectPeriod > 1) {
+        return "of every " + std::to_string(plan.selectPeriod) +
                " triggered pictures only one is passed on (" + setting(applet, "FG_IMG_SELECT_PERIOD") +
                "), and --trigger sends one trigger for each wanted";
     }
@@ -154,11 +118,11 @@ std::string whyNoTrigger(Applet& applet, const DesignSettings& settings, const W
 }
 
 /// Why the camera, or the generator in its place, gives no lines.
-std::string whyNoLines(Applet& applet, const DesignSettings& settings) {
+std::string whyNoLines(Applet& applet, const PicturePlan& plan) {
     std::string text = "the camera gets no line trigger or is cut off (" + setting(applet, "FG_EXSYNCON") +
                        ", " + setting(applet, "FG_CCSEL0") + ", " +
                        setting(applet, "FG_CAMERA_LINK_CORE_RESET") + ")";
-    if (settings.generatorEnable != 0)
+    if (plan.generated)
         text = "the camera simulator waits for the line trigger, " + setting(applet, "FG_EXSYNCON");
     return text;
 }
@@ -169,23 +133,21 @@ std::string whyNoPicture(Applet& applet, const Wait& wait) {
     const std::string none = "no picture came within " + std::to_string(wait.seconds) + " s: ";
     if (*numberOf(applet.get("FG_FILLLEVEL")) > 0)
         return none + "a large one is still being made; wait longer with --timeout";
-    const DesignSettings settings = readSettings(BoardValues(applet));
-    const auto clock = lineClock(settings, wait.belt, virtualboard::imaging::kChartSize);
-    if (!clock.running()) {
+    // The design's own values: with --attach they need not be what the parameters say.
+    const PicturePlan plan = picturePlan(boardOf(applet), wait.belt);
+    if (!plan.linesCome) {
         if (wait.attached)
             return none + "with --attach the design is as it was left, and there its camera gives no lines";
-        return none + whyNoLines(applet, settings);
+        return none + whyNoLines(applet, plan);
     }
-    const std::uint64_t lines = settings.triggerYOffset + pictureLines(settings);
-    if (settings.selectPhase >= settings.selectPeriod || lines == settings.triggerYOffset)
+    if (!plan.passesAny)
         return none + "the design is set to pass none on" +
                (wait.attached ? " (--attach left it as it was)" : "");
-    const double seconds = clock.timeFor(lines * settings.selectPeriod) * 1e-6;
-    const bool slow = wait.realTime && seconds > wait.seconds;
-    if (isTriggered(settings) && !(slow && wait.sentTriggers))
-        return none + whyNoTrigger(applet, settings, wait);
+    const bool slow = wait.realTime && plan.seconds > wait.seconds;
+    if (plan.start != PicturePlan::Start::FreeRun && !(slow && wait.sentTriggers))
+        return none + whyNoTrigger(applet, plan, wait);
     if (slow) {
-        return none + "at this line rate one takes " + textOf(std::ceil(seconds)) +
+        return none + "at this line rate one takes " + textOf(std::ceil(plan.seconds)) +
                " s; wait longer with --timeout, or leave out --real-time";
     }
     return none + "this machine is too busy or the picture too large; wait longer with --timeout";
