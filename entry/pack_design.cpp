@@ -5,10 +5,11 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
+#include <string>
 
 #include "board/design/DescriptionParser.h"
-#include "board/design/ImageReader.h"
-#include "board/design/ImageWriter.h"
+#include "board/design/DesignImage.h"
 #include "entry/DesignImage.h"
 
 namespace {
@@ -20,10 +21,10 @@ std::string readText(const std::filesystem::path& path) {
 }
 
 /// Writes beside the target and renames, so that an interrupted build leaves no half image behind.
-void writeWhole(const std::filesystem::path& path, const std::vector<std::byte>& bytes) {
+void writeWhole(const std::filesystem::path& path, const std::string& bytes) {
     const std::filesystem::path part = path.string() + ".part";
     std::ofstream file(part, std::ios::binary | std::ios::trunc);
-    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    file << bytes;
     file.close();
     if (!file) throw std::runtime_error(part.string() + ": cannot be written");
     std::filesystem::rename(part, path);
@@ -37,10 +38,9 @@ int main(int argc, char** argv) {
         return 2;
     }
     try {
-        const std::vector<std::byte> image =
-            design::writeImage(design::parseDescription(readText(argv[1]), argv[1]), rawHapSize);
-        virtualboard::readImage(image);  // what cannot be read back must not be shipped
-        writeWhole(argv[2], image);
+        const std::string description = readText(argv[1]);
+        virtualboard::parseDescription(description, argv[1]);  // what cannot be read must not be shipped
+        writeWhole(argv[2], virtualboard::packDesign(description, rawHapSize));
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());
         return 1;

@@ -1,43 +1,18 @@
 #include "board/design/DescriptionParser.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
-#include <map>
-#include <optional>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
-namespace design {
+namespace virtualboard {
 
 namespace {
 
-using virtualboard::DesignBuilder;
-using virtualboard::Number;
-using virtualboard::ParameterData;
-using virtualboard::ParameterKind;
-
 [[noreturn]] void refuse(const std::string& what) {
     throw std::invalid_argument(what);
-}
-
-/// Splits a line into words; a text in double quotes is one word that keeps its opening quote.
-std::vector<std::string> splitLine(std::string_view line) {
-    std::vector<std::string> words;
-    std::size_t at = 0;
-    while (true) {
-        at = line.find_first_not_of(" \t\r", at);
-        if (at == std::string_view::npos || line[at] == '#') return words;
-        std::size_t end = 0;
-        if (line[at] == '"') {
-            end = line.find('"', at + 1);
-            if (end == std::string_view::npos) refuse("a text lacks its closing quote");
-            words.emplace_back(line.substr(at, end - at));
-            ++end;
-        } else {
-            end = std::min(line.find_first_of(" \t\r#", at), line.size());
-            words.emplace_back(line.substr(at, end - at));
-        }
-        at = end;
-    }
 }
 
 /// Unit texts travel as ISO-8859-1, the description is UTF-8.
@@ -78,7 +53,7 @@ Number parseNumber(std::string_view word, ParameterKind kind) {
             if (error != std::errc{} || end != word.data() + word.size()) {
                 refuse("'" + std::string(word) + "' is not a number");
             }
-            return virtualboard::fromDouble(value);
+            return fromDouble(value);
         }
         case ParameterKind::Int32:
             return static_cast<Number>(std::int64_t{parseWhole<std::int32_t>(word)});
@@ -91,68 +66,97 @@ Number parseNumber(std::string_view word, ParameterKind kind) {
     }
 }
 
-/// The words of one line, taken one after the other.
+/// The words of one line, taken one after the other. A text in double quotes is one word that keeps its
+/// opening quote.
 class Words {
  public:
-    explicit Words(std::vector<std::string> words) : words_(std::move(words)) {}
+    explicit Words(std::string_view line) : rest_(line) { advance(); }
 
-    bool empty() const { return at_ == words_.size(); }
+    bool empty() const { return word_.empty(); }
 
-    const std::string& next(const char* what) {
-        if (empty()) refuse(std::string("the line ends where ") + what + " should stand");
-        return words_[at_++];
+    std::string_view next(std::string_view what) {
+        if (empty()) refuse("the line ends where " + std::string(what) + " should stand");
+        const std::string_view word = word_;
+        advance();
+        return word;
     }
 
-    std::string nextText(const char* what) {
-        const std::string& word = next(what);
+    std::string_view nextText(const char* what) {
+        const std::string_view word = next(what);
         if (!word.starts_with('"'))
-            refuse(std::string(what) + " should stand in double quotes, not as " + word);
+            refuse(std::string(what) + " should stand in double quotes, not as " + std::string(word));
         return word.substr(1);
     }
 
     void expect(std::string_view word) {
+        if (take(word)) return;
         const std::string quoted = "'" + std::string(word) + "'";
-        if (const std::string& found = next(quoted.c_str()); found != word) {
-            refuse(quoted + " should stand where '" + found + "' does");
-        }
+        refuse(quoted + " should stand where '" + std::string(next(quoted)) + "' does");
     }
 
     bool take(std::string_view word) {
-        if (empty() || words_[at_] != word) return false;
-        ++at_;
+        if (word_ != word) return false;
+        advance();
         return true;
     }
 
     void expectEnd() {
-        if (!empty()) refuse("'" + words_[at_] + "' is not understood here");
+        if (!empty()) refuse("'" + std::string(word_) + "' is not understood here");
     }
 
  private:
-    std::vector<std::string> words_;
-    std::size_t at_ = 0;
+    void advance() {
+        constexpr std::string_view kBlanks = " \t\r";
+        rest_.remove_prefix(std::min(rest_.find_first_not_of(kBlanks), rest_.size()));
+        if (!rest_.starts_with('"')) {
+            word_ = rest_.substr(0, rest_.find_first_of(" \t\r#"));  // empty before a comment
+            rest_.remove_prefix(word_.size());
+            return;
+        }
+        const std::size_t end = rest_.find('"', 1);
+        if (end == std::string_view::npos) refuse("a text lacks its closing quote");
+        word_ = rest_.substr(0, end);
+        rest_.remove_prefix(end + 1);
+    }
+
+    std::string_view rest_;
+    std::string_view word_;
 };
 
-const std::map<std::string, ParameterKind, std::less<>> kKinds = {
-    {"u32", ParameterKind::UInt32}, {"i32", ParameterKind::Int32},  {"u64", ParameterKind::UInt64},
-    {"i64", ParameterKind::Int64},  {"f64", ParameterKind::Double}, {"field", ParameterKind::UInt32Field},
-    {"text", ParameterKind::Text},
+struct KindName {
+    std::string_view name;
+    ParameterKind kind;
 };
+
+constexpr std::array kKinds{
+    KindName{"u32", ParameterKind::UInt32}, KindName{"i32", ParameterKind::Int32},
+    KindName{"u64", ParameterKind::UInt64}, KindName{"i64", ParameterKind::Int64},
+    KindName{"f64", ParameterKind::Double}, KindName{"field", ParameterKind::UInt32Field},
+    KindName{"text", ParameterKind::Text},
+};
+
+/// Null when the word names no kind.
+const KindName* kindNamed(std::string_view word) {
+    const auto* found = std::find_if(kKinds.begin(), kKinds.end(),
+                                     [word](const KindName& kind) { return kind.name == word; });
+    return found != kKinds.end() ? found : nullptr;
+}
 
 class Parser {
  public:
     void line(std::string_view text) {
-        Words words(splitLine(text));
+        Words words(text);
         if (words.empty()) return;
-        const std::string keyword = words.next("a keyword");
-        if (const auto kind = kKinds.find(keyword); kind != kKinds.end()) {
-            parameter(words, kind->second, 0);
+        const std::string_view keyword = words.next("a keyword");
+        if (const KindName* kind = kindNamed(keyword); kind != nullptr) {
+            parameter(words, kind->kind, 0);
         } else if (keyword == "runtime") {
             const auto id = parseWhole<std::int32_t>(words.next("an id"));
-            const std::string& type = words.next("a type");
-            const auto runtimeKind = kKinds.find(type);
-            if (runtimeKind == kKinds.end()) refuse("'" + type + "' is not a type");
+            const std::string_view type = words.next("a type");
+            const KindName* runtimeKind = kindNamed(type);
+            if (runtimeKind == nullptr) refuse("'" + std::string(type) + "' is not a type");
             if (id < 1) refuse("an id is at least 1");
-            parameter(words, runtimeKind->second, id);
+            parameter(words, runtimeKind->kind, id);
         } else if (keyword == "group") {
             open_.push_back(builder_.addGroup(group(), words.next("the group's name")));
             words.expect("{");
@@ -160,26 +164,23 @@ class Parser {
             if (open_.empty()) refuse("'}' closes a group that was not opened");
             open_.pop_back();
         } else if (keyword == "event") {
-            const std::string leaf = words.next("the event's name");
+            const std::string_view leaf = words.next("the event's name");
             words.expect("kind");
-            const auto kindNumber = parseWhole<std::int32_t>(words.next("the event's kind"));
-            builder_.addEvent({.group = group(), .kind = kindNumber, .leaf = leaf, .name = {}});
+            builder_.addEvent(group(), leaf, parseWhole<std::int32_t>(words.next("the event's kind")));
         } else if (keyword == "register") {
             registerLine(words);
         } else if (keyword == "design") {
-            name_ = words.nextText("the design's name");
+            builder_.setName(words.nextText("the design's name"));
         } else if (keyword == "type") {
-            type_ = parseWhole<std::uint32_t>(words.next("the design's type"));
+            builder_.setType(parseWhole<std::uint32_t>(words.next("the design's type")));
         } else {
-            refuse("'" + keyword + "' is not a keyword");
+            refuse("'" + std::string(keyword) + "' is not a keyword");
         }
         words.expectEnd();
     }
 
-    virtualboard::DesignData finish() {
+    DesignData finish() {
         if (!open_.empty()) refuse("a group is not closed");
-        if (name_.empty()) refuse("there is no line 'design \"NAME\"'");
-        builder_.setIdentity(name_, type_);
         return builder_.take();
     }
 
@@ -205,20 +206,21 @@ class Parser {
         builder_.addParameter(std::move(data));
     }
 
-    static void numbers(Words& words, ParameterData& data) {
+    void numbers(Words& words, ParameterData& data) {
         const bool field = data.kind == ParameterKind::UInt32Field;
         if (field) {
             data.elements = parseWhole<std::uint32_t>(words.next("the number of elements"));
-            if (data.elements > virtualboard::kMaxElements) refuse("a field has at most 65536 elements");
+            elements_ += data.elements;  // a short line must not fill the memory
+            if (elements_ > kMaxElements) refuse("the fields have at most 65536 elements in all");
             words.expect("of");
         }
-        const std::string range = words.next("a range MIN..MAX");
+        const std::string_view range = words.next("a range MIN..MAX");
         const std::size_t dots = range.find("..");
-        if (dots == std::string::npos) refuse("'" + range + "' is not a range MIN..MAX");
-        data.minimum = parseNumber(std::string_view(range).substr(0, dots), data.kind);
-        data.maximum = parseNumber(std::string_view(range).substr(dots + 2), data.kind);
+        if (dots == std::string_view::npos) refuse("'" + std::string(range) + "' is not a range MIN..MAX");
+        data.minimum = parseNumber(range.substr(0, dots), data.kind);
+        data.maximum = parseNumber(range.substr(dots + 2), data.kind);
         words.expect("=");
-        const std::string start = words.next("the start value");
+        const std::string_view start = words.next("the start value");
         if (field) {
             const bool ramp = start == "ramp";
             data.startField.assign(data.elements, ramp ? 0 : parseWhole<std::uint32_t>(start));
@@ -230,7 +232,7 @@ class Parser {
     }
 
     void registerLine(Words& words) {
-        virtualboard::RegisterData data;
+        RegisterData data;
         data.bits = parseWhole<std::uint32_t>(words.next("the width in bits"));
         data.name = words.next("the register's name");
         words.expect("=");
@@ -241,13 +243,12 @@ class Parser {
 
     DesignBuilder builder_;
     std::vector<std::int32_t> open_;  ///< the groups around the current line, outermost first
-    std::string name_;
-    std::uint32_t type_ = 0;
+    std::size_t elements_ = 0;        ///< of all fields so far
 };
 
 }  // namespace
 
-virtualboard::DesignData parseDescription(std::string_view text, const std::string& fileName) {
+DesignData parseDescription(std::string_view text, const std::string& fileName) {
     Parser parser;
     std::size_t lineNumber = 0;
     try {
@@ -259,8 +260,8 @@ virtualboard::DesignData parseDescription(std::string_view text, const std::stri
         }
         return parser.finish();
     } catch (const std::invalid_argument& error) {
-        throw DescriptionError(fileName + ":" + std::to_string(lineNumber) + ": " + error.what());
+        throw std::invalid_argument(fileName + ":" + std::to_string(lineNumber) + ": " + error.what());
     }
 }
 
-}  // namespace design
+}  // namespace virtualboard

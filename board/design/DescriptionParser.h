@@ -2,21 +2,16 @@
 
 /// Reads the description text of a design. `marovine.design` explains the language in its first lines.
 
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
 #include "board/design/DesignData.h"
 
-namespace design {
+namespace virtualboard {
 
-/// A description that cannot be packed; the text begins with "FILE:LINE: ".
-class DescriptionError : public std::runtime_error {
- public:
-    using std::runtime_error::runtime_error;
-};
+/// Reads a description; `fileName` only serves the messages. Throws `std::invalid_argument` with a text that
+/// begins with "FILE:LINE: ". Any bytes may be given, and neither memory nor time grows beyond what their
+/// number and the bounds of `DesignData.h` allow.
+DesignData parseDescription(std::string_view text, const std::string& fileName);
 
-/// Reads a description; `fileName` only serves the messages. Throws `DescriptionError`.
-virtualboard::DesignData parseDescription(std::string_view text, const std::string& fileName);
-
-}  // namespace design
+}  // namespace virtualboard

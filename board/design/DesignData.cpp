@@ -36,23 +36,7 @@ bool inOrder(ParameterKind kind, Number minimum, Number value, Number maximum) {
     }
 }
 
-bool fitsKind(ParameterKind kind, Number number) {
-    switch (kind) {
-        case ParameterKind::UInt32:
-        case ParameterKind::UInt32Field:
-            return number <= UINT32_MAX;
-        case ParameterKind::Int32:
-            return std::in_range<std::int32_t>(static_cast<std::int64_t>(number));
-        default:
-            return true;
-    }
-}
-
 void checkRange(const ParameterData& parameter) {
-    for (const Number number : {parameter.minimum, parameter.maximum, parameter.start}) {
-        if (!fitsKind(parameter.kind, number))
-            refuse("a number of '" + parameter.leaf + "' is too wide for its type");
-    }
     if (!inOrder(parameter.kind, parameter.minimum, parameter.minimum, parameter.maximum)) {
         refuse("the range of '" + parameter.leaf + "' is empty");
     }
@@ -73,36 +57,23 @@ void checkValue(const ParameterData& parameter) {
             }
             return;
         case ParameterKind::UInt32Field:
-            if (parameter.elements == 0 || parameter.elements > kMaxElements) {
-                refuse("field '" + parameter.leaf + "' needs 1 to 65536 elements");
-            }
-            if (parameter.startField.size() != parameter.elements) {
-                refuse("field '" + parameter.leaf + "' needs a start value for every element");
-            }
+            if (parameter.elements == 0) refuse("field '" + parameter.leaf + "' has no elements");
             for (const std::uint32_t element : parameter.startField) {
                 if (element < parameter.minimum || element > parameter.maximum) {
                     refuse("a start value of field '" + parameter.leaf + "' lies outside its range");
                 }
             }
             return;
-        case ParameterKind::UInt32:
-        case ParameterKind::Int32:
-        case ParameterKind::UInt64:
-        case ParameterKind::Int64:
-        case ParameterKind::Double:
+        default:
             checkRange(parameter);
-            return;
     }
-    refuse("'" + parameter.leaf + "' is of an unknown kind");
 }
 
 }  // namespace
 
 std::string DesignBuilder::fullName(std::int32_t group, std::string_view leaf) const {
-    std::string name(leaf);
-    for (; group >= 0; group = data_.groups[static_cast<std::size_t>(group)].parent) {
-        name.insert(0, 1, '_').insert(0, data_.groups[static_cast<std::size_t>(group)].name);
-    }
+    std::string name = group >= 0 ? prefixes_[static_cast<std::size_t>(group)] : std::string();
+    name += leaf;
     if (name.size() > 1023) refuse("'" + std::string(leaf) + "' stands too deep in its groups");
     return name;
 }
@@ -111,14 +82,11 @@ void DesignBuilder::claim(const std::string& name) {
     if (!names_.insert(name).second) refuse("'" + name + "' is there twice");
 }
 
-std::int32_t DesignBuilder::addGroup(std::int32_t parent, std::string name) {
+std::int32_t DesignBuilder::addGroup(std::int32_t parent, std::string_view name) {
     checkPlainName(name);
-    if (parent < -1 || parent >= static_cast<std::int32_t>(data_.groups.size())) {
-        refuse("group '" + name + "' stands in a group that is not there");
-    }
     if (data_.groups.size() >= kMaxParameters) refuse("there are too many groups");
-    data_.groups.push_back({.parent = parent, .name = std::move(name)});
-    fullName(static_cast<std::int32_t>(data_.groups.size()) - 1, "x");  // refuses groups that stand too deep
+    prefixes_.push_back(fullName(parent, name) + '_');
+    data_.groups.push_back({.parent = parent, .name = std::string(name)});
     return static_cast<std::int32_t>(data_.groups.size()) - 1;
 }
 
@@ -127,35 +95,24 @@ void DesignBuilder::addParameter(ParameterData parameter) {
     checkValue(parameter);
     if (data_.parameters.size() >= kMaxParameters) refuse("there are too many parameters");
     if (parameter.id == 0) {
-        if (parameter.group < 0 || parameter.group >= static_cast<std::int32_t>(data_.groups.size())) {
-            refuse("parameter '" + parameter.leaf + "' stands in no group");
-        }
+        if (parameter.group < 0) refuse("parameter '" + parameter.leaf + "' stands in no group");
         if (!runtimeIds_.empty()) refuse("the runtime's own parameters must come after the design's");
         parameter.id = kFirstParameterId + static_cast<std::int32_t>(data_.parameters.size());
-    } else {
-        if (parameter.id < 0 || parameter.id >= kFirstParameterId ||
-            !runtimeIds_.insert(parameter.id).second) {
-            refuse("id " + std::to_string(parameter.id) + " of '" + parameter.leaf +
-                   "' is taken or out of range");
-        }
-        if (parameter.group != -1)
-            refuse("runtime parameter '" + parameter.leaf + "' must stand in no group");
+    } else if (parameter.id >= kFirstParameterId || !runtimeIds_.insert(parameter.id).second) {
+        refuse("id " + std::to_string(parameter.id) + " of '" + parameter.leaf +
+               "' is taken or out of range");
     }
     parameter.name = fullName(parameter.group, parameter.leaf);
     claim(parameter.name);
     data_.parameters.push_back(std::move(parameter));
 }
 
-void DesignBuilder::addEvent(EventData event) {
-    checkPlainName(event.leaf);
-    if (event.group < -1 || event.group >= static_cast<std::int32_t>(data_.groups.size())) {
-        refuse("event '" + event.leaf + "' stands in a group that is not there");
-    }
+void DesignBuilder::addEvent(std::int32_t group, std::string_view leaf, std::int32_t kind) {
+    checkPlainName(leaf);
     if (data_.events.size() >= 64)
-        refuse("event '" + event.leaf + "' is one too many: an event mask has 64 bits");
-    event.name = fullName(event.group, event.leaf);
-    claim(event.name);
-    data_.events.push_back(std::move(event));
+        refuse("event '" + std::string(leaf) + "' is one too many: an event mask has 64 bits");
+    data_.events.push_back({.kind = kind, .name = fullName(group, leaf)});
+    claim(data_.events.back().name);
 }
 
 void DesignBuilder::addRegister(RegisterData data) {
@@ -169,15 +126,14 @@ void DesignBuilder::addRegister(RegisterData data) {
     data_.registers.push_back(std::move(data));
 }
 
-void DesignBuilder::setIdentity(std::string name, std::uint32_t type) {
+void DesignBuilder::setName(std::string_view name) {
     checkPlainName(name);
-    data_.name = std::move(name);
-    data_.type = type;
+    data_.name = name;
 }
 
 DesignData DesignBuilder::take() {
-    if (data_.name.empty()) refuse("the design has no name");
-    if (data_.type == 0) refuse("the design has no type");
+    if (data_.name.empty()) refuse("there is no line 'design \"NAME\"'");
+    if (data_.type == 0) refuse("there is no line 'type NUMBER'");
     return std::exchange(data_, {});
 }
 

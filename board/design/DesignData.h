@@ -1,7 +1,7 @@
 #pragma once
 
 /// What a hardware design says about itself: its parameters with ranges and start values, its events and its
-/// registers. The packer fills one from the description text, the board reads one from a design image.
+/// registers. The parser fills one from the description text.
 
 #include <bit>
 #include <cstdint>
@@ -37,7 +37,8 @@ constexpr Number fromDouble(double value) {
 
 /// Parameters of the design carry these ids upward, in the design's order; smaller ids are the runtime's own.
 inline constexpr int kFirstParameterId = 100001;
-/// Bounds that keep a malformed image from asking for unreasonable memory.
+/// Bounds that keep a malformed description from asking for unreasonable memory; elements count for all
+/// fields.
 inline constexpr std::size_t kMaxParameters = 4096;
 inline constexpr std::size_t kMaxElements = 65536;
 inline constexpr std::size_t kMaxTextLength = 65535;
@@ -62,10 +63,8 @@ struct ParameterData {
 };
 
 struct EventData {
-    std::int32_t group = -1;
     std::int32_t kind = 0;
-    std::string leaf;
-    std::string name;  ///< full name, filled by the builder
+    std::string name;  ///< full name
 };
 
 struct RegisterData {
@@ -82,21 +81,23 @@ struct DesignData {
     std::vector<ParameterData> parameters;  ///< those of the design in id order, then the runtime's own
     std::vector<EventData> events;
     std::vector<RegisterData> registers;  ///< register numbers count from 1
-    std::uint64_t checksum = 0;           ///< of the image it was read from
+    std::uint64_t checksum = 0;           ///< of the description in the image it was read from
 };
 
 /// Puts a design together and refuses what makes no sense. Every function throws `std::invalid_argument` with
 /// a text that names the faulty thing.
 class DesignBuilder {
  public:
-    /// Returns the index of the new group.
-    std::int32_t addGroup(std::int32_t parent, std::string name);
-    /// Numbers the parameter and fills its full name.
+    /// Returns the index of the new group in the earlier group `parent`; -1 at the top, for the others as
+    /// well.
+    std::int32_t addGroup(std::int32_t parent, std::string_view name);
+    /// Numbers the parameter and fills its full name. Its numbers fit its kind.
     void addParameter(ParameterData parameter);
     /// Events are numbered in the order in which they come.
-    void addEvent(EventData event);
+    void addEvent(std::int32_t group, std::string_view leaf, std::int32_t kind);
     void addRegister(RegisterData data);
-    void setIdentity(std::string name, std::uint32_t type);
+    void setName(std::string_view name);
+    void setType(std::uint32_t type) { data_.type = type; }
     DesignData take();
 
  private:
@@ -104,6 +105,7 @@ class DesignBuilder {
     void claim(const std::string& name);
 
     DesignData data_;
+    std::vector<std::string> prefixes_;  ///< per group: the names down to it, each followed by "_"
     std::set<std::string> names_;
     std::set<std::int32_t> runtimeIds_;
 };

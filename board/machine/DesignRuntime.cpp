@@ -5,14 +5,13 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <span>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
-#include <vector>
 
-#include "board/design/ImageReader.h"
+#include "board/design/DesignImage.h"
 #include "board/machine/LogLevel.h"
 #include "board/machine/Machine.h"
 #include "marovine/BoardCodes.h"
@@ -25,12 +24,12 @@ void reportFailure(const std::string& source, const char* reason) {
     if (logLevel() <= kLogFailure) std::fprintf(stderr, "virtual board: %s: %s\n", source.c_str(), reason);
 }
 
-fpga_design* load(std::span<const std::byte> image, const std::string& source, int requiredType) {
+fpga_design* load(std::string_view image, const std::string& source, int requiredType) {
     try {
         Machine& machine = Machine::instance();
         const OpeningFaults faults = machine.openingFaults();
         if (faults.refuseDesign) return nullptr;
-        DesignData data = readImage(image);
+        DesignData data = readDesignImage(image);
         if (requiredType != 0 && static_cast<int>(data.type) != requiredType) {
             throw std::invalid_argument("the design is of type " + std::to_string(data.type) + ", not " +
                                         std::to_string(requiredType));
@@ -52,18 +51,18 @@ const RegisterData* registerOf(const Design* design, int number) {
 
 fpga_design* loadDesign(const void* image, std::size_t size) {
     if (image == nullptr) return nullptr;
-    return load({static_cast<const std::byte*>(image), size}, "design image in memory", 0);
+    return load({static_cast<const char*>(image), size}, "design image in memory", 0);
 }
 
 fpga_design* loadDesignFile(const char* fileName, int type) {
     if (fileName == nullptr) return nullptr;
     try {
         std::error_code none;
-        std::vector<std::byte> bytes;
+        std::string bytes;
         if (std::filesystem::is_regular_file(fileName, none))
             bytes.resize(std::filesystem::file_size(fileName));
         std::ifstream file(fileName, std::ios::binary);
-        if (!file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()))) {
+        if (!file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()))) {
             reportFailure(fileName, "the file cannot be read");
             return nullptr;
         }
