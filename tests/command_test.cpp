@@ -318,6 +318,9 @@ TEST(Command, ChainsAConfigurationAndSettings) {
     EXPECT_EQ(1, skipping.status);
     EXPECT_THAT(joined(skipping.errors), AllOf(HasSubstr("FG_WIDTH = 1004 refused (-7080)"),
                                                HasSubstr("names \"here.tif\", which is not found from /")));
+    const std::string diff = std::string("diff ") + file.name();
+    EXPECT_EQ(1, run(diff).status);
+    EXPECT_EQ(0, run(diff + " " + file.name()).status);
 }
 
 TEST(Command, NeverReplacesAGoodFileByABadOne) {

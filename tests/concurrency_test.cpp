@@ -1,26 +1,16 @@
 /// Calls from several threads at once; worth most in the build with the thread sanitizer.
 
 #include <atomic>
+#include <chrono>
+#include <functional>
 #include <thread>
 
 #include "tests/AppletFixture.h"
+#include "tests/TemporaryFile.h"
+#include "tests/Threads.h"
 
 namespace marovine::test {
 namespace {
-
-/// Runs the same work on several threads that start together.
-template <class Work>
-void onThreads(int count, Work&& work) {
-    std::atomic<bool> go = false;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < count; ++t)
-        threads.emplace_back([&, t] {
-            while (!go) std::this_thread::yield();
-            work(t);
-        });
-    go = true;
-    for (auto& thread : threads) thread.join();
-}
 
 // First in this file: the answer must be safe on first use, before any instance exists.
 TEST(Concurrency, ConstantsAreAnsweredOnFirstUseFromEightThreads) {
@@ -51,6 +41,30 @@ TEST_F(AppletTest, SetsAndGetsOfOneParameterAreNeverMixed) {
     // The last set won in the cache and in the design alike.
     EXPECT_EQ(applet.get<std::uint32_t>("FG_WIDTH"),
               std::get<std::uint32_t>(applet.board().value("Device1_Process0_Buffer_0_DRAM_A_0_XLength")));
+}
+
+// Each is begun while a setting is under way, and must not come to its end before it.
+TEST_F(AppletTest, OneCallAtATime) {
+    const TemporaryFile file(".mcf");
+    ASSERT_EQ(0, Fg_saveConfig(applet.record(), file.name()));
+    const std::function<int()> calls[] = {
+        [&] { return applet.set("FG_TIMEOUT", 2); },
+        [&] { return applet.get<int>("FG_TIMEOUT") - 2; },
+        [&] { return Fg_saveConfig(applet.record(), file.name()); },
+        [&] { return Fg_loadConfig(applet.record(), file.name()); },
+    };
+    for (const auto& call : calls) {
+        std::atomic<bool> ended = false;
+        std::thread other;
+        applet.board().watchWrites([&](const virtualboard::Write&) {
+            if (!other.joinable()) other = std::thread([&] { EXPECT_EQ(0, call()), ended = true; });
+            if (!ended) std::this_thread::sleep_for(std::chrono::milliseconds(40));
+            EXPECT_FALSE(ended) << "call " << &call - calls;
+            applet.board().watchWrites({});
+        });
+        EXPECT_EQ(0, applet.set("FG_USEDVAL", 1));
+        other.join();
+    }
 }
 
 TEST_F(AppletTest, TextsAreGivenBackWhileOthersAreHandedOut) {

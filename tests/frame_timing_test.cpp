@@ -77,6 +77,7 @@ TEST(LineClock, timesAndLinesAgree) {
         EXPECT_EQ(clock.linesBy(clock.timeFor(lines)), lines);
         EXPECT_EQ(clock.linesBy(clock.timeFor(lines) - 0.01), lines - 1);
     }
+    for (const double inTheGap : {45.0, 59.9, 69.9}) EXPECT_EQ(clock.linesBy(inTheGap), 4u);
     EXPECT_EQ(LineClock{}.linesBy(1e9), 0u);
 }
 
@@ -162,6 +163,11 @@ TEST(FrameSequencer, gate) {
     single.closeGate(400);  // too short for a picture
     EXPECT_FALSE(single.busy(400));
     EXPECT_EQ(single.upTo(9999), Pictures{});
+
+    Sequence later([](auto& s) { s.imageTriggerMode = 2, s.imageTriggerDelay = 6; });
+    EXPECT_TRUE(later.openGate(0));
+    later.closeGate(40);  // both edges are delayed
+    EXPECT_EQ(later.upTo(400), (Pictures{{0, 6, 40}}));
 
     Sequence endless([](auto& s) { s.imageTriggerMode = 2, s.maxGatedHeight = 1; });
     EXPECT_TRUE(endless.openGate(0));

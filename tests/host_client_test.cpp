@@ -240,6 +240,17 @@ TEST_F(Client, TracesWritesWithTheValueBefore) {
     EXPECT_EQ(nlohmann::json({9, 8}), document.back()["value"]);
     EXPECT_EQ(3, document.back()["firstIndex"]);
     EXPECT_THROW(trace.save("/nowhere/trace.json"), std::runtime_error);
+
+    // A refused write is no value before the next one.
+    applet.board().refuseNthWrite(1, -5);
+    EXPECT_THROW(set("FG_USEDVAL", "FG_NO"), Refused);
+    set("FG_USEDVAL", "FG_YES");
+    trace.collect("refused");
+    EXPECT_EQ(-5, std::prev(trace.writes().end(), 2)->write.result);
+    EXPECT_EQ("1", textOf(*trace.writes().back().before));
+    std::ostringstream text;
+    trace.print(Console(text, 80));
+    EXPECT_THAT(text.str(), HasSubstr("Camera_DvalMode  0 refused (-5)"));
 }
 
 TEST(Names, FindsWhatWasMeant) {

@@ -148,6 +148,7 @@ TEST(LineScanCamera, exposureScalesAndClips) {
         {[](auto& s) { s.exsyncExposure = 38; }, {60, 200, 255}},
         {[](auto& s) { s.exsyncExposure = 9.5; }, {15, 50, 100}},
         {[](auto& s) { s.exsyncExposure = 0.5; }, {1, 3, 5}},  // 0.8, 2.6, 5.3
+        {[](auto& s) { s.exsyncExposure = 19.11875; }, {30, 101, 201}},  // 30.2, 100.6, 201.3
         // Never longer than the line, and the rest of the line when the camera's input is inverted.
         {[](auto& s) { s.exsyncExposure = 38, s.exsyncPeriod = 19; }, {30, 100, 200}},
         {[](auto& s) { s.exsyncPeriod = 38, s.exsyncExposure = 28.5, s.exsyncPolarity = 1; }, {15, 50, 100}},
@@ -240,6 +241,7 @@ TEST(WhiteBalance, scalesItsColourSeenFromBothSides) {
         {2, 1, 1, {80, 100, 200}},
         {1, 1.5, 1, {40, 150, 200}},
         {0, 3.9990234375, 1.25, {0, 255, 250}},
+        {1, 1, 1.00546875, {40, 100, 201}},       // 1029.6 / 1024, rounded
         {1.0009765625, 1, 1.01, {40, 100, 201}},  // floor(40 x 1025 / 1024), floor(200 x 1034 / 1024)
     };
     for (const auto& c : cases) {
@@ -362,6 +364,10 @@ TEST(TapSorter, isBlackBeyondTheLine) {
     DesignSettings settings = windowOf(8, 4);
     settings.xOffset = 8;
     settings.tapWidth = 12;
+    EXPECT_EQ(windowPixels(settings, {}), (std::vector{8, 9, 10, 11, -1, -1, -1, -1}));
+    settings.tapCount = 5;  // the last one a dummy
+    settings.dummyTaps = 1;
+    settings.tapWidth = 3;
     EXPECT_EQ(windowPixels(settings, {}), (std::vector{8, 9, 10, 11, -1, -1, -1, -1}));
     settings.tapWidth = 0;
     EXPECT_EQ(windowPixels(settings, {}), counting(-1, 0, 8));

@@ -16,21 +16,21 @@
 namespace marovine::test {
 namespace {
 
-// First in this file: no board has been opened yet.
+void* handleOf(int selector) {
+    void* place = &place;
+    EXPECT_EQ(0, Info(selector, 0, 0, &place, nullptr));
+    return place;
+}
+const std::array<void*, 2> handlesBeforeAnyOpening{handleOf(4144), handleOf(4160)};
+
 TEST(Info, HandlesAreNullBeforeTheFirstOpeningAndTheLastOnesAfterwards) {
-    const auto handle = [](int selector) {
-        void* place = &place;
-        EXPECT_EQ(0, Info(selector, 0, 0, &place, nullptr));
-        return place;
-    };
-    EXPECT_EQ(nullptr, handle(4144));
-    EXPECT_EQ(nullptr, handle(4160));
-    GXdevice* board = virtualboard::insertBoard();
-    Fg_Struct record{Std_entry(board, nullptr, 1)};
-    EXPECT_EQ(board, handle(4144));
-    EXPECT_NE(nullptr, handle(4160));
-    Fg_FreeGrabber(&record);
-    virtualboard::removeBoard(board);
+    EXPECT_THAT(handlesBeforeAnyOpening, testing::Each(nullptr));
+    OpenApplet first(1);
+    void* const firstDesign = handleOf(4160);
+    OpenApplet second(1);
+    EXPECT_EQ(second.device(), handleOf(4144));
+    EXPECT_NE(nullptr, handleOf(4160));
+    EXPECT_NE(firstDesign, handleOf(4160));
 }
 
 TEST(Info, AnswersCapabilitiesWithNumbers) {

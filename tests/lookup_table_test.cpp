@@ -1,6 +1,7 @@
-/// The lookup tables: computed from the processing parameters, loaded from files, set entry by entry.
+/// The lookup tables: set entry by entry, loaded from files and saved. What computes them has a table of its
+/// own.
 
-#include <limits>
+#include <filesystem>
 #include <numeric>
 
 #include "marovine/BoardCodes.h"
@@ -13,7 +14,6 @@ namespace {
 using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
-using testing::Field;
 using testing::IsEmpty;
 
 using Table = std::vector<std::uint32_t>;
@@ -61,162 +61,34 @@ class LookupTableTest : public AppletTest {
                                        FG_TYPE_FIELD_INT);
     }
     int setType(const char* name) { return applet.set("FG_LUT_TYPE", constantOf(name)); }
-
-    void expectAllTables(const Table& expected) {
-        for (const auto& channel : kChannels) {
-            EXPECT_EQ(expected, cached(channel)) << channel.parameter;
-            EXPECT_EQ(expected, inDesign(channel)) << channel.designName;
-        }
-    }
 };
-
-// ---- computed tables ----
-
-TEST_F(LookupTableTest, StartsAsIdentity) {
-    expectAllTables(identity);
-}
-
-TEST_F(LookupTableTest, FollowsTheProcessingParameters) {
-    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-    struct Entry {
-        std::size_t input;
-        std::uint32_t output;
-    };
-    struct Case {
-        const char* what;
-        double offset, gain, gamma;
-        const char* invert;
-        std::vector<Entry> entries;
-    };
-    const Case cases[] = {
-        {"gamma", 0, 1, 2.2, "FG_OFF", {{0, 0}, {1, 21}, {128, 186}, {255, 255}}},
-        {"inverted gamma", 0, 1, 2.2, "FG_ON", {{0, 255}, {1, 234}, {128, 69}, {255, 0}}},
-        {"gain above one saturates", 0, 2, 1, "FG_OFF", {{0, 0}, {64, 128}, {128, 255}, {255, 255}}},
-        {"offset", 0.25, 1, 1, "FG_OFF", {{0, 64}, {100, 164}, {200, 255}}},
-        {"gain 0", 0, 0, 1, "FG_OFF", {{0, 0}, {128, 0}, {255, 0}}},
-        {"gain 0, inverted", 0, 0, 1, "FG_ON", {{0, 255}, {128, 255}, {255, 255}}},
-        {"nothing above black", -1, 1, 1, "FG_OFF", {{0, 0}, {254, 0}, {255, 0}}},
-        {"nothing above black, inverted", -1, 1, 1, "FG_ON", {{0, 255}, {254, 255}, {255, 255}}},
-        {"gamma 0 is a step at full scale", 0, 1, 0, "FG_OFF", {{0, 0}, {254, 0}, {255, 255}}},
-        {"gamma 0 above full scale", 0, 2, 0, "FG_OFF", {{127, 0}, {128, 255}, {255, 255}}},
-        {"gamma -1 turns the curve round", 0, 2, -1, "FG_OFF", {{0, 255}, {1, 255}, {255, 128}}},
-        {"infinite values", 0, 256, 0.001, "FG_ON", {{0, 255}, {1, 0}, {255, 0}}},
-        {"an infinity below zero", 0, -0.0, -1, "FG_OFF", {{0, 255}, {255, 255}}},
-        {"offset that is no number", nan, 1, 1, "FG_OFF", {{0, 0}, {255, 0}}},
-        {"gain that is no number, inverted", 0, nan, 1, "FG_ON", {{0, 0}, {255, 0}}},
-        // One is one to any power.
-        {"gamma that is no number, inverted", 0, 1, nan, "FG_ON", {{0, 0}, {254, 0}, {255, 0}}},
-    };
-    for (const auto& [what, offset, gain, gamma, invert, entries] : cases) {
-        SCOPED_TRACE(what);
-        EXPECT_EQ(0, applet.set("FG_PROCESSING_OFFSET", offset));
-        EXPECT_EQ(0, applet.set("FG_PROCESSING_GAIN", gain));
-        EXPECT_EQ(0, applet.set("FG_PROCESSING_GAMMA", gamma));
-        EXPECT_EQ(0, applet.set("FG_PROCESSING_INVERT", constantOf(invert)));
-        const Table table = cached(kChannels[0]);
-        for (const auto& [input, output] : entries) EXPECT_EQ(output, table[input]) << "input " << input;
-        expectAllTables(table);
-    }
-}
-
-TEST_F(LookupTableTest, WritesRedGreenBlueOnEachChange) {
-    const auto whole = [](const Channel& channel) { return Field(&DesignWrite::name, channel.designName); };
-    for (const char* name : {"FG_PROCESSING_OFFSET", "FG_PROCESSING_GAIN", "FG_PROCESSING_GAMMA"}) {
-        EXPECT_EQ(0, applet.set(name, 0.5));
-        EXPECT_THAT(applet.takeWrites(),
-                    ElementsAre(whole(kChannels[0]), whole(kChannels[1]), whole(kChannels[2])));
-    }
-    EXPECT_EQ(0, applet.set("FG_PROCESSING_INVERT", constantOf("FG_ON")));
-    EXPECT_EQ(3u, applet.takeWrites().size());
-}
-
-TEST_F(LookupTableTest, RefusesValuesOutsideTheRangesAndChangesNothing) {
-    struct Case {
-        const char* name;
-        std::vector<double> refused;
-    };
-    for (const auto& [name, refused] :
-         {Case{"FG_PROCESSING_OFFSET", {-1.001, 1.001}}, Case{"FG_PROCESSING_GAIN", {-0.001, 256.5}},
-          Case{"FG_PROCESSING_GAMMA", {-1000.5, 1000.5}}})
-        for (const double value : refused)
-            EXPECT_EQ(error::outOfRange, applet.set(name, value)) << name << " " << value;
-    EXPECT_EQ(error::outOfRange, applet.set("FG_PROCESSING_INVERT", 2));
-    EXPECT_EQ(error::outOfRange, applet.set("FG_LUT_TYPE", 1));
-    EXPECT_THAT(applet.takeWrites(), IsEmpty());
-    expectAllTables(identity);
-}
-
-TEST_F(LookupTableTest, PutsTheCacheBackWhenATableIsRefused) {
-    for (std::size_t refused = 0; refused < kChannels.size(); ++refused) {
-        SCOPED_TRACE(kChannels[refused].designName);
-        applet.board().refuseWrites(fullName(kChannels[refused]), kRefusal);
-        EXPECT_EQ(kRefusal, applet.set("FG_PROCESSING_GAMMA", 2.2));
-        EXPECT_EQ(1.0, applet.get<double>("FG_PROCESSING_GAMMA"));
-        EXPECT_EQ(kRefusal, applet.set("FG_PROCESSING_INVERT", constantOf("FG_ON")));
-        EXPECT_EQ(constantOf("FG_OFF"), applet.get<std::int32_t>("FG_PROCESSING_INVERT"));
-        for (std::size_t i = 0; i < kChannels.size(); ++i) {
-            EXPECT_EQ(identity, cached(kChannels[i]));
-            // What was written before the refusal stays written.
-            EXPECT_EQ(i < refused, inDesign(kChannels[i]) != identity);
-        }
-        applet.board().clearFaults();
-        EXPECT_EQ(0, applet.set("FG_PROCESSING_GAMMA", 1.0));
-    }
-}
-
-// ---- the two types ----
-
-TEST_F(LookupTableTest, HoldsProcessingBackWhileTheTypeIsCustom) {
-    const auto access = [&](const char* name) { return applet.node(name).accessFlags; };
-    EXPECT_EQ(1, access("FG_LUT_CUSTOM_FILE"));
-    EXPECT_EQ(0, setType("LUT_TYPE_CUSTOM"));
-    EXPECT_EQ(7, access("FG_LUT_CUSTOM_FILE"));
-    for (const char* name : {"FG_PROCESSING_OFFSET", "FG_PROCESSING_GAIN", "FG_PROCESSING_GAMMA"}) {
-        EXPECT_EQ(1, access(name));
-        EXPECT_EQ(0, applet.set(name, 0.5));
-    }
-    EXPECT_EQ(1, access("FG_PROCESSING_INVERT"));
-    EXPECT_EQ(0, applet.set("FG_PROCESSING_INVERT", constantOf("FG_ON")));
-    EXPECT_THAT(applet.takeWrites(), IsEmpty()) << "no file is named and nothing is processed";
-    expectAllTables(identity);
-
-    EXPECT_EQ(0, setType("LUT_TYPE_PROCESSING"));
-    EXPECT_EQ(3u, applet.takeWrites().size());
-    // (0 + 0.5) * 0.5 to the power of two, inverted
-    EXPECT_EQ(255u - 16u, inDesign(kChannels[2])[0]);
-    EXPECT_EQ(1, access("FG_LUT_CUSTOM_FILE"));
-    EXPECT_EQ(7, access("FG_PROCESSING_INVERT"));
-}
 
 // ---- entries and blocks ----
 
-TEST_F(LookupTableTest, SetsSingleEntriesOfEachChannel) {
+TEST_F(LookupTableTest, SetsEntriesAndBlocksOfEachChannel) {
+    std::vector<std::uint32_t> values(257, 9);
     for (const auto& channel : kChannels) {
+        SCOPED_TRACE(channel.parameter);
         EXPECT_EQ(0, setElement(channel, {.value = 17, .index = 255}));
-        EXPECT_THAT(applet.takeWrites(), ElementsAre(DesignWrite{channel.designName, "[255] 17"}));
-        EXPECT_EQ(17u, cached(channel)[255]);
+        EXPECT_EQ(0, setBlock(channel, {FG_TYPE_UINT32, 249, 6, values.data()}));
+        EXPECT_EQ(0, setBlock(channel, {FG_TYPE_INT32, 0, 1, values.data()}));
+        EXPECT_THAT(applet.takeWrites(),
+                    ElementsAre(DesignWrite{channel.designName, "[255] 17"},
+                                DesignWrite{channel.designName, "[249] 9, 9, 9, 9, 9, 9"},
+                                DesignWrite{channel.designName, "[0] 9"}));
+        Table expected = identity;
+        expected[0] = 9;
+        expected[255] = 17;
+        std::fill_n(expected.begin() + 249, 6, 9u);
+        EXPECT_EQ(expected, cached(channel));
+        EXPECT_EQ(expected, inDesign(channel));
         EXPECT_EQ(error::outOfRange, setElement(channel, {.value = 1, .index = 256}));
         EXPECT_EQ(error::outOfRange, setElement(channel, {.value = 256, .index = 0}));
         EXPECT_THAT(applet.takeWrites(), IsEmpty());
         applet.board().refuseWrites(fullName(channel), kRefusal);
         EXPECT_EQ(kRefusal, setElement(channel, {.value = 18, .index = 255}));
-        EXPECT_EQ(17u, cached(channel)[255]);
-        applet.takeWrites();
-    }
-}
-
-TEST_F(LookupTableTest, SetsBlocksOfEachChannel) {
-    std::vector<std::uint32_t> values(257, 9);
-    for (const auto& channel : kChannels) {
-        EXPECT_EQ(0, setBlock(channel, {FG_TYPE_UINT32, 250, 6, values.data()}));
-        EXPECT_THAT(applet.takeWrites(),
-                    ElementsAre(DesignWrite{channel.designName, "[250] 9, 9, 9, 9, 9, 9"}));
-        EXPECT_EQ(0, setBlock(channel, {FG_TYPE_INT32, 0, 1, values.data()}));
-        Table expected = identity;
-        expected[0] = 9;
-        std::fill(expected.begin() + 250, expected.end(), 9u);
+        EXPECT_EQ(kRefusal, setBlock(channel, {FG_TYPE_UINT32, 100, 2, values.data()}));
         EXPECT_EQ(expected, cached(channel));
-        EXPECT_EQ(expected, inDesign(channel));
         applet.takeWrites();
     }
 }
@@ -234,6 +106,8 @@ TEST_F(LookupTableTest, ReadsOnlyWithinATable) {
     const std::pair<unsigned, unsigned> beyond[] = {{250, 7}, {256, 0}, {0, 257}, {1, 0xFFFFFFFF}};
     for (const auto& [start, count] : beyond)
         EXPECT_EQ(error::invalidArgument, readBlock({FG_TYPE_UINT32, start, count, values.data()})) << start;
+    EXPECT_EQ(error::invalidArgument, readBlock({FG_TYPE_UINT32, 0, 1, nullptr}));
+    EXPECT_EQ(0, readBlock({FG_TYPE_UINT32, 0, 0, nullptr}));
     EXPECT_EQ(error::invalidArgument, readBlock({FG_TYPE_DOUBLE, 0, 2, values.data()})) << "no such elements";
     EXPECT_THAT(values, Each(7u));
     for (const auto& [index, code] : {std::pair(255u, 0), std::pair(256u, error::invalidArgument)}) {
@@ -352,6 +226,15 @@ TEST_F(LookupTableTest, SavesTablesThatLoadAgain) {
         EXPECT_EQ(saved[i], cached(kChannels[i]));
         EXPECT_EQ(saved[i], inDesign(kChannels[i]));
     }
+}
+
+TEST_F(LookupTableTest, SavesTheRuntimesOwnConfigurationAtADebugPoint) {
+    const TemporaryFile file(".mcf");
+    for (const char* name : {file.name(), "/nowhere/to/be/found.mcf"}) {
+        EXPECT_EQ(0, applet.setText("FG_DEBUGSAVECONFIG", name)) << "the runtime's answer is not judged";
+        EXPECT_EQ(name, applet.getText("FG_DEBUGSAVECONFIG"));
+    }
+    EXPECT_TRUE(std::filesystem::exists(file.name()));
 }
 
 TEST_F(LookupTableTest, GivesFileNamesIntoTheCallersBufferAndCutsEndlessOnes) {

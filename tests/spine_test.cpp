@@ -4,12 +4,17 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <set>
 
+#include "marovine/BoardCodes.h"
+#include "marovine/OutsideRuntimes.h"
 #include "runtime/FgGxWrapper.h"
 #include "tables/Catalogue.h"
+#include "tables/EventTable.h"
 #include "tests/AppletFixture.h"
 
 namespace marovine::test {
@@ -32,6 +37,8 @@ class Environment {
     const char* name_;
 };
 
+constexpr int kRefusal = -777;
+
 int setById(OpenApplet& applet, int id, std::uint32_t value, int dma = 0) {
     return Fg_setParameterWithType(applet.record(), id, &value, dma, FG_TYPE_UINT32);
 }
@@ -51,6 +58,17 @@ TEST(Opening, WorksWithoutAnErrorLocationAndEndsOnce) {
     EXPECT_EQ(error::invalidHandle, Fg_FreeGrabber(&record));
     EXPECT_EQ(error::invalidHandle, Fg_FreeGrabber(nullptr));
     virtualboard::removeBoard(board);
+}
+
+TEST(Opening, LeavesNothingBehindWhenItEnds) {
+    fpga_design* design = nullptr;
+    {
+        const OpenApplet applet(1);
+        EXPECT_EQ(0, Info(4160, 0, 0, &design, nullptr));
+        EXPECT_LT(0, HapGetNrOfRegister(design));
+    }
+    EXPECT_EQ(0, HapGetNrOfRegister(design)) << "the design is unloaded";
+    EXPECT_EQ(nullptr, dlopen("libfglib5.so", RTLD_NOW | RTLD_NOLOAD)) << "so is the runtime";
 }
 
 TEST(Opening, ReportsWhyItFailed) {
@@ -161,8 +179,12 @@ TEST_F(AppletTest, ListsItsParametersInOrder) {
     EXPECT_EQ(600, Fg_getParameterId(applet.record(), 0));
     EXPECT_STREQ("FG_CUSTOM_SIGNAL_EVENT_1_POLARITY", Fg_getParameterName(applet.record(), kListed - 1));
     EXPECT_EQ(200443, Fg_getParameterId(applet.record(), kListed - 1));
+    for (const int code : {error::invalidArgument, 0}) {  // of the last search
+        EXPECT_EQ(error::invalidArgument, setById(applet, 12345, 1));
+        Fg_getParameterIdByName(applet.record(), code == 0 ? "FG_LINEPERIODE" : "FG_NOTHING");
+        EXPECT_EQ(code, applet.lastError());
+    }
     EXPECT_EQ(96, Fg_getParameterIdByName(applet.record(), "FG_LINEPERIODE"));
-    EXPECT_EQ(0, applet.lastError());
 }
 
 TEST_F(AppletTest, FindsNothingUnderUnknownNamesAndIndices) {
@@ -176,6 +198,42 @@ TEST_F(AppletTest, FindsNothingUnderUnknownNamesAndIndices) {
         EXPECT_EQ(nullptr, Fg_getParameterName(applet.record(), index));
         EXPECT_EQ(error::invalidArgument, applet.lastError());
         EXPECT_EQ(error::invalidArgument, Fg_getParameterId(applet.record(), index));
+    }
+}
+
+// ---- events ----
+
+TEST_F(AppletTest, EveryEventHasOneBitAndLeadsBackToItsName) {
+    std::vector<std::string> names{"Device1_Process1_BoardMonitor_TemperatureAlarm",
+                                   "Device1_Process1_BoardMonitor_CameraLinkLost"};
+    for (const auto& event : sdkEvents) names.emplace_back(event.sdkName);
+    EXPECT_EQ(33U, names.size());
+    std::set<std::uint64_t> masks;
+    for (const auto& name : names) {
+        const std::uint64_t mask = Fg_getEventMask(applet.record(), name.c_str());
+        EXPECT_EQ(0, applet.lastError());
+        EXPECT_TRUE(std::has_single_bit(mask)) << name;
+        EXPECT_TRUE(masks.insert(mask).second) << name;
+        EXPECT_STREQ(name.c_str(), Fg_getEventName(applet.record(), mask));
+        EXPECT_EQ(0, applet.lastError());
+    }
+    // The design's names of these events are the SDK's business only where it has none of its own.
+    for (const auto& event : sdkEvents) EXPECT_EQ(0U, Fg_getEventMask(applet.record(), event.designName));
+}
+
+TEST_F(AppletTest, UnknownEventsAreAnsweredWithNothing) {
+    for (const char* name : {static_cast<const char*>(nullptr), "", "fg_custom_signal_event_1",
+                             "FG_CUSTOM_SIGNAL_EVENT_1 ", "FG_CUSTOM_SIGNAL_EVENT_"}) {
+        applet.get<int>("FG_EXSYNCON");  // clears the last error
+        EXPECT_EQ(0U, Fg_getEventMask(applet.record(), name));
+        EXPECT_EQ(error::invalidArgument, applet.lastError());
+    }
+    const std::uint64_t two = Fg_getEventMask(applet.record(), "FG_CUSTOM_SIGNAL_EVENT_0") |
+                              Fg_getEventMask(applet.record(), "FG_CUSTOM_SIGNAL_EVENT_1");
+    for (const std::uint64_t mask : {std::uint64_t{0}, two, std::uint64_t{1} << 63}) {
+        applet.get<int>("FG_EXSYNCON");
+        EXPECT_EQ(nullptr, Fg_getEventName(applet.record(), mask));
+        EXPECT_EQ(error::invalidArgument, applet.lastError());
     }
 }
 
@@ -246,7 +304,10 @@ TEST_F(AppletTest, RefusesWhatIsNotAParameterAccess) {
     std::uint32_t value = 1;
     EXPECT_EQ(error::invalidArgument,
               Fg_setParameterWithType(applet.record(), 100, nullptr, 0, FG_TYPE_UINT32));
-    EXPECT_EQ(error::invalidArgument, getById(applet, 100, nullptr));
+    applet.board().refuseNthRead(1, kRefusal);
+    for (const char* name : {"FG_WIDTH", "FG_APPLET_ID", "FG_CAMSTATUS", "FG_FILLLEVEL", "FG_OVERFLOW"})
+        EXPECT_EQ(error::invalidArgument, getById(applet, OpenApplet::idOf(name), nullptr)) << name;
+    applet.board().clearFaults();
     EXPECT_EQ(error::invalidArgument, setById(applet, 100, 1024, 1));
     EXPECT_EQ(error::invalidArgument, getById(applet, 100, &value, 1));
     for (const int id : {12345, 0, -1, 1000001, 2000000}) {
@@ -336,6 +397,10 @@ TEST_F(AppletTest, PassesForwardedParametersToTheInnerHandle) {
                              expected))
             << name;
     }
+    // The caller's type goes with them, but not with what the applet itself asks the runtime for.
+    double real = 0;
+    EXPECT_GT(0, getById(applet, OpenApplet::idOf("FG_NR_OF_DMAS"), &real, 0, FG_TYPE_DOUBLE));
+    EXPECT_EQ(0, getById(applet, OpenApplet::idOf("FG_DMASTATUS"), &real, 0, FG_TYPE_DOUBLE));
     applet.board().refuseReads("FG_NR_OF_DMAS", -321);
     std::uint32_t value = 0;
     EXPECT_EQ(-321, getById(applet, OpenApplet::idOf("FG_NR_OF_DMAS"), &value));
@@ -365,21 +430,24 @@ TEST(DirectAccess, ListsRegistersOnlyWhenSwitchedOn) {
         const auto& node = *group->value.group.children[index - kListed];
         EXPECT_EQ(id, node.address);
         EXPECT_STREQ(Fg_getParameterName(applet.record(), index), node.name);
-        std::uint64_t content = 0x5555555555555555;
+        const std::string title = node.displayName;  // "NAME (bits)"
+        const int bits = std::stoi(title.substr(title.rfind('(') + 1));
+        const bool isWide = bits > 32;
+        EXPECT_EQ(unsigned{isWide ? FG_KIND_UINT64 : FG_KIND_UINT32}, node.kind) << title;
+        const std::uint64_t maximum = isWide ? node.value.uint64.maximum : node.value.uint32.maximum;
+        EXPECT_EQ(~std::uint64_t{0} >> (64 - bits), maximum) << title;
+        // The upper half counts for wide registers only, in both directions.
+        constexpr std::uint64_t upperHalf = 0x5555555500000000;
+        std::uint64_t content = isWide ? maximum : upperHalf | maximum;
+        const int result = Fg_setParameterWithType(applet.record(), id, &content, 0, FG_TYPE_UINT32);
+        EXPECT_EQ(node.accessFlags == 7 ? 0 : virtualboard::kRegisterReadOnly, result) << title;
+        content = upperHalf;
         ASSERT_EQ(0, getById(applet, id, &content));
-        if (node.accessFlags == 1) {
-            readOnly = true;
-            EXPECT_NE(0, Fg_setParameterWithType(applet.record(), id, &content, 0, FG_TYPE_UINT64))
-                << node.name;
-        } else if (node.kind == FG_KIND_UINT64) {
-            wide = true;
-            const std::uint64_t written = node.value.uint64.maximum;
-            EXPECT_EQ(0, Fg_setParameterWithType(applet.record(), id, &written, 0, FG_TYPE_UINT64));
-            EXPECT_EQ(0, getById(applet, id, &content));
-            EXPECT_EQ(written, content);
-        } else {
-            EXPECT_EQ(0x55555555u, content >> 32) << "a narrow register takes 32 bits only: " << node.name;
+        if (result == 0) {
+            EXPECT_EQ(isWide ? maximum : upperHalf | maximum, content) << title;
         }
+        wide |= isWide;
+        readOnly |= result != 0;
     }
     EXPECT_TRUE(wide && readOnly) << "the design shows both kinds";
 }

@@ -3,6 +3,7 @@
 
 #include <fstream>
 #include <map>
+#include <sstream>
 
 #include "tests/AppletFixture.h"
 
@@ -23,30 +24,25 @@ struct Step {
 std::vector<Step> readTable() {
     std::ifstream file(START_UP_WRITES);
     EXPECT_TRUE(file.is_open()) << START_UP_WRITES;
-    std::vector<std::pair<std::string, std::vector<std::string>>> sections;
+    std::vector<Step> steps;
+    std::map<std::string, Writes> byName;
     for (std::string line; std::getline(file, line);) {
         if (line.empty() || line.starts_with('#')) continue;
-        if (line.starts_with("    "))
-            sections.back().second.push_back(line.substr(4));
-        else
-            sections.push_back({line, {}});
-    }
-    const std::map<std::string, std::vector<std::string>> byName(sections.begin(), sections.end());
-    const auto resolve = [&](const auto& self, const std::string& name,
-                             std::vector<DesignWrite>& writes) -> void {
-        for (const auto& line : byName.at(name)) {
-            const auto separator = line.find(" := ");
-            if (line.starts_with("as "))
-                self(self, line.substr(3), writes);
-            else
-                writes.push_back({line.substr(0, separator), line.substr(separator + 4)});
+        std::istringstream parts(line);
+        std::string part;
+        if (!line.starts_with(' ')) {
+            std::getline(parts, part, ':');
+            steps.push_back({part, {}});
         }
-    };
-    std::vector<Step> steps;
-    for (const auto& section : sections) {
-        Step step{section.first, {}};
-        resolve(resolve, step.parameter, step.writes);
-        steps.push_back(std::move(step));
+        Writes& writes = steps.back().writes;
+        while (std::getline(parts >> std::ws, part, ';')) {
+            const auto split = part.find(' ');
+            if (part.starts_with("as "))
+                for (const auto& write : byName.at(part.substr(split + 1))) writes.push_back(write);
+            else
+                writes.push_back({part.substr(0, split), part.substr(split + 1)});
+        }
+        byName[steps.back().parameter] = writes;
     }
     return steps;
 }
@@ -118,6 +114,8 @@ TEST(StartUp, LeavesEveryParameterAtItsDefault) {
 }
 
 TEST(StartUp, TakesABoardAsItIsWhenAskedTo) {
+    EXPECT_THAT(OpenApplet(6).takeWrites(), testing::Not(IsEmpty())) << "only the first flag counts";
+    EXPECT_THAT(OpenApplet(7).takeWrites(), IsEmpty());
     OpenApplet applet(1);
     EXPECT_THAT(applet.takeWrites(), IsEmpty());
     FieldParameterInt entry{.value = 99, .index = 255};

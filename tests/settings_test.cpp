@@ -1,0 +1,511 @@
+/// What every setter writes, refuses, puts back and narrows: the tables under settings/, one test a section.
+///
+/// A table is read line by line; an indented line continues the one above it, "#" begins a comment.
+///
+///     == Title                      a section: an applet of its own with the defaults
+///     with a=1 b=2                  runs the section with $a and $b; one test for each such line. Above the
+///                                   first section, for all of them
+///     def name(a, b) = WRITES       a list of writes for @name(1, 2)
+///     NAME VALUE -> WRITES          sets; all its writes, split by ";", each as the design's name and value.
+///                                   Each is refused in turn before: that ends it and puts the value back
+///     NAME VALUE => WRITES          the same without refused writes and without reading the value back
+///     NAME... !CODE VALUE...        refused with CODE (left away: out of range), before anything changes
+///     given NAME VALUE ...          sets, whatever it writes
+///     fail N NAME VALUE             sets, its N-th write is refused
+///     fails CODE N NAME VALUE       sets; refused with CODE after N writes, the parameter reads as before
+///     get NAME VALUE, max, min      what a read, or the registered range, gives; a read may fail with !CODE
+///     access FLAGS NAME...          the registered access flags
+///     read NAME DESIGN VALUE        a read-out: follows the design, fails with it, cannot be set
+///     load NAME VALUE               leaves a value in the cache that a setter may refuse
+///     force, design NAME VALUE      a value of the board's
+///     lut, cached IN:OUT,IN:OUT...  entries of all three tables, in the applet and the design or in the
+///     applet mute NAME..., deny NAME...    reads, or writes, of the design's NAME are refused until "heal"
+///     mute N                        the N-th read from now is refused, once
+///     reopen FLAGS, hide NAME       opens the applet again; a design that lacks NAME
+///     advance SECONDS               moves the board's clock
+///     refusals CODE                 what the applet makes of the code of a refused write
+///
+/// "{a|b}" in a line stands for one line with a and one with b, all braces of it together.
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+
+#include "tests/AppletFixture.h"
+#include "tests/TemporaryFile.h"
+
+namespace marovine::test {
+namespace {
+
+/// A code that nothing but an injected fault answers.
+constexpr int kInjected = -4711;
+
+using Value = std::variant<std::int32_t, std::uint32_t, std::int64_t, std::uint64_t, double, std::string>;
+using Words = std::vector<std::string>;
+using Variables = std::map<std::string, std::string>;
+
+struct Macro {
+    Words parameters;
+    std::string body;
+};
+
+struct Section {
+    std::string title;
+    std::string file;
+    std::vector<std::pair<int, std::string>> lines;  ///< with their numbers
+    std::vector<Variables> instances;
+    std::map<std::string, Macro> macros;
+};
+
+Words split(const std::string& text, char separator) {
+    Words parts;
+    std::istringstream in(separator == ' ' ? text : text + separator);
+    for (std::string part; std::getline(in, part, separator);) {
+        const auto first = part.find_first_not_of(' ');
+        if (first != std::string::npos)
+            parts.push_back(part.substr(first, part.find_last_not_of(' ') + 1 - first));
+        else if (separator != ' ')
+            parts.emplace_back();
+    }
+    return parts;
+}
+
+/// Puts values in place of "$name"; longer names come first.
+std::string withVariables(std::string text, const Variables& variables) {
+    for (auto v = variables.rbegin(); v != variables.rend(); ++v)
+        for (std::size_t at; (at = text.find("$" + v->first)) != std::string::npos;)
+            text.replace(at, v->first.size() + 1, v->second);
+    return text;
+}
+
+/// One line for each alternative of "{a|b}".
+Words alternatives(const std::string& line) {
+    Words lines;
+    for (std::size_t n = 0; n == 0 || n < lines.size(); ++n) {
+        std::string one;
+        std::size_t at = 0;
+        for (std::size_t open; (open = line.find('{', at)) != std::string::npos;) {
+            const auto close = line.find('}', open);
+            const Words choices = split(line.substr(open + 1, close - open - 1), '|');
+            if (lines.empty()) lines.resize(choices.size());
+            if (choices.size() != lines.size()) throw std::runtime_error("braces of two lengths: " + line);
+            one += line.substr(at, open - at) + choices[n];
+            at = close + 1;
+        }
+        if (lines.empty()) lines.resize(1);
+        lines[n] = one + line.substr(at);
+    }
+    return lines;
+}
+
+/// The sections of a table.
+std::vector<Section> readTable(const std::filesystem::path& path) {
+    std::vector<std::pair<int, std::string>> lines;
+    std::ifstream file(path);
+    int number = 0;
+    for (std::string line; std::getline(file, line);) {
+        ++number;
+        line.erase(std::min(line.find('#'), line.size()));
+        line.erase(line.find_last_not_of(' ') + 1);
+        if (line.empty()) continue;
+        if (line.front() == ' ')
+            lines.back().second += " " + line.substr(line.find_first_not_of(' '));
+        else
+            lines.emplace_back(number, line);
+    }
+    std::vector<Section> sections;
+    std::map<std::string, Macro> macros;
+    Variables common;
+    for (const auto& [at, text] : lines) {
+        const std::string line = withVariables(text, common);
+        if (line.starts_with("def ")) {
+            const std::string head = line.substr(4, line.find(" = ") - 4);
+            const auto open = std::min(head.find('('), head.size());
+            Words parameters;
+            if (open < head.size()) parameters = split(head.substr(open + 1, head.size() - open - 2), ',');
+            macros[head.substr(0, open)] = {parameters, line.substr(line.find(" = ") + 3)};
+        } else if (line.starts_with("== ")) {
+            sections.push_back({line.substr(3), path.string(), {}, {}, {}});
+        } else if (line.starts_with("with ")) {
+            Variables variables;
+            for (const auto& pair : split(line.substr(5), ' '))
+                variables[pair.substr(0, pair.find('='))] = pair.substr(pair.find('=') + 1);
+            if (sections.empty())
+                common = variables;
+            else
+                sections.back().instances.push_back(variables);
+        } else {
+            sections.back().lines.emplace_back(at, line);
+        }
+    }
+    for (auto& section : sections) {
+        section.macros = macros;
+        if (section.instances.empty()) section.instances.emplace_back();
+    }
+    return sections;
+}
+
+/// A number or the name of a constant. A text stands in quotes, with "~" for a blank; "'x'*9" is nine times
+/// x.
+Value valueOf(ValueType type, const std::string& text) {
+    const auto whole = [&] {
+        const auto* named = findConstant(text);
+        return named != nullptr      ? static_cast<std::uint64_t>(named->value)
+               : text.front() == '-' ? static_cast<std::uint64_t>(std::stoll(text, nullptr, 0))
+                                     : std::stoull(text, nullptr, 0);
+    };
+    switch (type) {
+        case ValueType::Double:
+            return std::strtod(text.c_str(), nullptr);
+        case ValueType::Text: {
+            const auto end = text.rfind('\'');
+            std::string content = text.substr(1, end - 1);
+            std::ranges::replace(content, '~', ' ');
+            if (end + 1 < text.size())
+                content = std::string(static_cast<std::size_t>(std::stoi(text.substr(end + 2))), content[0]);
+            return content;
+        }
+        case ValueType::UInt32:
+            return static_cast<std::uint32_t>(whole());
+        case ValueType::Int64:
+            return static_cast<std::int64_t>(whole());
+        case ValueType::UInt64:
+            return whole();
+        default:
+            return static_cast<std::int32_t>(whole());
+    }
+}
+
+class SettingsTest : public testing::Test {
+ public:
+    SettingsTest(const Section& section, const Variables& variables)
+        : section_(section), variables_(variables) {}
+
+    void TestBody() override {
+        applet_.takeWrites();
+        applet_.board().setClockManual();
+        for (const auto& [number, text] : section_.lines)
+            for (const auto& line : alternatives(withVariables(text, variables_))) {
+                SCOPED_TRACE(section_.file + ":" + std::to_string(number) + ": " + line);
+                try {
+                    run(line);
+                } catch (const std::exception& error) {
+                    ADD_FAILURE() << "the table is wrong: " << error.what();
+                }
+            }
+        applet_.board().clearOpeningFaults();
+    }
+
+ private:
+    static const SdkParameter& row(const std::string& name) {
+        const auto* found = findSdkParameter(name);
+        if (found == nullptr) throw std::runtime_error("no parameter " + name);
+        return *found;
+    }
+    std::string designName(const std::string& name) {
+        for (const char* prefix : {"", "Device1_Process0_", "Device1_Process1_"}) {
+            try {
+                applet_.board().value(prefix + name);
+                return prefix + name;
+            } catch (const std::out_of_range&) {
+            }
+        }
+        throw std::runtime_error("no design parameter " + name);
+    }
+
+    int set(const std::string& name, const Value& value) {
+        const int id = row(name).id;
+        const auto give = [&](const void* place) {
+            return Fg_setParameterWithType(applet_.record(), id, place, 0, FG_TYPE_UINT32);
+        };
+        return std::visit(
+            [&]<class T>(const T& v) {
+                if constexpr (std::is_same_v<T, std::string>)
+                    return give(v.c_str());
+                else
+                    return give(&v);
+            },
+            value);
+    }
+    int set(const std::string& name, const std::string& text) {
+        return set(name, valueOf(row(name).type, text));
+    }
+    /// The value, or the code of a refused read.
+    std::pair<int, Value> get(const std::string& name) {
+        Value value = valueOf(row(name).type, row(name).type == ValueType::Text ? "' '" : "0");
+        std::vector<char> text(700000);
+        const int code = std::visit(
+            [&]<class T>(T& v) {
+                void* place = &v;
+                if constexpr (std::is_same_v<T, std::string>) place = text.data();
+                return Fg_getParameterWithType(applet_.record(), row(name).id, place, 0, FG_TYPE_TEXT);
+            },
+            value);
+        if (std::holds_alternative<std::string>(value)) value = std::string(text.data());
+        return {code, value};
+    }
+    Writes writesOf(std::string text) const {
+        for (std::size_t at; (at = text.find('@')) != std::string::npos;) {
+            auto end = text.find_first_not_of(
+                "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_", at + 1);
+            end = std::min(end, text.size());
+            const auto& macro = section_.macros.at(text.substr(at + 1, end - at - 1));
+            Variables arguments;
+            if (end < text.size() && text[end] == '(') {
+                const auto close = text.find(')', end);
+                const Words given = split(text.substr(end + 1, close - end - 1), ',');
+                for (std::size_t i = 0; i < given.size(); ++i) arguments[macro.parameters.at(i)] = given[i];
+                end = close + 1;
+            }
+            if (arguments.size() != macro.parameters.size()) throw std::runtime_error("arguments: " + text);
+            text.replace(at, end - at, withVariables(macro.body, arguments));
+        }
+        Writes writes;
+        for (const auto& write : split(text, ';')) {
+            const auto end = write.find_first_of(" =");
+            if (!write.empty()) writes.push_back({write.substr(0, end), write.substr(end + 1)});
+        }
+        return writes;
+    }
+
+    /// What was written, whole tables in short. Refused writes must say so.
+    Writes takeWrites(std::size_t refused = 0) {
+        auto journal = applet_.board().takeWrites();
+        for (std::size_t i = 0; i < journal.size(); ++i)
+            EXPECT_EQ(i + 1 == refused ? kInjected : 0, journal[i].result) << "in the journal: " << i;
+        auto writes = inTestForm(journal);
+        for (auto& write : writes)
+            if (std::ranges::count(write.value, ',') == 255) write.value = "table";
+        return writes;
+    }
+
+    void expectSetting(const std::string& name, const Value& value, const Writes& writes, bool sweep) {
+        const auto before = get(name);
+        for (std::size_t n = 1; sweep && n <= writes.size(); ++n) {
+            applet_.board().refuseNthWrite(static_cast<unsigned>(n), kInjected);
+            EXPECT_EQ(refusal_, set(name, value)) << "write " << n << " refused";
+            EXPECT_EQ(refusal_, applet_.lastError());
+            EXPECT_EQ(Writes(writes.begin(), writes.begin() + static_cast<std::ptrdiff_t>(n)), takeWrites(n));
+            EXPECT_EQ(before, get(name)) << "write " << n << " refused";
+        }
+        EXPECT_EQ(0, set(name, value));
+        EXPECT_EQ(0, applet_.lastError());
+        EXPECT_EQ(writes, takeWrites());
+        if (sweep) {
+            EXPECT_EQ(std::pair(0, value), get(name));
+        }
+    }
+    void expectRefused(const std::string& name, const std::string& value, int code) {
+        SCOPED_TRACE(name + " = " + value);
+        const auto before = get(name);
+        EXPECT_EQ(code, set(name, value));
+        EXPECT_EQ(code, applet_.lastError());
+        EXPECT_EQ(Writes{}, takeWrites());
+        if (before.second == before.second) {
+            EXPECT_EQ(before, get(name));
+        }
+    }
+    void expectValue(const std::string& name, const std::string& expected) {
+        const auto [code, value] = get(name);
+        if (expected.front() == '!') {
+            EXPECT_EQ(std::stoi(expected.substr(1)), code);
+        } else {
+            EXPECT_EQ(0, code);
+            EXPECT_EQ(valueOf(row(name).type, expected), value);
+        }
+    }
+    void expectLimit(bool maximum, const std::string& name, const std::string& expected) {
+        const auto& node = applet_.node(name);
+        double found = NAN;
+        if (node.kind == FG_KIND_UINT32)
+            found = maximum ? node.value.uint32.maximum : node.value.uint32.minimum;
+        if (node.kind == FG_KIND_DOUBLE) found = maximum ? node.value.real.maximum : node.value.real.minimum;
+        EXPECT_EQ(std::stod(expected), found);
+    }
+
+    /// Tries the value as a setting does with a file: what the setter refuses stays in the cache.
+    void load(const std::string& name, const std::string& value) {
+        const TemporaryFile file(".mcf");
+        ASSERT_EQ(0, Fg_saveConfig(applet_.record(), file.name()));
+        std::string text = file.content();
+        const auto from = text.find("\n" + name + "=") + name.size() + 2;
+        text.replace(from, text.find(';', from) - from, value);
+        file.write(text);
+        EXPECT_EQ(0, Fg_loadConfig(applet_.record(), file.name()));
+        applet_.takeWrites();
+    }
+    /// A value in the type that the design's parameter has.
+    virtualboard::Value boardValue(const std::string& name, const std::string& text) {
+        return std::visit(
+            [&]<class T>(const T&) -> virtualboard::Value {
+                if constexpr (std::is_same_v<T, std::string>)
+                    return std::get<std::string>(valueOf(ValueType::Text, text));
+                else if constexpr (std::is_same_v<T, double>)
+                    return std::stod(text);
+                else if constexpr (std::is_arithmetic_v<T>)
+                    return static_cast<T>(std::get<std::int64_t>(valueOf(ValueType::Int64, text)));
+                else
+                    throw std::runtime_error(name + " is a field");
+            },
+            applet_.board().value(name));
+    }
+    void expectReadOut(const std::string& name, const std::string& design, const std::string& value) {
+        applet_.board().force(design, boardValue(design, value));
+        expectValue(name, value);
+        applet_.board().refuseReads(design, kInjected);
+        EXPECT_EQ(refusal_, get(name).first);
+        applet_.board().refuseReads(design, 0);
+        if (row(name).access == Access::ReadOnly) expectRefused(name, value, error::notAllowed);
+    }
+    void expectEntry(const std::string& pair, bool inDesign) {
+        const auto input = static_cast<std::size_t>(std::stoi(pair));
+        const auto output = static_cast<std::uint32_t>(std::stoul(pair.substr(pair.find(':') + 1)));
+        for (const std::string channel : {"RED", "GREEN", "BLUE"}) {
+            FieldParameterInt entry{.value = 999, .index = static_cast<std::uint32_t>(input)};
+            EXPECT_EQ(0, Fg_getParameterWithType(applet_.record(), row("FG_LUT_VALUE_" + channel).id, &entry,
+                                                 0, FG_TYPE_FIELD_INT));
+            EXPECT_EQ(output, entry.value) << channel << " of " << input;
+            const auto design = "Device1_Process0_LookupTable_" + channel.substr(0, 1) + "_LUTcontent";
+            const auto table = std::get<std::vector<std::uint32_t>>(applet_.board().value(design));
+            EXPECT_EQ(output, inDesign ? table.at(input) : output);
+        }
+    }
+
+    void run(const std::string& line) {
+        for (const bool sweep : {true, false})
+            if (const auto arrow = line.find(sweep ? " ->" : " =>"); arrow != std::string::npos) {
+                const Words words = split(line.substr(0, arrow), ' ');
+                const auto writes = writesOf(line.substr(arrow + 3));
+                return expectSetting(words.at(0), valueOf(row(words[0]).type, words.at(1)), writes, sweep);
+            }
+        const Words words = split(line, ' ');
+        const std::string& verb = words[0];
+        const std::string name = words.size() > 1 ? words[1] : "";
+        const auto mark = std::find_if(words.begin(), words.end(), [](const auto& w) { return w[0] == '!'; });
+        if (verb == "given") {
+            for (std::size_t i = 1; i < words.size(); i += 2)
+                EXPECT_EQ(0, set(words[i], words.at(i + 1))) << words[i];
+            applet_.takeWrites();
+        } else if (verb == "fail") {
+            const auto n = static_cast<unsigned>(std::stoul(name));
+            applet_.board().refuseNthWrite(n, kInjected);
+            EXPECT_EQ(refusal_, set(words.at(2), words.at(3)));
+            EXPECT_EQ(n, takeWrites(n).size());
+        } else if (verb == "fails") {
+            const auto before = get(words.at(3));
+            EXPECT_EQ(std::stoi(name), set(words[3], words.at(4)));
+            EXPECT_EQ(std::stoi(name), applet_.lastError());
+            EXPECT_EQ(std::stoul(words[2]), applet_.board().takeWrites().size());
+            EXPECT_EQ(before, get(words[3]));
+        } else if (verb == "get") {
+            expectValue(name, words.at(2));
+        } else if (verb == "max" || verb == "min") {
+            expectLimit(verb == "max", name, words.at(2));
+        } else if (verb == "access") {
+            for (std::size_t i = 2; i < words.size(); ++i)
+                EXPECT_EQ(std::stoi(name), applet_.node(words[i]).accessFlags) << words[i];
+        } else if (verb == "read") {
+            expectReadOut(name, designName(words.at(2)), words.at(3));
+        } else if (verb == "load") {
+            load(name, words.at(2));
+        } else if (verb == "force") {
+            const auto full = designName(name);
+            applet_.board().force(full, boardValue(full, words.at(2)));
+        } else if (verb == "design") {
+            const auto full = designName(name);
+            EXPECT_EQ(boardValue(full, words.at(2)), applet_.board().value(full));
+        } else if (verb == "lut" || verb == "cached") {
+            for (const auto& pair : split(name, ',')) expectEntry(pair, verb == "lut");
+        } else if (verb == "mute" && std::isdigit(name[0]) != 0) {
+            applet_.board().refuseNthRead(static_cast<unsigned>(std::stoul(name)), kInjected);
+        } else if (verb == "mute" || verb == "deny") {
+            for (std::size_t i = 1; i < words.size(); ++i) {
+                const auto full = designName(words[i]);
+                verb == "mute" ? applet_.board().refuseReads(full, kInjected)
+                               : applet_.board().refuseWrites(full, kInjected);
+            }
+        } else if (verb == "heal") {
+            applet_.board().clearFaults();
+            applet_.takeWrites();
+        } else if (verb == "reopen") {
+            applet_.reopen(std::stoi(name));
+            applet_.takeWrites();
+        } else if (verb == "hide") {
+            applet_.board().hide(designName(name));
+        } else if (verb == "advance") {
+            applet_.board().advanceClock(std::stod(name));
+        } else if (verb == "refusals") {
+            refusal_ = std::stoi(name);
+        } else if (mark != words.end()) {
+            const int code = mark->size() == 1 ? error::outOfRange : std::stoi(mark->substr(1));
+            for (auto one = words.begin(); one != mark; ++one)
+                for (auto value = mark + 1; value != words.end(); ++value) expectRefused(*one, *value, code);
+        } else {
+            throw std::runtime_error("not understood");
+        }
+    }
+
+    const Section& section_;
+    const Variables& variables_;
+    OpenApplet applet_;
+    int refusal_ = kInjected;
+};
+
+std::vector<Section> readAllTables() {
+    std::vector<Section> all;
+    for (const auto& entry : std::filesystem::directory_iterator(SETTINGS_FOLDER))
+        for (auto& section : readTable(entry.path())) all.push_back(std::move(section));
+    return all;
+}
+
+const std::vector<Section>& allSections() {
+    static const auto all = readAllTables();
+    return all;
+}
+
+/// Letters and digits, words begun with a capital.
+std::string testName(const std::string& text) {
+    std::string name;
+    bool begins = true;
+    for (const char c : text) {
+        if (std::isalnum(static_cast<unsigned char>(c)) != 0)
+            name += begins ? static_cast<char>(std::toupper(static_cast<unsigned char>(c))) : c;
+        begins = std::isalnum(static_cast<unsigned char>(c)) == 0;
+    }
+    return name;
+}
+
+[[maybe_unused]] const bool registered = [] {
+    for (const auto& section : allSections())
+        for (const auto& variables : section.instances) {
+            std::string name = testName(section.title);
+            if (!variables.empty()) name += std::to_string(&variables - section.instances.data() + 1);
+            testing::RegisterTest(
+                ("Settings_" + testName(std::filesystem::path(section.file).stem())).c_str(), name.c_str(),
+                nullptr, nullptr, section.file.c_str(), section.lines.front().first,
+                [&section, &variables] { return new SettingsTest(section, variables); });
+        }
+    return true;
+}();
+
+TEST(SettingsTables, HaveARowForEverySetter) {
+    std::set<std::string> set;
+    for (const auto& section : allSections())
+        for (const auto& variables : section.instances)
+            for (const auto& line : section.lines)
+                for (const auto& one : alternatives(withVariables(line.second, variables)))
+                    if (one.find(" ->") != std::string::npos || one.find(" =>") != std::string::npos)
+                        set.insert(one.substr(0, one.find(' ')));
+    for (const auto& row : sdkParameters)
+        if (row.access == Access::ReadWrite && row.type != ValueType::UInt32Field &&
+            row.type != ValueType::Text)  // which are files
+        {
+            EXPECT_TRUE(set.contains(row.name)) << row.name;
+        }
+}
+
+}  // namespace
+}  // namespace marovine::test
