@@ -30,12 +30,6 @@ std::ostream& operator<<(std::ostream& out, const DesignWrite& write) {
     return out << write.name << " := " << write.value;
 }
 
-Writes joined(std::initializer_list<Writes> parts) {
-    Writes all;
-    for (const auto& part : parts) all.insert(all.end(), part.begin(), part.end());
-    return all;
-}
-
 Writes inTestForm(const std::vector<virtualboard::Write>& writes) {
     Writes result;
     for (const auto& write : writes) {

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,9 +32,6 @@ std::ostream& operator<<(std::ostream& out, const DesignWrite& write);
 
 /// Design writes, oldest first.
 using Writes = std::vector<DesignWrite>;
-
-/// Writes that follow each other.
-Writes joined(std::initializer_list<Writes> parts);
 
 /// What a virtual board recorded, in the tests' form.
 Writes inTestForm(const std::vector<virtualboard::Write>& writes);

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cmath>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -165,6 +166,27 @@ TEST_F(BoardControlTest, ForcesReadOutsOfTheRightSort) {
     EXPECT_THROW(control.force(kWidth, std::string("wide")), std::invalid_argument);
     EXPECT_THROW(control.force(kWidth, 1.5), std::invalid_argument);
     EXPECT_THROW(control.force(kLut, std::vector<std::uint32_t>{1, 2}), std::invalid_argument);
+}
+
+TEST_F(BoardControlTest, TheClockMovesForwardToItsEndOrByItself) {
+    const auto count = [&] {
+        return get<std::uint32_t>("Device1_Process1_Trigger_Analyzer_Analyzer0_PulseCountSignal_Status",
+                                  FG_TYPE_UINT32);
+    };
+    control.setClockManual();
+    EXPECT_EQ(kOk, set("Device1_Process1_Trigger_Analyzer_Analyzer0_Select_SelectSignal_Select", 1));
+    EXPECT_EQ(kOk, set("Device1_Process0_Trigger_Trigger_ExsyncEnable", 1));
+    for (const double seconds : {-1.0, std::nan(""), 1e9 + 1})
+        EXPECT_THROW(control.advanceClock(seconds), std::invalid_argument);
+    control.advanceClock(1.0);
+    control.setClockManual(false);
+    EXPECT_LE(5000u, count());
+    EXPECT_GT(10000u, count()) << "a second has not passed";
+    control.setClockManual();
+    for (int i = 0; i < 5; ++i) control.advanceClock(9e8);
+    const std::uint32_t atTheEnd = count();
+    control.advanceClock(9e8);
+    EXPECT_EQ(atTheEnd, count());
 }
 
 TEST_F(BoardControlTest, ServesSeveralThreads) {

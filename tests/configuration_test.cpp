@@ -3,12 +3,10 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <set>
-#include <thread>
 
 #include "tests/AppletFixture.h"
 
@@ -246,28 +244,6 @@ TEST_F(ConfigurationTest, RefusesForeignAndMissingFiles) {
         EXPECT_EQ(1024u, applet.get<std::uint32_t>("FG_WIDTH"));
     }
     EXPECT_TRUE(applet.takeWrites().empty());
-}
-
-TEST_F(ConfigurationTest, IsNotInterleavedWithOtherCalls) {
-    ASSERT_EQ(0, applet.set("FG_WIDTH", 512u));
-    ASSERT_EQ(0, save("narrow.mcf"));
-    ASSERT_EQ(0, applet.set("FG_WIDTH", 1024u));
-    ASSERT_EQ(0, save("wide.mcf"));
-    std::atomic<bool> done = false;
-    std::thread other([&] {
-        while (!done) {
-            const auto width = applet.get<std::uint32_t>("FG_WIDTH");
-            EXPECT_TRUE(width == 512 || width == 1024);
-        }
-    });
-    for (int i = 0; i < 50; ++i) {
-        EXPECT_EQ(0, load("narrow.mcf"));
-        EXPECT_EQ(virtualboard::Value(512u),
-                  applet.board().value("Device1_Process0_Buffer_0_DRAM_A_0_XLength"));
-        EXPECT_EQ(0, load("wide.mcf"));
-    }
-    done = true;
-    other.join();
 }
 
 TEST_F(ConfigurationTest, RunsInsideACallOfItsThreadAndWaitsForOneOfAnother) {

@@ -71,24 +71,6 @@ TEST_F(AppletTest, DescribesEachParameterOfTheDescribedKindsOnce) {
     EXPECT_EQ(described, features.size());
 }
 
-TEST_F(AppletTest, RefersOnlyToWhatItDescribes) {
-    const Parsed document(documentOf(applet));
-    std::set<std::string> names;
-    for (const auto& name : document.texts("//@Name[not(parent::g:EnumEntry)]"))
-        EXPECT_TRUE(names.insert(name).second) << "twice: " << name;
-    std::multiset<std::string> referred;
-    for (const char* reference : {"pFeature", "pValue", "pPort"})
-        for (const auto& name : document.texts("//g:" + std::string(reference))) {
-            EXPECT_TRUE(names.contains(name)) << reference << " " << name;
-            referred.insert(name);
-        }
-    EXPECT_EQ(1u, names.count("DevicePort"));
-    for (const auto& category : document.texts("//g:Category/@Name"))
-        EXPECT_EQ(category == "Root" ? 0u : 1u, referred.count(category)) << category;
-    for (const auto& feature : document.texts("//g:Integer/@Name"))
-        EXPECT_EQ(1u, referred.count(feature)) << "in exactly one category: " << feature;
-}
-
 TEST_F(AppletTest, DescribesTheRangesAsTheyAreNow) {
     EXPECT_THAT(Parsed(documentOf(applet)).texts("//g:Integer[@Name='FG_XOFFSET']/g:Max"),
                 testing::ElementsAre("15360"));
@@ -117,12 +99,6 @@ TEST_F(AppletTest, FillsOnlyABufferThatIsLargeEnough) {
         EXPECT_EQ(error::noDefinition, Fg_getParameterInfoXML(applet.record(), port, buffer.data(), &size));
         EXPECT_EQ(error::noDefinition, applet.lastError());
     }
-}
-
-TEST(DescriptionDocument, IsTheSameForTheSameState) {
-    OpenApplet first;
-    OpenApplet second;
-    EXPECT_EQ(documentOf(first), documentOf(second));
 }
 
 TEST(DescriptionDocument, LeavesOutRegistersReachedDirectly) {

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -38,99 +39,29 @@ class Explaining : public HostTest {
     }
 };
 
-struct Case {
-    std::vector<std::pair<const char*, const char*>> first;  ///< what is set before
-    const char* name;
-    const char* value;
-    const char* sentence;
-};
-
-const std::vector<Case>& cases() {
-    static const std::vector<Case> all{
-        {{},
-         "FG_WIDTH",
-         "1004",
-         "FG_WIDTH = 1004 refused (-7080): not a multiple of 8; nearest are 1000 and 1008"},
-        {{{"FG_XOFFSET", "12288"}},
-         "FG_WIDTH",
-         "4100",
-         "FG_WIDTH = 4100 refused (-6000): above 4096, because FG_XOFFSET is 12288"},
-        {{}, "FG_WIDTH", "20000", "FG_WIDTH = 20000 refused (-6000): above 16384"},
-        {{}, "FG_WIDTH", "0", "FG_WIDTH = 0 refused (-6000): below 8"},
-        {{{"FG_XOFFSET", "12288"}},
-         "FG_WIDTH",
-         "20000",
-         "FG_WIDTH = 20000 refused (-6000): above 4096, because FG_XOFFSET is 12288"},
-        {{{"FG_SENSORWIDTH", "2048"}, {"FG_VANTAGEPOINT", "FG_VANTAGEPOINT_TOP_RIGHT"}},
-         "FG_WIDTH",
-         "2056",
-         "FG_WIDTH = 2056 refused (-6000): above 2048, because FG_SENSORWIDTH is 2048 and FG_VANTAGEPOINT is "
-         "FG_VANTAGEPOINT_TOP_RIGHT"},
-        {{},
-         "FG_LINEEXPOSURE",
-         "300",
-         "FG_LINEEXPOSURE = 300 refused (-6000): above 200, because FG_LINETRIGGERMODE is GRABBER_CONTROLLED "
-         "and "
-         "FG_LINEPERIODE is 200"},
-        {{{"FG_LINEPERIODE", "2000"}},
-         "FG_LINEEXPOSURE",
-         "1050",
-         "FG_LINEEXPOSURE = 1050 refused (-6000): above 1048.568"},
-        {{},
-         "FG_LINETRIGGERDELAY",
-         "200.008",
-         "FG_LINETRIGGERDELAY = 200.008 refused (-6000): above 200, because FG_LINEPERIODE is 200"},
-        {{{"FG_IMG_SELECT_PERIOD", "4"}},
-         "FG_IMG_SELECT",
-         "5",
-         "FG_IMG_SELECT = 5 refused (-6000): above 3, because FG_IMG_SELECT_PERIOD is 4"},
-        {{{"FG_IMG_SELECT_PERIOD", "8"}, {"FG_IMG_SELECT", "5"}},
-         "FG_IMG_SELECT_PERIOD",
-         "4",
-         "FG_IMG_SELECT_PERIOD = 4 refused (-6000): below 6, because FG_IMG_SELECT is 5"},
-        {{},
-         "FG_CAMERASIMULATOR_FRAME_GAP",
-         "8",
-         "FG_CAMERASIMULATOR_FRAME_GAP = 8 refused (-6000): above 0, because FG_CAMERASIMULATOR_SELECT_MODE "
-         "is "
-         "FG_LINERATE"},
-        {{{"FG_CAMERASIMULATOR_SELECT_MODE", "FG_PIXEL_FREQUENCY"},
-          {"FG_CAMERASIMULATOR_LINE_GAP", "60000"},
-          {"FG_CAMERASIMULATOR_SELECT_MODE", "FG_LINERATE"},
-          {"FG_CAMERASIMULATOR_LINERATE", "1000"},
-          {"FG_CAMERASIMULATOR_WIDTH", "10000"}},
-         "FG_CAMERASIMULATOR_SELECT_MODE",
-         "FG_FRAMERATE",
-         "FG_CAMERASIMULATOR_SELECT_MODE = FG_FRAMERATE refused (-6000): not accepted now, because "
-         "FG_CAMERASIMULATOR_LINE_GAP still holds 60000 from another mode and FG_CAMERASIMULATOR_WIDTH is "
-         "10000"},
-        {{{"FG_CAMERASIMULATOR_SELECT_MODE", "FG_PIXEL_FREQUENCY"},
-          {"FG_CAMERASIMULATOR_LINE_GAP", "60000"},
-          {"FG_CAMERASIMULATOR_SELECT_MODE", "FG_LINERATE"},
-          {"FG_CAMERASIMULATOR_LINERATE", "100"},
-          {"FG_CAMERASIMULATOR_WIDTH", "10000"}},
-         "FG_CAMERASIMULATOR_SELECT_MODE",
-         "FG_FRAMERATE",
-         "FG_CAMERASIMULATOR_SELECT_MODE = FG_FRAMERATE refused (-6000): not accepted now, because "
-         "FG_CAMERASIMULATOR_LINE_GAP still holds 60000 from another mode and FG_CAMERASIMULATOR_FRAMERATE "
-         "is 0.09765625"},
-        {{},
-         "FG_CAMERASIMULATOR_PIXEL_FREQUENCY",
-         "0",
-         "FG_CAMERASIMULATOR_PIXEL_FREQUENCY = 0 refused (-6000): below 0.25"},
-        {{}, "FG_DEBUGSOURCE", "10", "FG_DEBUGSOURCE = 10 refused (-6000): above 1"},
-        {{}, "FG_SCALINGFACTOR_RED", "4", "FG_SCALINGFACTOR_RED = 4 refused (-6000): above 3.9990234375"},
-        {{}, "FG_TAPGEOMETRY", "7", "FG_TAPGEOMETRY = 7 refused (-6000): not one of the entries"},
-        {{}, "FG_LINEEXPOSURE", "nan", "FG_LINEEXPOSURE = nan refused (-6000): not a number"},
-        {{},
-         "FG_LINEEXPOSURE",
-         "inf",
-         "FG_LINEEXPOSURE = inf refused (-6000): above 200, because FG_LINETRIGGERMODE is GRABBER_CONTROLLED "
-         "and "
-         "FG_LINEPERIODE is 200"},
-    };
-    return all;
-}
+/// What is set before, the refused setting, its code and the rule with its causes.
+constexpr const char* kCases = R"(
+FG_WIDTH=1004 | -7080 | not a multiple of 8; nearest are 1000 and 1008
+FG_XOFFSET=12288 FG_WIDTH=4100 | -6000 | above 4096, because FG_XOFFSET is 12288
+FG_WIDTH=20000 | -6000 | above 16384
+FG_WIDTH=0 | -6000 | below 8
+FG_XOFFSET=12288 FG_WIDTH=20000 | -6000 | above 4096, because FG_XOFFSET is 12288
+FG_SENSORWIDTH=2048 FG_VANTAGEPOINT=FG_VANTAGEPOINT_TOP_RIGHT FG_WIDTH=2056 | -6000 | above 2048, because FG_SENSORWIDTH is 2048 and FG_VANTAGEPOINT is FG_VANTAGEPOINT_TOP_RIGHT
+FG_LINEEXPOSURE=300 | -6000 | above 200, because FG_LINETRIGGERMODE is GRABBER_CONTROLLED and FG_LINEPERIODE is 200
+FG_LINEPERIODE=2000 FG_LINEEXPOSURE=1050 | -6000 | above 1048.568
+FG_LINETRIGGERDELAY=200.008 | -6000 | above 200, because FG_LINEPERIODE is 200
+FG_IMG_SELECT_PERIOD=4 FG_IMG_SELECT=5 | -6000 | above 3, because FG_IMG_SELECT_PERIOD is 4
+FG_IMG_SELECT_PERIOD=8 FG_IMG_SELECT=5 FG_IMG_SELECT_PERIOD=4 | -6000 | below 6, because FG_IMG_SELECT is 5
+FG_CAMERASIMULATOR_FRAME_GAP=8 | -6000 | above 0, because FG_CAMERASIMULATOR_SELECT_MODE is FG_LINERATE
+FG_CAMERASIMULATOR_SELECT_MODE=FG_PIXEL_FREQUENCY FG_CAMERASIMULATOR_LINE_GAP=60000 FG_CAMERASIMULATOR_SELECT_MODE=FG_LINERATE FG_CAMERASIMULATOR_LINERATE=1000 FG_CAMERASIMULATOR_WIDTH=10000 FG_CAMERASIMULATOR_SELECT_MODE=FG_FRAMERATE | -6000 | not accepted now, because FG_CAMERASIMULATOR_LINE_GAP still holds 60000 from another mode and FG_CAMERASIMULATOR_WIDTH is 10000
+FG_CAMERASIMULATOR_SELECT_MODE=FG_PIXEL_FREQUENCY FG_CAMERASIMULATOR_LINE_GAP=60000 FG_CAMERASIMULATOR_SELECT_MODE=FG_LINERATE FG_CAMERASIMULATOR_LINERATE=100 FG_CAMERASIMULATOR_WIDTH=10000 FG_CAMERASIMULATOR_SELECT_MODE=FG_FRAMERATE | -6000 | not accepted now, because FG_CAMERASIMULATOR_LINE_GAP still holds 60000 from another mode and FG_CAMERASIMULATOR_FRAMERATE is 0.09765625
+FG_CAMERASIMULATOR_PIXEL_FREQUENCY=0 | -6000 | below 0.25
+FG_DEBUGSOURCE=10 | -6000 | above 1
+FG_SCALINGFACTOR_RED=4 | -6000 | above 3.9990234375
+FG_TAPGEOMETRY=7 | -6000 | not one of the entries
+FG_LINEEXPOSURE=nan | -6000 | not a number
+FG_LINEEXPOSURE=inf | -6000 | above 200, because FG_LINETRIGGERMODE is GRABBER_CONTROLLED and FG_LINEPERIODE is 200
+)";
 
 /// The ends or entries that an explanation calls accepted.
 std::vector<std::string> acceptedValues(std::string text) {
@@ -145,42 +76,56 @@ std::vector<std::string> acceptedValues(std::string text) {
 }
 
 TEST_F(Explaining, NamesTheRuleAndTheCause) {
-    for (const auto& [first, name, value, sentence] : cases()) {
+    std::istringstream cases(kCases + 1);
+    for (std::string line; std::getline(cases, line);) {
+        SCOPED_TRACE(line);
+        const auto end = line.find(" | "), codeEnd = line.find(" | ", end + 3);
+        const int expected = std::stoi(line.substr(end + 3));
         Applet fresh(library(), std::make_unique<VirtualBoard>(),
                      {.writeDefaults = true, .rememberSteps = true});
-        for (const auto& [other, setting] : first) fresh.set(other, fresh.parameter(other).parse(setting));
-        const Setting refused{name, fresh.parameter(name).parse(value)};
+        std::istringstream settings(line.substr(0, end));
+        Setting refused;
+        std::string value;
         int code = 0;
-        try {
-            fresh.set(name, refused.value);
-        } catch (const Refused& refusal) {
-            code = refusal.code;
+        for (std::string name; std::getline(settings >> std::ws, name, '=') && settings >> value;) {
+            EXPECT_EQ(0, code);
+            refused = {name, fresh.parameter(name).parse(value)};
+            try {
+                fresh.set(name, refused.value);
+            } catch (const Refused& refusal) {
+                code = refusal.code;
+            }
         }
+        EXPECT_EQ(expected, code);
         const Snapshot before(fresh);
         const Explanation why = explain(fresh, refused, code);
-        EXPECT_EQ(sentence, why.sentence());
+        EXPECT_EQ(refused.parameter + " = " + value + " refused (" + std::to_string(code) +
+                      "): " + line.substr(codeEnd + 3),
+                  why.sentence());
         EXPECT_THAT(changesBetween(before, Snapshot(fresh)), IsEmpty()) << "explaining touched the applet";
 
         // Whatever is named must hold on the applet itself.
+        const auto expectAccepted = [&](std::vector<std::pair<std::string, std::string>> steps) {
+            const auto trial = fresh.twin();
+            for (const auto& [name, text] : steps)
+                EXPECT_NO_THROW(trial->set(name, trial->parameter(name).parse(text)))
+                    << name << " = " << text;
+        };
         auto named = acceptedValues(why.accepted);
         named.insert(named.end(), why.nearest.begin(), why.nearest.end());
-        for (const auto& accepted : named) {
-            const auto trial = fresh.twin();
-            EXPECT_NO_THROW(trial->set(name, trial->parameter(name).parse(accepted))) << sentence;
-        }
-        for (const auto& cause : why.causes)
+        for (const auto& accepted : named) expectAccepted({{refused.parameter, accepted}});
+        for (std::size_t i = 0; i < why.causes.size(); ++i) {
+            const Cause& cause = why.causes[i];
+            if (i + 1 < why.causes.size() && why.causes[i + 1].together) continue;  // tried with the next one
             for (const auto& remedy : cause.remedies) {
-                const Cause* next = &cause + 1;
-                if (next != why.causes.data() + why.causes.size() && next->together) continue;
-                const auto trial = fresh.twin();
-                EXPECT_NO_THROW({
-                    if (const Cause* earlier = cause.together ? &cause - 1 : nullptr)
-                        trial->set(earlier->parameter,
-                                   trial->parameter(earlier->parameter).parse(earlier->remedies.front()));
-                    trial->set(cause.parameter, trial->parameter(cause.parameter).parse(remedy));
-                    trial->set(name, refused.value);
-                }) << remedyText(cause);
+                std::vector<std::pair<std::string, std::string>> steps{{cause.parameter, remedy},
+                                                                       {refused.parameter, value}};
+                if (cause.together)
+                    steps.insert(steps.begin(),
+                                 {why.causes[i - 1].parameter, why.causes[i - 1].remedies.front()});
+                expectAccepted(steps);
             }
+        }
     }
 }
 

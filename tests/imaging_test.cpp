@@ -147,7 +147,7 @@ TEST(LineScanCamera, exposureScalesAndClips) {
         {[](auto&) {}, {30, 100, 200}},
         {[](auto& s) { s.exsyncExposure = 38; }, {60, 200, 255}},
         {[](auto& s) { s.exsyncExposure = 9.5; }, {15, 50, 100}},
-        {[](auto& s) { s.exsyncExposure = 0.5; }, {1, 3, 5}},  // 0.8, 2.6, 5.3
+        {[](auto& s) { s.exsyncExposure = 0.5; }, {1, 3, 5}},            // 0.8, 2.6, 5.3
         {[](auto& s) { s.exsyncExposure = 19.11875; }, {30, 101, 201}},  // 30.2, 100.6, 201.3
         // Never longer than the line, and the rest of the line when the camera's input is inverted.
         {[](auto& s) { s.exsyncExposure = 38, s.exsyncPeriod = 19; }, {30, 100, 200}},

@@ -7,6 +7,7 @@
 #include <map>
 #include <regex>
 #include <set>
+#include <sstream>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -34,46 +35,19 @@ TEST(Info, HandlesAreNullBeforeTheFirstOpeningAndTheLastOnesAfterwards) {
 }
 
 TEST(Info, AnswersCapabilitiesWithNumbers) {
-    struct Case {
-        int selector;
-        unsigned int a, b;
-        int answer;
-    };
-    constexpr int unknown = error::invalidArgument;
-    for (const auto& [selector, a, b, answer] : std::to_array<Case>({
-             {848, 0, 0, 0},
-             {1040, 0, 0, 0},
-             {1045, 0, 0, 1},
-             {1792, 0, 0, 1},
-             {1872, 0, 0, 1},
-             {1888, 0, 0, 1},
-             {2048, 0, 0, 131073},
-             {2160, 0, 0, 0},
-             {2176, 0, 0, 30017},
-             {2192, 0, 0, 0},
-             {2560, 0, 0, 0},
-             {2816, 0, 0, 0},
-             {3072, 0, 0, 0},
-             {3328, 0, 0, 1},
-             {4608, 0, 0, 1},
-             {4624, 0, 9, 1},
-             {4624, 1, 0, unknown},
-             {4640, 0, 0, 1},
-             {4640, 1, 0, unknown},
-             {4656, 0, 0, 0},
-             {4656, 1, 0, unknown},
-             {4656, 0, 1, unknown},
-             {4672, 0, 0, 0},
-             {4672, 0, 1, unknown},
-             {4688, 0, 0, 1},
-             {4688, 1, 0, unknown},
-             {4704, 0, 0, 8},
-             {4704, 1, 0, unknown},
-             {9999, 0, 0, error::notSupported},
-             {-1, 0, 0, error::notSupported},
-         })) {
+    std::istringstream cases(  // selector, a, b, answer
+        "848 0 0 0   1040 0 0 0   1045 0 0 1   1792 0 0 1   1872 0 0 1   1888 0 0 1   2048 0 0 131073   2160 "
+        "0 0 0 "
+        "2176 0 0 30017   2192 0 0 0   2560 0 0 0   2816 0 0 0   3072 0 0 0   3328 0 0 1   4608 0 0 1   4624 "
+        "0 9 1 "
+        "4624 1 0 -2070   4640 0 0 1   4640 1 0 -2070   4656 0 0 0   4656 1 0 -2070   4656 0 1 -2070   4672 "
+        "0 0 0 "
+        "4672 0 1 -2070   4688 0 0 1   4688 1 0 -2070   4704 0 0 8   4704 1 0 -2070   9999 0 0 -2130   -1 0 "
+        "0 -2130");
+    int selector = 0, answer = 0;
+    for (unsigned a = 0, b = 0; cases >> selector >> a >> b >> answer;)
         EXPECT_EQ(answer, Info(selector, a, b, nullptr, nullptr)) << selector << ", " << a << ", " << b;
-    }
+    EXPECT_EQ(-1, selector) << "all read";
 }
 
 TEST(Info, GivesTextsByAddress) {

@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "base/DynamicLoading.h"
-#include "family/Fg_Log.h"
 #include "base/LogLine.h"
+#include "family/Fg_Log.h"
 #include "tests/OwnProcess.h"
 #include "tests/TestDispatcher.h"
 #include "tests/Threads.h"
@@ -230,35 +230,20 @@ class OpenLog : public Fg_Log {
 };
 
 TEST(FgLog, WritesItsFixedLines) {
-    const struct {
-        std::function<void(Fg_Log&)> write;
-        std::string line;
-    } rows[] = {
-        {[](Fg_Log& log) { log.Error("bad"); }, "orbicardIV::Error >> bad;\n"},
-        {[](Fg_Log& log) { log.Info("rows", -3); }, "orbicardIV::Info >> rows >> -3;\n"},
-        {[](Fg_Log& log) { log.ErrorInt("a", "b", 7); }, "orbicardIV::Error >> a >> b >> 7;\n"},
-        {[](Fg_Log& log) { log.ErrorDouble("a", "b", 0.1); }, "orbicardIV::Error >> a >> b >> 0.1;\n"},
-        {[](Fg_Log& log) { log.ErrorDouble("a", "b", 1.0 / 3.0); },
-         "orbicardIV::Error >> a >> b >> 0.333333333333;\n"},
-        {[](Fg_Log& log) { log.UsrDbg("%d of %s", 2, "two"); }, "2 of two"},
-        {[](Fg_Log& log) { log.Info("text"); }, ""},
-        {[](Fg_Log& log) { log.Func("text"); }, ""},
-    };
-    OpenLog open;
+    OpenLog log;
+    const auto line = [&](auto write) { return log.written(write); };
+    EXPECT_EQ(line([](Fg_Log& l) { l.Error("bad"); }), "orbicardIV::Error >> bad;\n");
+    EXPECT_EQ(line([](Fg_Log& l) { l.Info("rows", -3); }), "orbicardIV::Info >> rows >> -3;\n");
+    EXPECT_EQ(line([](Fg_Log& l) { l.ErrorInt("a", "b", 7); }), "orbicardIV::Error >> a >> b >> 7;\n");
+    EXPECT_EQ(line([](Fg_Log& l) { l.ErrorDouble("a", "b", 1.0 / 3.0); }),
+              "orbicardIV::Error >> a >> b >> 0.333333333333;\n");
+    EXPECT_EQ(line([](Fg_Log& l) { l.UsrDbg("%d of %s", 2, "two"); }), "2 of two");
+    EXPECT_EQ(line([](Fg_Log& l) { l.Info("text"), l.Func("text"); }), "");
+    EXPECT_EQ(std::ranges::count(line([](Fg_Log& l) { l.WriteWelcome(); }), '\n'), 5);
     Fg_Log closed("ignored.log");
-    for (const auto& row : rows) {
-        EXPECT_EQ(open.written(row.write), row.line);
-        row.write(closed);
-    }
     closed.WriteWelcome();
+    closed.Error("bad");
     EXPECT_FALSE(std::filesystem::exists("ignored.log"));
-
-    const std::string dashes(73, '-');
-    const std::string welcome = open.written([](Fg_Log& log) { log.WriteWelcome(); });
-    EXPECT_TRUE(welcome.starts_with(dashes + "\n")) << welcome;
-    EXPECT_TRUE(welcome.ends_with("\n" + dashes + "\n")) << welcome;
-    EXPECT_NE(welcome.find("\nContents: Log details for orbicard Dll\n"), std::string::npos) << welcome;
-    EXPECT_EQ(std::ranges::count(welcome, '\n'), 5) << welcome;
 }
 
 }  // namespace

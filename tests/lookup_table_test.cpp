@@ -146,36 +146,25 @@ TEST_F(LookupTableTest, RefusesBadBlocksAndKeepsTheCache) {
 
 // ---- files ----
 
-std::string section(const char* name, int entries, int add) {
-    std::string text = "\n\n[" + std::string(name) + "]\n\nid=0;\nnrOfElements=" + std::to_string(entries) +
-                       ";\nformat=0;\nnumber=0;\n";
-    for (int i = 0; i < entries; ++i) text += std::to_string(i) + "," + std::to_string(i + add) + ";\n";
-    return text;
-}
-std::string lutFile(int entries) {
-    return "# Lut data file v1.1" + section("red", entries, 1) + section("green", entries, 2) +
-           section("blue", entries, 3);
-}
-Table shifted(int entries, std::uint32_t add) {
-    Table table = identity;
-    for (int i = 0; i < entries; ++i) table[static_cast<std::size_t>(i)] += add;
-    return table;
-}
-
 TEST_F(LookupTableTest, LoadsACustomFileWhenItsTimeComes) {
-    const TemporaryFile file(".lut", lutFile(16));
+    const TemporaryFile file(".lut",
+                             "nrOfElements=2;\n[red]\n0,1;\n1,2;\n[green]\n0,3;\n1,4;\n[blue]\n0,5;\n1,6;\n");
     EXPECT_EQ(0, applet.setText("FG_LUT_CUSTOM_FILE", file.name()));
     EXPECT_THAT(applet.takeWrites(), IsEmpty()) << "processing fills the tables";
     EXPECT_EQ(file.name(), applet.getText("FG_LUT_CUSTOM_FILE"));
 
     EXPECT_EQ(0, setType("LUT_TYPE_CUSTOM"));
-    for (std::uint32_t i = 0; i < 3; ++i) {
-        EXPECT_EQ(shifted(16, i + 1), cached(kChannels[i])) << "a short table changes the first entries only";
-        EXPECT_EQ(shifted(16, i + 1), inDesign(kChannels[i]));
+    std::uint32_t next = 1;
+    for (const auto& channel : kChannels) {
+        Table expected = identity;  // a short table changes the first entries only
+        expected[0] = next++;
+        expected[1] = next++;
+        EXPECT_EQ(expected, cached(channel));
+        EXPECT_EQ(expected, inDesign(channel));
     }
-    const TemporaryFile other(".lut", lutFile(200));
-    EXPECT_EQ(0, applet.setText("FG_LUT_CUSTOM_FILE", other.name()));
-    EXPECT_EQ(shifted(200, 2), inDesign(kChannels[1]));
+    file.write("nrOfElements=1;\n[red]\n[green]\n0,9;\n[blue]\n");
+    EXPECT_EQ(0, applet.setText("FG_LUT_CUSTOM_FILE", file.name()));
+    EXPECT_EQ(9u, inDesign(kChannels[1])[0]);
     applet.takeWrites();
     EXPECT_EQ(0, applet.setText("FG_LUT_CUSTOM_FILE", ""));
     EXPECT_THAT(applet.takeWrites(), IsEmpty());

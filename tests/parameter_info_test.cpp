@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -10,19 +9,6 @@ namespace {
 
 RegisterInfo* addWidth(Fg_ParameterInfo& registry, RegisterInfo* parent, int id = 100, int process = 0) {
     return registry.addInfoUInt(parent, "Width", "FG_WIDTH", 8, 16384, 8, 3, 2, 1, "pixel", id, process);
-}
-
-/// Reads a node as the host does: by offset from its start.
-template <typename T>
-T at(const RegisterInfo* node, std::size_t offset) {
-    T value;
-    std::memcpy(&value, reinterpret_cast<const char*>(node) + offset, sizeof value);
-    return value;
-}
-
-std::string textAt(const RegisterInfo* node, std::size_t offset) {
-    const auto* const text = at<const char*>(node, offset);
-    return text == nullptr ? "(null)" : text;
 }
 
 TEST(ParameterInfo, TopLevelGroupsAreListedNewestFirst) {
@@ -67,87 +53,75 @@ TEST(ParameterInfo, GroupsAndParametersShareTheirParentsNumbering) {
     }
 }
 
-TEST(ParameterInfo, TheHostFindsEveryFieldAtItsOffset) {
+TEST(ParameterInfo, ANodeHasItsOwnTextsAndFlags) {
     Fg_ParameterInfo registry(1);
     RegisterInfo* const group = registry.addGroupInfo(0, nullptr, "Any");
     std::string unit = "\xB5s";
     const RegisterInfo* node =
         registry.addInfoUInt(group, "Width", "FG_WIDTH", 8, 4294967295u, 8, 3, 2, 1, unit.c_str(), 100, 0);
     unit = "gone";
-    EXPECT_EQ(at<std::uint32_t>(node, 0), 1u);
-    EXPECT_EQ(textAt(node, 8), "Width");
-    EXPECT_EQ(textAt(node, 16), "FG_WIDTH");
-    EXPECT_EQ(at<int>(node, 24), 3);
-    EXPECT_EQ(at<int>(node, 28), 2);
-    EXPECT_EQ(at<int>(node, 32), 1);
-    EXPECT_EQ(at<int>(node, 36), 100);
-    EXPECT_EQ(at<std::uint32_t>(node, 40), 8u);
-    EXPECT_EQ(at<std::uint32_t>(node, 44), 4294967295u);
-    EXPECT_EQ(at<std::uint32_t>(node, 48), 8u);
-    EXPECT_EQ(textAt(node, 112), "\xB5s");
-    EXPECT_EQ(at<int>(node, 120), 0);
+    EXPECT_EQ(node->kind, 1u);
+    EXPECT_STREQ(node->displayName, "Width");
+    EXPECT_STREQ(node->name, "FG_WIDTH");
+    EXPECT_STREQ(node->unit, "\xB5s");
+    EXPECT_EQ(node->accessFlags * 1000 + node->secondFlags * 100 + node->publish * 10, 3210);
+    EXPECT_EQ(node->address, 100);
+    EXPECT_EQ(node->value.uint32.maximum, 4294967295u);
 }
 
 TEST(ParameterInfo, EveryKindStoresItsOwnLimits) {
     Fg_ParameterInfo registry(1);
     RegisterInfo* const group = registry.addGroupInfo(0, nullptr, "Any");
+    const auto expect = [](const RegisterInfo* node, std::uint32_t kind, const auto& stored, auto minimum,
+                           auto maximum, auto increment) {
+        EXPECT_EQ(node->kind, kind);
+        EXPECT_EQ(stored.minimum, minimum) << kind;
+        EXPECT_EQ(stored.maximum, maximum) << kind;
+        EXPECT_EQ(stored.increment, increment) << kind;
+        EXPECT_EQ(node->unit, nullptr);
+    };
     const auto* node = registry.addInfoInt(group, "I", "I", -1, 3, 2, 7, 1, 1, nullptr, 1, 0);
-    EXPECT_EQ(node->kind, 11u);
-    EXPECT_EQ(node->value.int32.minimum, -1);
-    EXPECT_EQ(node->unit, nullptr);
-
+    expect(node, 11, node->value.int32, -1, 3, 2);
     node = registry.addInfoUInt64(group, "U", "U", 1, ~0ull, 2, 7, 1, 1, nullptr, 2, 0);
-    EXPECT_EQ(node->kind, 9u);
-    EXPECT_EQ(node->value.uint64.maximum, ~0ull);
-
+    expect(node, 9, node->value.uint64, 1u, ~0ull, 2u);
     node = registry.addInfoInt64(group, "L", "L", -4294967296, 4294967295, 1, 7, 1, 1, nullptr, 3, 0);
-    EXPECT_EQ(node->kind, 12u);
-    EXPECT_EQ(node->value.int64.minimum, -4294967296);
-
+    expect(node, 12, node->value.int64, -4294967296, 4294967295, 1);
     node = registry.addInfoDouble(group, "D", "D", 0.008, 30.0, 0.004, 7, 1, 1, nullptr, 4, 0);
-    EXPECT_EQ(node->kind, 6u);
-    EXPECT_EQ(node->value.real.maximum, 30.0);
-    EXPECT_EQ(node->value.real.increment, 0.004);
-
+    expect(node, 6, node->value.real, 0.008, 30.0, 0.004);
     node = registry.addInfoUIntField(group, "UF", "UF", 256, 1, 255, 2, 7, 1, 1, nullptr, 5, 0);
-    EXPECT_EQ(node->kind, 7u);
+    expect(node, 7, node->value.uint32Field, 1u, 255u, 2u);
     EXPECT_EQ(node->value.uint32Field.elements, 256u);
-    EXPECT_EQ(node->value.uint32Field.maximum, 255u);
-
     node = registry.addInfoDoubleField(group, "DF", "DF", 16, -1.5, 2.5, 0.5, 7, 1, 1, nullptr, 6, 0);
-    EXPECT_EQ(node->kind, 8u);
-    EXPECT_EQ(node->value.realField.minimum, -1.5);
-
+    expect(node, 8, node->value.realField, -1.5, 2.5, 0.5);
     node = registry.addInfoIntField(group, "IF", "IF", 8, -7, 9, 1, 7, 1, 1, nullptr, 7, 0);
-    EXPECT_EQ(node->kind, 13u);
-    EXPECT_EQ(node->value.int32Field.minimum, -7);
-
-    node = registry.addInfoString(group, "T", "T", "*.lut", 7, 1, 1, nullptr, 8, 0);
-    EXPECT_EQ(node->kind, 5u);
-    EXPECT_STREQ(node->value.text.attribute, "*.lut");
-    node = registry.addInfoString(group, "T", "T", nullptr, 7, 1, 1, nullptr, 9, 0);
-    EXPECT_STREQ(node->value.text.attribute, "");
+    expect(node, 13, node->value.int32Field, -7, 9, 1);
+    for (const char* attribute : {"*.lut", static_cast<const char*>(nullptr)}) {
+        node = registry.addInfoString(group, "T", "T", attribute, 7, 1, 1, nullptr, 8, 0);
+        EXPECT_EQ(node->kind, 5u);
+        EXPECT_STREQ(node->value.text.attribute, attribute != nullptr ? attribute : "");
+    }
 }
 
 TEST(ParameterInfo, EnumerationEntriesAreFilledOneByOne) {
     Fg_ParameterInfo registry(1);
     RegisterInfo* const group = registry.addGroupInfo(0, nullptr, "CC");
     RegisterInfo* const node = registry.addInfoEnum(group, "CC 1", "FG_CC1", 3, 7, 1, 1, nullptr, 200, 0);
-    auto namesOf = [node](int index) {
-        return std::string(at<char**>(node, 48)[index]) + "/" + at<char**>(node, 72)[index];
+    const auto& entries = node->value.enumeration;
+    auto namesOf = [&](int index) {
+        return std::string(entries.displayNames[index]) + "/" + entries.constantNames[index];
     };
-    ASSERT_EQ(at<int>(node, 40), 3);
-    EXPECT_EQ(at<char**>(node, 48)[2], nullptr) << "entries start empty";
+    ASSERT_EQ(entries.count, 3);
+    EXPECT_EQ(entries.displayNames[2], nullptr) << "entries start empty";
 
     EXPECT_EQ(registry.addEnumNameValue(node, 0, "Exsync", 0, "CC_EXSYNC"), 0);
     EXPECT_EQ(registry.addEnumNameValue(node, 1, "Other", -1, "FG_OTHER"), 0);
     EXPECT_EQ(namesOf(1), "Other/FG_OTHER");
-    EXPECT_EQ(at<std::int32_t*>(node, 56)[1], -1);
+    EXPECT_EQ(entries.values[1], -1);
 
     EXPECT_EQ(registry.addEnumNameValue(node, 1, "Gnd", 4, "CC_GND"), 0) << "filling again replaces";
     EXPECT_EQ(namesOf(1), "Gnd/CC_GND");
     EXPECT_EQ(namesOf(0), "Exsync/CC_EXSYNC");
-    EXPECT_EQ(at<std::int32_t*>(node, 56)[1], 4);
+    EXPECT_EQ(entries.values[1], 4);
 
     for (const int index : {-1, 3}) EXPECT_EQ(registry.addEnumNameValue(node, index, "X", 1, "X"), -500);
     EXPECT_EQ(registry.addEnumNameValue(node, 1, nullptr, 9, "X"), -500);
@@ -156,8 +130,8 @@ TEST(ParameterInfo, EnumerationEntriesAreFilledOneByOne) {
     EXPECT_EQ(namesOf(1), "Gnd/CC_GND") << "a refusal changes nothing";
 
     EXPECT_EQ(registry.addEnumNameValue(node, 2, std::string(300, 'x').c_str(), 7, nullptr), 0);
-    EXPECT_EQ(at<char**>(node, 48)[2], std::string(255, 'x'));
-    EXPECT_EQ(at<char**>(node, 72)[2], nullptr);
+    EXPECT_EQ(std::string(255, 'x'), entries.displayNames[2]);
+    EXPECT_EQ(entries.constantNames[2], nullptr);
 }
 
 TEST(ParameterInfo, RefusesWhatItCannotHold) {

@@ -38,16 +38,12 @@ TEST(PropertiesFile, ListsTheNamesOfOneSection) {
     properties.setProperty("None::Gain", "On");
     EXPECT_EQ(properties.getSectionPropertyNames("none"), (Names{"Height", "Width", "width"}));
     EXPECT_EQ(properties.getSectionPropertyNames("no"), Names{});
-}
 
-TEST(PropertiesFile, UpperCasesKeysUnlessCaseMatters) {
-    PropertiesFile properties;
-    properties.setProperty("none::Width", "first");
-    properties.setProperty("NONE::width", "Second");
-    EXPECT_EQ(properties.getProperty("None::WIDTH"), "Second");
-    EXPECT_EQ(properties.getSectionPropertyNames("none"), Names{"WIDTH"});
-    properties.setCaseSensitive(true);
-    EXPECT_EQ(properties.getProperty("none::Width"), "");
+    PropertiesFile upper;
+    upper.setProperty("none::Width", "first");
+    upper.setProperty("NONE::width", "Second");
+    EXPECT_EQ(upper.getProperty("None::WIDTH"), "Second");
+    EXPECT_EQ(upper.getSectionPropertyNames("none"), Names{"WIDTH"});
 }
 
 TEST(TrueWord, SwitchesOnInAnyCase) {

@@ -4,7 +4,7 @@
 ///
 ///     == Title                      a section: an applet of its own with the defaults
 ///     with a=1 b=2                  runs the section with $a and $b; one test for each such line. Above the
-///                                   first section, for all of them
+///                                   first section, for all of them. "each" takes the braces here
 ///     def name(a, b) = WRITES       a list of writes for @name(1, 2)
 ///     NAME VALUE -> WRITES          sets; all its writes, split by ";", each as the design's name and value.
 ///                                   Each is refused in turn before: that ends it and puts the value back
@@ -13,15 +13,15 @@
 ///     given NAME VALUE ...          sets, whatever it writes
 ///     fail N NAME VALUE             sets, its N-th write is refused
 ///     fails CODE N NAME VALUE       sets; refused with CODE after N writes, the parameter reads as before
-///     get NAME VALUE, max, min      what a read, or the registered range, gives; a read may fail with !CODE
-///     access FLAGS NAME...          the registered access flags
-///     read NAME DESIGN VALUE        a read-out: follows the design, fails with it, cannot be set
-///     load NAME VALUE               leaves a value in the cache that a setter may refuse
-///     force, design NAME VALUE      a value of the board's
-///     lut, cached IN:OUT,IN:OUT...  entries of all three tables, in the applet and the design or in the
-///     applet mute NAME..., deny NAME...    reads, or writes, of the design's NAME are refused until "heal"
-///     mute N                        the N-th read from now is refused, once
-///     reopen FLAGS, hide NAME       opens the applet again; a design that lacks NAME
+///     get NAME VALUE, max           what a read, or the registered maximum, gives; a read may fail with
+///     !CODE access FLAGS NAME...          the registered access flags read NAME DESIGN VALUE        a
+///     read-out: follows the design, fails with it, cannot be set load NAME VALUE               leaves a
+///     value in the cache that a setter may refuse force, design NAME VALUE      a value of the board's lut,
+///     cached IN:OUT,IN:OUT...  entries of all three tables, in the applet and the design or in the applet
+///     mute NAME..., deny NAME...    reads, or writes, of the design's NAME are refused until "heal" mute N
+///     the N-th read from now is refused, once reopen FLAGS, hide NAME       opens the applet again, which
+///     writes the defaults unless FLAGS is odd; a
+///                                   design that lacks NAME
 ///     advance SECONDS               moves the board's clock
 ///     refusals CODE                 what the applet makes of the code of a refused write
 ///
@@ -129,14 +129,13 @@ std::vector<Section> readTable(const std::filesystem::path& path) {
             macros[head.substr(0, open)] = {parameters, line.substr(line.find(" = ") + 3)};
         } else if (line.starts_with("== ")) {
             sections.push_back({line.substr(3), path.string(), {}, {}, {}});
-        } else if (line.starts_with("with ")) {
-            Variables variables;
-            for (const auto& pair : split(line.substr(5), ' '))
-                variables[pair.substr(0, pair.find('='))] = pair.substr(pair.find('=') + 1);
-            if (sections.empty())
-                common = variables;
-            else
-                sections.back().instances.push_back(variables);
+        } else if (line.starts_with("with ") || line.starts_with("each ")) {
+            for (const auto& one : line.front() == 'e' ? alternatives(line) : Words{line}) {
+                Variables variables;
+                for (const auto& pair : split(one.substr(5), ' '))
+                    variables[pair.substr(0, pair.find('='))] = pair.substr(pair.find('=') + 1);
+                sections.empty() ? void(common = variables) : sections.back().instances.push_back(variables);
+            }
         } else {
             sections.back().lines.emplace_back(at, line);
         }
@@ -177,6 +176,42 @@ Value valueOf(ValueType type, const std::string& text) {
         default:
             return static_cast<std::int32_t>(whole());
     }
+}
+
+/// A list of writes with its macros in place.
+Writes writesOf(const Section& section, std::string text) {
+    for (std::size_t at; (at = text.find('@')) != std::string::npos;) {
+        auto end =
+            text.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_", at + 1);
+        end = std::min(end, text.size());
+        const auto& macro = section.macros.at(text.substr(at + 1, end - at - 1));
+        Variables arguments;
+        if (end < text.size() && text[end] == '(') {
+            const auto close = text.find(')', end);
+            const Words given = split(text.substr(end + 1, close - end - 1), ',');
+            for (std::size_t i = 0; i < given.size(); ++i) arguments[macro.parameters.at(i)] = given[i];
+            end = close + 1;
+        }
+        if (arguments.size() != macro.parameters.size()) throw std::runtime_error("arguments: " + text);
+        text.replace(at, end - at, withVariables(macro.body, arguments));
+    }
+    Writes writes;
+    for (const auto& write : split(text, ';')) {
+        const auto end = write.find_first_of(" =");
+        if (!write.empty()) writes.push_back({write.substr(0, end), write.substr(end + 1)});
+    }
+    return writes;
+}
+
+/// What was written, whole tables in short. Refused writes must say so.
+Writes takeWrites(OpenApplet& applet, std::size_t refused = 0) {
+    const auto journal = applet.board().takeWrites();
+    for (std::size_t i = 0; i < journal.size(); ++i)
+        EXPECT_EQ(i + 1 == refused ? kInjected : 0, journal[i].result) << "in the journal: " << i;
+    auto writes = inTestForm(journal);
+    for (auto& write : writes)
+        if (std::ranges::count(write.value, ',') == 255) write.value = "table";
+    return writes;
 }
 
 class SettingsTest : public testing::Test {
@@ -247,53 +282,19 @@ class SettingsTest : public testing::Test {
         if (std::holds_alternative<std::string>(value)) value = std::string(text.data());
         return {code, value};
     }
-    Writes writesOf(std::string text) const {
-        for (std::size_t at; (at = text.find('@')) != std::string::npos;) {
-            auto end = text.find_first_not_of(
-                "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_", at + 1);
-            end = std::min(end, text.size());
-            const auto& macro = section_.macros.at(text.substr(at + 1, end - at - 1));
-            Variables arguments;
-            if (end < text.size() && text[end] == '(') {
-                const auto close = text.find(')', end);
-                const Words given = split(text.substr(end + 1, close - end - 1), ',');
-                for (std::size_t i = 0; i < given.size(); ++i) arguments[macro.parameters.at(i)] = given[i];
-                end = close + 1;
-            }
-            if (arguments.size() != macro.parameters.size()) throw std::runtime_error("arguments: " + text);
-            text.replace(at, end - at, withVariables(macro.body, arguments));
-        }
-        Writes writes;
-        for (const auto& write : split(text, ';')) {
-            const auto end = write.find_first_of(" =");
-            if (!write.empty()) writes.push_back({write.substr(0, end), write.substr(end + 1)});
-        }
-        return writes;
-    }
-
-    /// What was written, whole tables in short. Refused writes must say so.
-    Writes takeWrites(std::size_t refused = 0) {
-        auto journal = applet_.board().takeWrites();
-        for (std::size_t i = 0; i < journal.size(); ++i)
-            EXPECT_EQ(i + 1 == refused ? kInjected : 0, journal[i].result) << "in the journal: " << i;
-        auto writes = inTestForm(journal);
-        for (auto& write : writes)
-            if (std::ranges::count(write.value, ',') == 255) write.value = "table";
-        return writes;
-    }
-
     void expectSetting(const std::string& name, const Value& value, const Writes& writes, bool sweep) {
         const auto before = get(name);
         for (std::size_t n = 1; sweep && n <= writes.size(); ++n) {
             applet_.board().refuseNthWrite(static_cast<unsigned>(n), kInjected);
             EXPECT_EQ(refusal_, set(name, value)) << "write " << n << " refused";
             EXPECT_EQ(refusal_, applet_.lastError());
-            EXPECT_EQ(Writes(writes.begin(), writes.begin() + static_cast<std::ptrdiff_t>(n)), takeWrites(n));
+            EXPECT_EQ(Writes(writes.begin(), writes.begin() + static_cast<std::ptrdiff_t>(n)),
+                      takeWrites(applet_, n));
             EXPECT_EQ(before, get(name)) << "write " << n << " refused";
         }
         EXPECT_EQ(0, set(name, value));
         EXPECT_EQ(0, applet_.lastError());
-        EXPECT_EQ(writes, takeWrites());
+        EXPECT_EQ(writes, takeWrites(applet_));
         if (sweep) {
             EXPECT_EQ(std::pair(0, value), get(name));
         }
@@ -303,7 +304,7 @@ class SettingsTest : public testing::Test {
         const auto before = get(name);
         EXPECT_EQ(code, set(name, value));
         EXPECT_EQ(code, applet_.lastError());
-        EXPECT_EQ(Writes{}, takeWrites());
+        EXPECT_EQ(Writes{}, takeWrites(applet_));
         if (before.second == before.second) {
             EXPECT_EQ(before, get(name));
         }
@@ -317,16 +318,13 @@ class SettingsTest : public testing::Test {
             EXPECT_EQ(valueOf(row(name).type, expected), value);
         }
     }
-    void expectLimit(bool maximum, const std::string& name, const std::string& expected) {
+    void expectMaximum(const std::string& name, const std::string& expected) {
         const auto& node = applet_.node(name);
-        double found = NAN;
-        if (node.kind == FG_KIND_UINT32)
-            found = maximum ? node.value.uint32.maximum : node.value.uint32.minimum;
-        if (node.kind == FG_KIND_DOUBLE) found = maximum ? node.value.real.maximum : node.value.real.minimum;
-        EXPECT_EQ(std::stod(expected), found);
+        EXPECT_EQ(std::stod(expected),
+                  node.kind == FG_KIND_DOUBLE ? node.value.real.maximum : node.value.uint32.maximum);
     }
 
-    /// Tries the value as a setting does with a file: what the setter refuses stays in the cache.
+    /// As a configuration file does: what the setter refuses stays in the cache.
     void load(const std::string& name, const std::string& value) {
         const TemporaryFile file(".mcf");
         ASSERT_EQ(0, Fg_saveConfig(applet_.record(), file.name()));
@@ -378,7 +376,7 @@ class SettingsTest : public testing::Test {
         for (const bool sweep : {true, false})
             if (const auto arrow = line.find(sweep ? " ->" : " =>"); arrow != std::string::npos) {
                 const Words words = split(line.substr(0, arrow), ' ');
-                const auto writes = writesOf(line.substr(arrow + 3));
+                const auto writes = writesOf(section_, line.substr(arrow + 3));
                 return expectSetting(words.at(0), valueOf(row(words[0]).type, words.at(1)), writes, sweep);
             }
         const Words words = split(line, ' ');
@@ -393,7 +391,7 @@ class SettingsTest : public testing::Test {
             const auto n = static_cast<unsigned>(std::stoul(name));
             applet_.board().refuseNthWrite(n, kInjected);
             EXPECT_EQ(refusal_, set(words.at(2), words.at(3)));
-            EXPECT_EQ(n, takeWrites(n).size());
+            EXPECT_EQ(n, takeWrites(applet_, n).size());
         } else if (verb == "fails") {
             const auto before = get(words.at(3));
             EXPECT_EQ(std::stoi(name), set(words[3], words.at(4)));
@@ -402,8 +400,8 @@ class SettingsTest : public testing::Test {
             EXPECT_EQ(before, get(words[3]));
         } else if (verb == "get") {
             expectValue(name, words.at(2));
-        } else if (verb == "max" || verb == "min") {
-            expectLimit(verb == "max", name, words.at(2));
+        } else if (verb == "max") {
+            expectMaximum(name, words.at(2));
         } else if (verb == "access") {
             for (std::size_t i = 2; i < words.size(); ++i)
                 EXPECT_EQ(std::stoi(name), applet_.node(words[i]).accessFlags) << words[i];
@@ -431,8 +429,10 @@ class SettingsTest : public testing::Test {
             applet_.board().clearFaults();
             applet_.takeWrites();
         } else if (verb == "reopen") {
-            applet_.reopen(std::stoi(name));
-            applet_.takeWrites();
+            const int flags = std::stoi(name);
+            applet_.reopen(flags);
+            EXPECT_EQ(flags % 2 != 0, applet_.takeWrites().empty())
+                << "only the first flag keeps defaults away";
         } else if (verb == "hide") {
             applet_.board().hide(designName(name));
         } else if (verb == "advance") {
@@ -491,20 +491,56 @@ std::string testName(const std::string& text) {
     return true;
 }();
 
+/// All settings of a section: the parameter, and its writes.
+std::vector<std::pair<std::string, Writes>> settingsOf(const Section& section) {
+    std::vector<std::pair<std::string, Writes>> settings;
+    for (const auto& variables : section.instances)
+        for (const auto& line : section.lines)
+            for (const auto& one : alternatives(withVariables(line.second, variables)))
+                if (const auto arrow = std::min(one.find(" ->"), one.find(" =>")); arrow < one.size())
+                    settings.emplace_back(one.substr(0, one.find(' ')),
+                                          writesOf(section, one.substr(arrow + 3)));
+    return settings;
+}
+
 TEST(SettingsTables, HaveARowForEverySetter) {
     std::set<std::string> set;
     for (const auto& section : allSections())
-        for (const auto& variables : section.instances)
-            for (const auto& line : section.lines)
-                for (const auto& one : alternatives(withVariables(line.second, variables)))
-                    if (one.find(" ->") != std::string::npos || one.find(" =>") != std::string::npos)
-                        set.insert(one.substr(0, one.find(' ')));
+        for (const auto& setting : settingsOf(section)) set.insert(setting.first);
     for (const auto& row : sdkParameters)
         if (row.access == Access::ReadWrite && row.type != ValueType::UInt32Field &&
-            row.type != ValueType::Text)  // which are files
-        {
+            row.type != ValueType::Text) {  // texts are files
             EXPECT_TRUE(set.contains(row.name)) << row.name;
         }
+}
+
+TEST(StartUp, WritesTheDefaultsInOrderAndSkipsARefusedOne) {
+    const auto& sections = allSections();
+    const auto defaults = settingsOf(*std::ranges::find(sections, std::string("Defaults"), &Section::title));
+    auto listed = defaults.begin();
+    for (const auto& row : sdkParameters)
+        if (!std::holds_alternative<std::monostate>(row.defaultValue)) {
+            EXPECT_EQ(row.name, listed++->first);
+        }
+    ASSERT_EQ(defaults.end(), listed);
+
+    OpenApplet applet;
+    applet.takeWrites();
+    unsigned before = 0;
+    for (auto refused = defaults.begin();; ++refused) {  // at last none
+        const bool any = refused != defaults.end();
+        if (any && refused->second.empty()) continue;
+        // The first write of a default is refused, which ends it.
+        if (any) applet.board().refuseNthWrite(before + 1, kInjected);
+        applet.reopen(0);
+        Writes expected;
+        for (auto setting = defaults.begin(); setting != defaults.end(); ++setting)
+            expected.insert(expected.end(), setting->second.begin(),
+                            setting == refused ? setting->second.begin() + 1 : setting->second.end());
+        ASSERT_EQ(expected, takeWrites(applet, any ? before + 1 : 0));
+        if (!any) return;
+        before += static_cast<unsigned>(refused->second.size());
+    }
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
-#include <limits>
 #include <numeric>
 #include <sstream>
 
@@ -54,33 +53,21 @@ TEST_F(VirtualBoardTest, AnswersTheRuntimesOwnIds) {
 // ---- typed access ----
 
 TEST_F(VirtualBoardTest, RefusesNumbersOutsideTheRangeAndKeepsTheOldOne) {
-    struct Case {
-        std::uint32_t value;
-        int code;
-    };
-    for (const Case& c : {Case{8, kOk}, Case{16384, kOk}, Case{7, kOutOfRange}, Case{16385, kOutOfRange}}) {
+    for (const std::uint32_t value : {8u, 16384u, 7u, 16385u}) {
         const auto before = get<std::uint32_t>(kWidth, FG_TYPE_UINT32);
-        EXPECT_EQ(c.code, set(kWidth, c.value)) << c.value;
-        EXPECT_EQ(c.code, lastError(handle));
-        EXPECT_EQ(c.code == kOk ? c.value : before, get<std::uint32_t>(kWidth, FG_TYPE_UINT32));
+        const int code = value % 2 == 0 ? kOk : kOutOfRange;
+        EXPECT_EQ(code, set(kWidth, value)) << value;
+        EXPECT_EQ(code, lastError(handle));
+        EXPECT_EQ(code == kOk ? value : before, get<std::uint32_t>(kWidth, FG_TYPE_UINT32));
     }
     EXPECT_EQ(kOutOfRange, set(kWidth, -1, FG_TYPE_INT32));
     EXPECT_EQ(kOutOfRange, set(kWidth, std::int64_t{1} << 32, FG_TYPE_INT64)) << "not the low 32 bits";
     EXPECT_EQ(kOk, set(kWidth, std::uint64_t{512}, FG_TYPE_UINT64));
     EXPECT_EQ(512u, get<std::uint64_t>(kWidth, FG_TYPE_INT64));
-}
 
-TEST_F(VirtualBoardTest, RefusesDoublesThatAreNoNumber) {
-    struct Case {
-        double value;
-        int code;
-    };
-    for (const Case& c :
-         {Case{0.0, kOk}, Case{3.9990234375, kOk}, Case{4.0, kOutOfRange}, Case{-1e-9, kOutOfRange},
-          Case{std::nan(""), kOutOfRange}, Case{-std::nan(""), kOutOfRange},
-          Case{std::numeric_limits<double>::infinity(), kOutOfRange}}) {
-        EXPECT_EQ(c.code, set(kRed, c.value, FG_TYPE_DOUBLE)) << c.value;
-    }
+    for (const double value : {0.0, 3.9990234375}) EXPECT_EQ(kOk, set(kRed, value, FG_TYPE_DOUBLE)) << value;
+    for (const double value : {4.0, -1e-9, std::nan(""), -std::nan(""), HUGE_VAL})
+        EXPECT_EQ(kOutOfRange, set(kRed, value, FG_TYPE_DOUBLE)) << value;
     EXPECT_EQ(3.9990234375, get<double>(kRed, FG_TYPE_DOUBLE));
 }
 
@@ -246,14 +233,6 @@ TEST_F(VirtualBoardTest, SavesItsConfigurationAsText) {
     EXPECT_EQ(kFileError, saveConfiguration(handle, "/nowhere/board.cfg"));
     EXPECT_EQ(kNullPointer, saveConfiguration(handle, nullptr));
     std::filesystem::remove(path);
-}
-
-TEST_F(VirtualBoardTest, TakesPicturesIntoAMemoryOnly) {
-    EXPECT_EQ(kNullPointer, acquire(handle, 0, 1, 0, nullptr));
-    EXPECT_EQ(kNullPointer, lastError(handle));
-    EXPECT_EQ(kNotAcquiring, lastPicture(handle, 0, nullptr));
-    EXPECT_EQ(kUnknownDma, acquire(handle, 1, 1, 0, nullptr));
-    EXPECT_EQ(kInvalidHandle, acquisitionStatus(nullptr, 0, 0, 0, nullptr));
 }
 
 TEST_F(VirtualBoardTest, TakesNoPicturesByADesignThatLacksWhatTheyNeed) {

@@ -3,7 +3,6 @@
 #include <locale>
 #include <string>
 
-#include "description/Category.h"
 #include "description/Fg_ParameterInfo.h"
 #include "description/Filters.h"
 #include "description/ParameterInfoBuilderXML.h"
@@ -50,33 +49,6 @@ TEST(XmlFilters, ReplaceReservedCharactersAndCleanNames) {
     EXPECT_EQ(xmlNameFilter("_x"), "x");
     EXPECT_EQ(xmlNameFilter("Line Trigger / ExSync"), "LineTriggerExSync");
     EXPECT_EQ(xmlNameFilter("[{@`\xE4"), "");
-}
-
-TEST(XmlCategory, KeepsOrderAndAnswersForWhatIsNotThere) {
-    Category root("Root");
-    Category& first = root.addChild("B");
-    Category& second = root.addChild("A");
-    first.addFeature("y");
-    first.addFeature("x");
-    first.addFeature("y");
-    EXPECT_EQ(root.getChildCount(), 2u);
-    EXPECT_EQ(root.getChild(1u), &second);
-    EXPECT_EQ(root.getChild("B"), &first);
-    EXPECT_EQ(root.getChild(2u), nullptr);
-    EXPECT_EQ(root.getChild("C"), nullptr);
-    EXPECT_TRUE(root.hasChild("A"));
-    EXPECT_EQ(first.getFeatureCount(), 3u);
-    EXPECT_EQ(first.getFeature(2), "y");
-    EXPECT_EQ(first.getFeature(3), "");
-    EXPECT_TRUE(first.hasFeature("x"));
-    EXPECT_FALSE(second.hasFeature("x"));
-}
-
-TEST(XmlDocument, WithoutParametersHasNoFeatures) {
-    const Fg_ParameterInfo registry(1);
-    const std::string empty = documentWith("", "<Category Name='Root' NameSpace='Standard' >\n</Category>\n");
-    EXPECT_EQ(documentOf(registry), empty);
-    EXPECT_EQ(documentOf(registry, 1), empty);
 }
 
 TEST(XmlDocument, DescribesEachKindToTheByte) {
@@ -160,7 +132,9 @@ TEST(XmlDocument, GroupsOfOneNameShareACategoryAndNamelessOnesUseTheRoot) {
 
 TEST(XmlDocument, LeavesOutWhatIsNotDescribed) {
     Fg_ParameterInfo registry(1);
-    const std::string empty = documentOf(registry);
+    const std::string empty = documentWith("", "<Category Name='Root' NameSpace='Standard' >\n</Category>\n");
+    EXPECT_EQ(documentOf(registry), empty);
+    EXPECT_EQ(documentOf(registry, 1), empty);
     RegisterInfo* const group = registry.addGroupInfo(0, nullptr, "Group");
     registry.addInfoUInt(group, "H", "FG_H", 0, 1, 1, 7, 1, kHidden, nullptr, 1, 0);
     registry.addInfoUInt64(group, "U64", "FG_U64", 0, 1, 1, 7, 1, kPublished, nullptr, 2, 0);
