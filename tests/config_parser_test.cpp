@@ -10,6 +10,7 @@
 #include <string>
 
 #include "family/Fg_Log.h"
+#include "files/ConfigFileIndex.h"
 #include "files/Fg_ConfigFileParser.h"
 #include "tests/TemporaryFile.h"
 
@@ -274,7 +275,7 @@ TEST(ConfigFileParser, AnnouncedKeysHaveTheSameAnswers) {
         announced.expectKeys(section.c_str(), {keys.begin(), keys.end()});
         for (const auto& key : keys) {
             const Answer expected = parseKey(plain, section.c_str(), key.c_str());
-            found += expected.code == 0 ? 1 : 0;
+            found += expected.first == 0 ? 1 : 0;
             ASSERT_EQ(parseKey(announced, section.c_str(), key.c_str()), expected)
                 << testing::PrintToString(content) << section << "/" << key;
         }

@@ -238,7 +238,7 @@ TEST_F(Client, TracesWritesWithTheValueBefore) {
     EXPECT_THROW(trace.save("/nowhere/trace.json"), std::runtime_error);
 
     // A refused write is no value before the next one.
-    applet.board().refuseNthWrite(1, -5);
+    boardOf(applet).refuseNthWrite(1, -5);
     EXPECT_THROW(set("FG_USEDVAL", "FG_NO"), Refused);
     set("FG_USEDVAL", "FG_YES");
     trace.collect("refused");
