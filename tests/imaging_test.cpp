@@ -375,28 +375,6 @@ TEST(TapSorter, isBlackBeyondTheLine) {
     EXPECT_EQ(windowPixels(settings, {}), counting(-1, 0, 8));
 }
 
-TEST(FrameRenderer, horizontalRampInAWindowFromBothSides) {
-    auto settings = windowOf(8, 4);
-    settings.generatorEnable = 1;
-    settings.generatorYDivisor = 1;
-    settings.xOffset = 8;
-    settings.tapWidth = 16;
-    settings.fastDeBayer = 1;
-    // A ramp stays a ramp under the interpolation, except where the edge sees its inner neighbour.
-    const Image left = take(settings);
-    for (std::uint32_t x = 1; x < 7; ++x) {
-        EXPECT_EQ(left.at(x, 1), (Pixel{std::uint8_t(8 + x), std::uint8_t(8 + x), std::uint8_t(8 + x)}));
-    }
-    EXPECT_EQ(left.at(0, 0), (Pixel{9, 9, 8}));  // red pixel: green (9 + 9 + 8 + 8 + 2) / 4
-    lookFromTheRight(settings, 32);
-    const Image right = take(settings);
-    for (std::uint32_t x = 1; x < 7; ++x) {
-        EXPECT_EQ(right.at(x, 1), (Pixel{std::uint8_t(23 - x), std::uint8_t(23 - x), std::uint8_t(23 - x)}));
-    }
-    // Seen from the right an even sensor begins with green: red from the right neighbour, blue from below.
-    EXPECT_EQ(right.at(0, 0), (Pixel{23, 23, 22}));
-}
-
 // ---- every path against one that takes a pixel at a time ----
 
 // The picture as the stages are defined, from the source's rows before exposure.

@@ -17,7 +17,7 @@
 #include <hwy/highway.h>
 
 #if HWY_TARGET == HWY_EMU128 || HWY_TARGET == HWY_SCALAR
-#include "board/imaging/PlainKernels.h"
+#include "board/imaging/PlainKernels-inl.h"
 #else
 #include "board/imaging/VectorKernels-inl.h"
 #endif
@@ -30,6 +30,10 @@ HWY_EXPORT(exposeLine);
 HWY_EXPORT(balanceLine);
 HWY_EXPORT(rearrangeLine);
 HWY_EXPORT(developLine);
+
+const char* nameOf(std::int64_t target) {
+    return target == HWY_STATIC_TARGET ? "baseline" : hwy::TargetName(target);
+}
 
 }  // namespace
 
@@ -87,16 +91,13 @@ void Rearrangement::apply(const std::uint8_t* in, std::uint8_t* out) const {
 
 std::vector<const char*> instructionSets() {
     std::vector<const char*> names;
-    hwy::SetSupportedTargetsForTest(0);
-    for (const std::int64_t target : hwy::SupportedAndGeneratedTargets())
-        names.push_back(hwy::TargetName(target));
+    for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) names.push_back(nameOf(target));
     return names;
 }
 
 void useInstructionSet(const char* name) {
-    hwy::SetSupportedTargetsForTest(0);
     for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) {
-        if (std::string_view(hwy::TargetName(target)) == name) hwy::GetChosenTarget().Update(target);
+        if (std::string_view(nameOf(target)) == name) hwy::GetChosenTarget().Update(target);
     }
 }
 
