@@ -1,16 +1,17 @@
 #include <cstdint>
 #include <stdexcept>
 
+#include "board/design/DescriptionParser.h"
 #include "board/design/DesignImage.h"
 
-// Reads any bytes as a design image, as they are and once more as the description in an image that is right:
-// no checksum may shield the parser.
+// Reads any bytes as a design image and, since no checksum may shield the parser, as a description.
 
 namespace {
 
-void read(std::string_view image) {
+template <typename Read>
+void attempt(Read read) {
     try {
-        virtualboard::readDesignImage(image);
+        read();
     } catch (const std::invalid_argument&) {
     }
 }
@@ -19,7 +20,7 @@ void read(std::string_view image) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
-    read(bytes);
-    read(virtualboard::packDesign(bytes, size + 100));
+    attempt([bytes] { virtualboard::unpackDesign(bytes); });
+    attempt([bytes] { virtualboard::parseDescription(bytes, "input"); });
     return 0;
 }

@@ -7,10 +7,12 @@
 #include <string>
 #include <string_view>
 
-#include "board/machine/HostRuntime.h"
 #include "entry/DesignImage.h"
 #include "marovine/Control.h"
 #include "marovine/OutsideRuntimes.h"
+
+extern "C" Fg_Struct* Fg_InitHandleSlaveAware(const char* designName, GXdevice* device, fpga_design* design,
+                                              int flags);
 
 namespace virtualboard::test {
 
@@ -28,22 +30,22 @@ class BoardTest : public testing::Test {
     void open(int flags) {
         design = HapLoadDesignFromBuffer(rawHapData, rawHapSize, 1);
         ASSERT_NE(nullptr, design);
-        handle = openHandle("Marovine.hap", device, design, flags);
+        handle = Fg_InitHandleSlaveAware("Marovine.hap", device, design, flags);
         ASSERT_NE(nullptr, handle);
     }
 
     void close() {
-        if (handle != nullptr) freeHandle(handle);
+        if (handle != nullptr) Fg_FreeGrabber(handle);
         if (design != nullptr) HapUnloadHapFile(design);
         handle = nullptr;
         design = nullptr;
     }
 
-    int id(std::string_view name) { return parameterId(handle, std::string(name).c_str()); }
+    int id(std::string_view name) { return Fg_getParameterIdByName(handle, std::string(name).c_str()); }
 
     template <class T>
     int set(std::string_view name, T value, FgParamTypes type) {
-        return setParameter(handle, id(name), &value, 0, type);
+        return Fg_setParameterWithType(handle, id(name), &value, 0, type);
     }
     int set(std::string_view name, std::uint32_t value) { return set(name, value, FG_TYPE_UINT32); }
 
@@ -51,7 +53,7 @@ class BoardTest : public testing::Test {
     template <class T>
     T get(std::string_view name, FgParamTypes type) {
         T value{};
-        EXPECT_EQ(0, getParameter(handle, id(name), &value, 0, type)) << name;
+        EXPECT_EQ(0, Fg_getParameterWithType(handle, id(name), &value, 0, type)) << name;
         return value;
     }
 

@@ -38,18 +38,18 @@ TEST_F(BoardControlTest, AttachingKeepsValuesAndOpeningAnewStartsThem) {
 }
 
 TEST_F(BoardControlTest, ReportsWhyAnOpeningFailed) {
-    EXPECT_EQ(nullptr, openHandle("Marovine.hap", nullptr, design, 0));
-    EXPECT_EQ(kUnknownBoard, lastError(nullptr));
-    EXPECT_EQ(nullptr, openHandle("Marovine.hap", device, nullptr, 0));
-    EXPECT_EQ(kUnknownDesign, lastError(nullptr));
+    EXPECT_EQ(nullptr, Fg_InitHandleSlaveAware("Marovine.hap", nullptr, design, 0));
+    EXPECT_EQ(kUnknownBoard, Fg_getLastErrorNumber(nullptr));
+    EXPECT_EQ(nullptr, Fg_InitHandleSlaveAware("Marovine.hap", device, nullptr, 0));
+    EXPECT_EQ(kUnknownDesign, Fg_getLastErrorNumber(nullptr));
     control.refuseHandle(true, -42);
-    EXPECT_EQ(nullptr, openHandle("Marovine.hap", device, design, 0));
-    EXPECT_EQ(-42, lastError(nullptr));
+    EXPECT_EQ(nullptr, Fg_InitHandleSlaveAware("Marovine.hap", device, design, 0));
+    EXPECT_EQ(-42, Fg_getLastErrorNumber(nullptr));
     control.refuseDesign(true);
     EXPECT_EQ(nullptr, HapLoadDesignFromBuffer(rawHapData, rawHapSize, 1));
     control.clearOpeningFaults();
-    EXPECT_EQ(kOk, freeHandle(handle));
-    EXPECT_EQ(kInvalidHandle, freeHandle(std::exchange(handle, nullptr)));
+    EXPECT_EQ(kOk, Fg_FreeGrabber(handle));
+    EXPECT_EQ(kInvalidHandle, Fg_FreeGrabber(std::exchange(handle, nullptr)));
 }
 
 TEST_F(BoardControlTest, AHandleOfAnotherDesignIsTold) {
@@ -65,8 +65,8 @@ TEST_F(BoardControlTest, AHandleOfAnotherDesignIsTold) {
     EXPECT_THROW(control.value(kWidth), std::out_of_range);
 
     std::uint32_t value = 0;
-    EXPECT_EQ(kReconfigured, getParameter(old, kFirstParameterId, &value, 0, FG_TYPE_UINT32));
-    EXPECT_EQ(kOk, freeHandle(old));
+    EXPECT_EQ(kReconfigured, Fg_getParameterWithType(old, kFirstParameterId, &value, 0, FG_TYPE_UINT32));
+    EXPECT_EQ(kOk, Fg_FreeGrabber(old));
     HapUnloadHapFile(oldDesign);
 }
 
@@ -92,7 +92,7 @@ TEST_F(BoardControlTest, RecordsEveryWriteWithItsResult) {
     set(kWidth, 7);
     set(kRed, 2.5, FG_TYPE_DOUBLE);
     set(kLut, FieldParameterInt{.value = 9, .index = 4}, FG_TYPE_FIELD_INT);
-    setParameter(handle, 999999, nullptr, 0, FG_TYPE_UINT32);
+    Fg_setParameterWithType(handle, 999999, nullptr, 0, FG_TYPE_UINT32);
     const std::vector<Write> writes = control.takeWrites();
     ASSERT_EQ(5u, writes.size());
     EXPECT_EQ(kWidth, writes[0].name);
@@ -130,7 +130,7 @@ TEST_F(BoardControlTest, RefusesTheWritesAndReadsItIsToldTo) {
     control.refuseReads(kRed, -12);
     EXPECT_EQ(-11, set(kWidth, 512));
     EXPECT_EQ(1024u, get<std::uint32_t>(kWidth, FG_TYPE_UINT32));
-    EXPECT_EQ(-12, getParameter(handle, id(kRed), &value, 0, FG_TYPE_DOUBLE));
+    EXPECT_EQ(-12, Fg_getParameterWithType(handle, id(kRed), &value, 0, FG_TYPE_DOUBLE));
     EXPECT_THROW(control.refuseWrites("nothing", -1), std::out_of_range);
     control.refuseWrites(kWidth, 0);
     EXPECT_EQ(kOk, set(kWidth, 512));
@@ -141,8 +141,8 @@ TEST_F(BoardControlTest, RefusesTheWritesAndReadsItIsToldTo) {
     EXPECT_EQ(kOk, set(kWidth, 1024));
     EXPECT_EQ(-13, set(kWidth, 512));
     EXPECT_EQ(kOk, set(kWidth, 256));
-    EXPECT_EQ(-14, getParameter(handle, id(kWidth), &value, 0, FG_TYPE_UINT32));
-    EXPECT_EQ(kOk, getParameter(handle, id(kWidth), &value, 0, FG_TYPE_UINT32));
+    EXPECT_EQ(-14, Fg_getParameterWithType(handle, id(kWidth), &value, 0, FG_TYPE_UINT32));
+    EXPECT_EQ(kOk, Fg_getParameterWithType(handle, id(kWidth), &value, 0, FG_TYPE_UINT32));
     EXPECT_EQ(256u, value);
 
     control.refuseWrites(kWidth, -15);

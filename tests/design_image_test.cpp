@@ -18,7 +18,7 @@ using testing::HasSubstr;
 using virtualboard::DesignData;
 using virtualboard::packDesign;
 using virtualboard::parseDescription;
-using virtualboard::readDesignImage;
+using virtualboard::unpackDesign;
 
 const std::string kSmall = R"(design "Small"
 type 30017
@@ -36,7 +36,7 @@ runtime 600 u32 FG_TIMEOUT 2..100 = 10
 )";
 
 TEST(Description, ComesBackFromTheImageAsItWasWritten) {
-    const DesignData data = readDesignImage(packDesign(kSmall, 4096));
+    const DesignData data = parseDescription(unpackDesign(packDesign(kSmall, 4096)), "small.design");
     ASSERT_EQ(7u, data.parameters.size());
     EXPECT_EQ("Device1_Width", data.parameters[0].name);
     EXPECT_EQ(virtualboard::kFirstParameterId, data.parameters[0].id);
@@ -104,11 +104,11 @@ TEST(Image, IsRefusedWhenItsSizeOrAnyByteThatCountsIsWrong) {
         std::string garbled = image;
         garbled[i] = static_cast<char>(garbled[i] ^ 0x10);
         if (image[i] != 0) {
-            EXPECT_THROW(readDesignImage(garbled), std::invalid_argument) << "byte " << i;
+            EXPECT_THROW(unpackDesign(garbled), std::invalid_argument) << "byte " << i;
         }
-        EXPECT_THROW(readDesignImage(image.substr(0, i)), std::invalid_argument) << i << " bytes";
+        EXPECT_THROW(unpackDesign(image.substr(0, i)), std::invalid_argument) << i << " bytes";
     }
-    EXPECT_THROW(readDesignImage(image + '\0'), std::invalid_argument);
+    EXPECT_THROW(unpackDesign(image + '\0'), std::invalid_argument);
 }
 
 TEST(EmbeddedImage, HasItsSizeAndIsTheFileBesideTheLibrary) {

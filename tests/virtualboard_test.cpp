@@ -43,11 +43,11 @@ TEST_F(VirtualBoardTest, OffersEveryParameterAndEventOfTheApplet) {
 TEST_F(VirtualBoardTest, AnswersTheRuntimesOwnIds) {
     for (const int own : {600, 601, 2050, 24092, 3050, 3060, 3070, 3080, 3090, 5210}) {
         std::uint32_t value = 0;
-        EXPECT_EQ(kOk, getParameter(handle, own, &value, 0, FG_TYPE_UINT32)) << own;
+        EXPECT_EQ(kOk, Fg_getParameterWithType(handle, own, &value, 0, FG_TYPE_UINT32)) << own;
     }
     EXPECT_EQ(600, id("FG_TIMEOUT"));
     const std::uint32_t timeout = 1;
-    EXPECT_EQ(kOutOfRange, setParameter(handle, 600, &timeout, 0, FG_TYPE_UINT32));
+    EXPECT_EQ(kOutOfRange, Fg_setParameterWithType(handle, 600, &timeout, 0, FG_TYPE_UINT32));
 }
 
 // ---- typed access ----
@@ -57,7 +57,7 @@ TEST_F(VirtualBoardTest, RefusesNumbersOutsideTheRangeAndKeepsTheOldOne) {
         const auto before = get<std::uint32_t>(kWidth, FG_TYPE_UINT32);
         const int code = value % 2 == 0 ? kOk : kOutOfRange;
         EXPECT_EQ(code, set(kWidth, value)) << value;
-        EXPECT_EQ(code, lastError(handle));
+        EXPECT_EQ(code, Fg_getLastErrorNumber(handle));
         EXPECT_EQ(code == kOk ? value : before, get<std::uint32_t>(kWidth, FG_TYPE_UINT32));
     }
     EXPECT_EQ(kOutOfRange, set(kWidth, -1, FG_TYPE_INT32));
@@ -76,10 +76,12 @@ TEST_F(VirtualBoardTest, RefusesTypesThatDoNotFit) {
     EXPECT_EQ(kTypeMismatch, set(kRed, 1u));
     EXPECT_EQ(kTypeMismatch, set(kWidth, 1024.0, FG_TYPE_DOUBLE));
     EXPECT_EQ(kTypeMismatch, set(kLut, 1u));
-    EXPECT_EQ(kTypeMismatch, getParameter(handle, id(kDna), &wide, 0, FG_TYPE_UINT32)) << "57 bits into 32";
-    EXPECT_EQ(kTypeMismatch, getParameter(handle, id(kWidth), &wide, 0, FG_TYPE_TEXT_POINTER));
-    EXPECT_EQ(kTypeMismatch, getParameter(handle, id(kWidth), &wide, 0, static_cast<FgParamTypes>(7)));
-    EXPECT_EQ(kOk, getParameter(handle, id(kDna), &wide, 0, FG_TYPE_UINT64));
+    EXPECT_EQ(kTypeMismatch, Fg_getParameterWithType(handle, id(kDna), &wide, 0, FG_TYPE_UINT32))
+        << "57 bits into 32";
+    EXPECT_EQ(kTypeMismatch, Fg_getParameterWithType(handle, id(kWidth), &wide, 0, FG_TYPE_TEXT_POINTER));
+    EXPECT_EQ(kTypeMismatch,
+              Fg_getParameterWithType(handle, id(kWidth), &wide, 0, static_cast<FgParamTypes>(7)));
+    EXPECT_EQ(kOk, Fg_getParameterWithType(handle, id(kDna), &wide, 0, FG_TYPE_UINT64));
     EXPECT_EQ(0x0A51C7D2E63F4B9u, wide);
     EXPECT_EQ(kOk, set(kPixel, std::uint64_t{0x1FFFFFFFFFFFFFF}, FG_TYPE_UINT64));
     EXPECT_EQ(kOutOfRange, set(kPixel, std::uint64_t{0x200000000000000}, FG_TYPE_UINT64));
@@ -88,19 +90,21 @@ TEST_F(VirtualBoardTest, RefusesTypesThatDoNotFit) {
 TEST_F(VirtualBoardTest, RefusesWhatIsNotThereOrNotWritable) {
     std::uint32_t value = 1;
     EXPECT_EQ(kUnknownParameter, id("Device1_Process0_Nothing"));
-    EXPECT_EQ(kNullPointer, parameterId(handle, nullptr));
+    EXPECT_EQ(kNullPointer, Fg_getParameterIdByName(handle, nullptr));
     for (const int unknown :
          {0, -1, 1, kFirstParameterId - 1, kFirstParameterId + 100000, INT32_MAX, INT32_MIN}) {
-        EXPECT_EQ(kUnknownParameter, setParameter(handle, unknown, &value, 0, FG_TYPE_UINT32)) << unknown;
-        EXPECT_EQ(kUnknownParameter, getParameter(handle, unknown, &value, 0, FG_TYPE_UINT32)) << unknown;
+        EXPECT_EQ(kUnknownParameter, Fg_setParameterWithType(handle, unknown, &value, 0, FG_TYPE_UINT32))
+            << unknown;
+        EXPECT_EQ(kUnknownParameter, Fg_getParameterWithType(handle, unknown, &value, 0, FG_TYPE_UINT32))
+            << unknown;
     }
     EXPECT_EQ(kReadOnly, set("Device1_Process0_Overflow_OverflowOccurred", 1));
-    EXPECT_EQ(kUnknownDma, setParameter(handle, id(kWidth), &value, 1, FG_TYPE_UINT32));
-    EXPECT_EQ(kNullPointer, setParameter(handle, id(kWidth), nullptr, 0, FG_TYPE_UINT32));
-    EXPECT_EQ(kNullPointer, getParameter(handle, id(kWidth), nullptr, 0, FG_TYPE_UINT32));
-    EXPECT_EQ(kInvalidHandle, setParameter(nullptr, id(kWidth), &value, 0, FG_TYPE_UINT32));
+    EXPECT_EQ(kUnknownDma, Fg_setParameterWithType(handle, id(kWidth), &value, 1, FG_TYPE_UINT32));
+    EXPECT_EQ(kNullPointer, Fg_setParameterWithType(handle, id(kWidth), nullptr, 0, FG_TYPE_UINT32));
+    EXPECT_EQ(kNullPointer, Fg_getParameterWithType(handle, id(kWidth), nullptr, 0, FG_TYPE_UINT32));
+    EXPECT_EQ(kInvalidHandle, Fg_setParameterWithType(nullptr, id(kWidth), &value, 0, FG_TYPE_UINT32));
     Fg_Struct empty{};
-    EXPECT_EQ(kInvalidHandle, getParameter(&empty, id(kWidth), &value, 0, FG_TYPE_UINT32));
+    EXPECT_EQ(kInvalidHandle, Fg_getParameterWithType(&empty, id(kWidth), &value, 0, FG_TYPE_UINT32));
 }
 
 TEST_F(VirtualBoardTest, WritesFieldsWholeOrNotAtAll) {
@@ -127,23 +131,23 @@ TEST_F(VirtualBoardTest, WritesFieldsWholeOrNotAtAll) {
     EXPECT_EQ(kOk, set(kLut, FieldParameterInt{.value = 7, .index = 255}, FG_TYPE_FIELD_INT));
     EXPECT_EQ(kIndexOutOfRange, set(kLut, FieldParameterInt{.value = 7, .index = 256}, FG_TYPE_FIELD_INT));
     FieldParameterInt element{.value = 0, .index = 255};
-    EXPECT_EQ(kOk, getParameter(handle, id(kLut), &element, 0, FG_TYPE_FIELD_INT));
+    EXPECT_EQ(kOk, Fg_getParameterWithType(handle, id(kLut), &element, 0, FG_TYPE_FIELD_INT));
     EXPECT_EQ(7u, element.value);
     auto read = block(FG_TYPE_UINT32, 254, 2);
-    EXPECT_EQ(kOk, getParameter(handle, id(kLut), &read, 0, FG_TYPE_FIELD_ACCESS));
+    EXPECT_EQ(kOk, Fg_getParameterWithType(handle, id(kLut), &read, 0, FG_TYPE_FIELD_ACCESS));
     EXPECT_EQ(7u, values[1]);
 }
 
 TEST_F(VirtualBoardTest, HandsOutTextsAndTakesThemBackOnce) {
-    EXPECT_EQ(kOk, setParameter(handle, id(kFile), "test.tif", 0, FG_TYPE_TEXT));
+    EXPECT_EQ(kOk, Fg_setParameterWithType(handle, id(kFile), "test.tif", 0, FG_TYPE_TEXT));
     char* text = nullptr;
-    EXPECT_EQ(kOk, getParameter(handle, id(kFile), &text, 0, FG_TYPE_TEXT_POINTER));
+    EXPECT_EQ(kOk, Fg_getParameterWithType(handle, id(kFile), &text, 0, FG_TYPE_TEXT_POINTER));
     EXPECT_STREQ("test.tif", text);
-    EXPECT_EQ(kOk, freeText(handle, text));
-    EXPECT_EQ(kNotHandedOut, freeText(handle, text));
+    EXPECT_EQ(kOk, Fg_freeParameterStringWithType(handle, 0, text, 0, FG_TYPE_TEXT_POINTER));
+    EXPECT_EQ(kNotHandedOut, Fg_freeParameterStringWithType(handle, 0, text, 0, FG_TYPE_TEXT_POINTER));
     const std::string longText(4096, 'x');
-    EXPECT_EQ(kTextTooLong, setParameter(handle, id(kFile), longText.c_str(), 0, FG_TYPE_TEXT));
-    EXPECT_EQ(kOk, getParameter(handle, id(kFile), &text, 0, FG_TYPE_TEXT_POINTER))
+    EXPECT_EQ(kTextTooLong, Fg_setParameterWithType(handle, id(kFile), longText.c_str(), 0, FG_TYPE_TEXT));
+    EXPECT_EQ(kOk, Fg_getParameterWithType(handle, id(kFile), &text, 0, FG_TYPE_TEXT_POINTER))
         << "freed with the handle";
 }
 
@@ -166,12 +170,12 @@ TEST_F(VirtualBoardTest, DescribesEveryParameterInItsTree) {
             }
         }
     };
-    const RegisterInfo* root = parameterTree(handle, 0);
+    const RegisterInfo* root = Fg_getParameterInfo(handle, 0);
     ASSERT_NE(nullptr, root);
     EXPECT_STREQ("Device1", root->displayName);
     walk(*root);
     EXPECT_EQ(control.parameterNames().size() - 10, leaves) << "all but the runtime's own ten";
-    EXPECT_EQ(nullptr, parameterTree(handle, 1));
+    EXPECT_EQ(nullptr, Fg_getParameterInfo(handle, 1));
 
     const RegisterInfo* buffer = root->value.group.children[0]->value.group.children[0];
     const RegisterInfo* width = buffer->value.group.children[0]->value.group.children[2];
@@ -223,15 +227,15 @@ TEST_F(VirtualBoardTest, KeepsRegistersInTheirWidth) {
 
 TEST_F(VirtualBoardTest, SavesItsConfigurationAsText) {
     const std::string path = testing::TempDir() + "/board.cfg";
-    setParameter(handle, id(kFile), "a \"quoted\" name", 0, FG_TYPE_TEXT);
-    ASSERT_EQ(kOk, saveConfiguration(handle, path.c_str()));
+    Fg_setParameterWithType(handle, id(kFile), "a \"quoted\" name", 0, FG_TYPE_TEXT);
+    ASSERT_EQ(kOk, Fg_saveConfig(handle, path.c_str()));
     std::ifstream file(path);
     const std::string text = (std::stringstream() << file.rdbuf()).str();
     EXPECT_THAT(text, testing::HasSubstr(std::string(kWidth) + " = 1024\n"));
     EXPECT_THAT(text, testing::HasSubstr(std::string(kFile) + " = \"a \\\"quoted\\\" name\"\n"));
     EXPECT_THAT(text, testing::HasSubstr("ReferenceTapMirror_Field = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0}\n"));
-    EXPECT_EQ(kFileError, saveConfiguration(handle, "/nowhere/board.cfg"));
-    EXPECT_EQ(kNullPointer, saveConfiguration(handle, nullptr));
+    EXPECT_EQ(kFileError, Fg_saveConfig(handle, "/nowhere/board.cfg"));
+    EXPECT_EQ(kNullPointer, Fg_saveConfig(handle, nullptr));
     std::filesystem::remove(path);
 }
 
@@ -240,7 +244,7 @@ TEST_F(VirtualBoardTest, TakesNoPicturesByADesignThatLacksWhatTheyNeed) {
     close();
     control.hide("Device1_Process0_ImageHeight_ImageHeight");
     open(0);
-    EXPECT_EQ(kNoPictureSource, acquire(handle, 0, 1, 0, memory.get()));
+    EXPECT_EQ(kNoPictureSource, Fg_AcquireEx(handle, 0, 1, 0, memory.get()));
 }
 
 }  // namespace

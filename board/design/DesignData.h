@@ -81,7 +81,6 @@ struct DesignData {
     std::vector<ParameterData> parameters;  ///< those of the design in id order, then the runtime's own
     std::vector<EventData> events;
     std::vector<RegisterData> registers;  ///< register numbers count from 1
-    std::uint64_t checksum = 0;           ///< of the description in the image it was read from
 };
 
 /// Puts a design together and refuses what makes no sense. Every function throws `std::invalid_argument` with

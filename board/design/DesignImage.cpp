@@ -6,8 +6,6 @@
 #include <cstdio>
 #include <stdexcept>
 
-#include "board/design/DescriptionParser.h"
-
 namespace virtualboard {
 
 namespace {
@@ -24,17 +22,17 @@ std::uint64_t checksum(std::string_view text) {
     return sum;
 }
 
-std::string header(std::size_t imageSize, std::size_t length, std::uint64_t sum) {
+std::string header(std::size_t imageSize, std::string_view description) {
     std::array<char, 80> line{};
-    std::snprintf(line.data(), line.size(), "%s%010zu %010zu %016llx\n", kMagic.data(), imageSize, length,
-                  static_cast<unsigned long long>(sum));
+    std::snprintf(line.data(), line.size(), "%s%010zu %010zu %016llx\n", kMagic.data(), imageSize,
+                  description.size(), static_cast<unsigned long long>(checksum(description)));
     return line.data();
 }
 
 }  // namespace
 
 std::string packDesign(std::string_view description, std::size_t size) {
-    std::string image = header(size, description.size(), checksum(description)).append(description);
+    std::string image = header(size, description).append(description);
     if (image.size() > size) {
         throw std::length_error("the design takes " + std::to_string(image.size()) +
                                 " bytes, but the image has only " + std::to_string(size));
@@ -43,19 +41,16 @@ std::string packDesign(std::string_view description, std::size_t size) {
     return image;
 }
 
-DesignData readDesignImage(std::string_view image) {
+std::string_view unpackDesign(std::string_view image) {
     if (image.size() < kHeaderSize || !image.starts_with(kMagic))
         throw std::invalid_argument("not a design image of this version of the format");
     std::size_t length = 0;  // where it is no number or too large, the header is not what it should be
     std::from_chars(image.data() + kLengthOffset, image.data() + kLengthOffset + kSizeDigits, length);
     const std::string_view description = image.substr(kHeaderSize, length);
-    const std::uint64_t sum = checksum(description);
-    if (!image.starts_with(header(image.size(), description.size(), sum))) {
+    if (!image.starts_with(header(image.size(), description))) {
         throw std::invalid_argument("the image is damaged: its size, length or checksum does not match");
     }
-    DesignData data = parseDescription(description, "description");
-    data.checksum = sum;
-    return data;
+    return description;
 }
 
 }  // namespace virtualboard

@@ -8,16 +8,14 @@
 #include <string>
 #include <string_view>
 
-#include "board/design/DesignData.h"
-
 namespace virtualboard {
 
 /// The image of a description, exactly `size` bytes. Throws `std::length_error` saying how much is missing
 /// when it does not fit.
 std::string packDesign(std::string_view description, std::size_t size);
 
-/// Reads and checks an image; what follows the description is not looked at. Throws `std::invalid_argument`
-/// saying what is wrong with it; any bytes may be given.
-DesignData readDesignImage(std::string_view image);
+/// The description in an image; what follows it is not looked at. Throws `std::invalid_argument` for anything
+/// but a whole image; any bytes may be given.
+std::string_view unpackDesign(std::string_view image);
 
 }  // namespace virtualboard

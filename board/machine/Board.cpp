@@ -45,7 +45,7 @@ Number numberFor(ParameterKind kind, const Value& value) {
 
 std::shared_ptr<const Design> Board::configure(std::shared_ptr<const Design> design, bool keepValues) {
     Lock lock(mutex_);
-    const auto same = [&] { return design_ != nullptr && design_->fingerprint() == design->fingerprint(); };
+    const auto same = [&] { return design_ != nullptr && design_->isLike(*design); };
     if (same() && keepValues) return design_;
     acquisition_.end(lock, nullptr);
     if (!same()) design_ = std::move(design);

@@ -11,7 +11,7 @@ namespace virtualboard {
 namespace {
 
 std::shared_ptr<Board> boardOf(GXdevice* device) {
-    auto board = Machine::instance().board(device);
+    auto board = Machine::instance().boards.find(device);
     if (board == nullptr) throw std::invalid_argument("this device is no board of this machine");
     return board;
 }
@@ -23,10 +23,11 @@ void changeOpening(const std::function<void(OpeningFaults&)>& change) {
 }  // namespace
 
 GXdevice* insertBoard() {
-    return Machine::instance().insert();
+    return Machine::instance().boards.add(std::make_shared<Board>());
 }
 void removeBoard(GXdevice* board) {
-    Machine::instance().remove(board);
+    const auto removed = Machine::instance().boards.take(board);
+    if (removed != nullptr) removed->endAcquisition(nullptr);  // handles may still be open
 }
 
 Control::Control(GXdevice* board) : board_(board) {

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "board/design/DescriptionParser.h"
+
 namespace virtualboard {
 
 namespace {
@@ -15,18 +17,14 @@ DesignData withoutHidden(DesignData data, const Names& hidden) {
 
 }  // namespace
 
-Design::Design(DesignData data, const Names& hidden)
-    : data_(withoutHidden(std::move(data), hidden)),
-      fingerprint_(data_.checksum),
-      tree_(data_, [&](const ParameterData& parameter) { return !hidden.contains(parameter.name); }) {
-    for (const std::string& name : hidden) {
-        fingerprint_ = (fingerprint_ ^ std::hash<std::string>{}(name)) * 0x100000001B3U;
-    }
-    hidden_.reserve(data_.parameters.size());
+Design::Design(std::string_view description, Names hidden)
+    : description_(description),
+      hidden_(std::move(hidden)),
+      data_(withoutHidden(parseDescription(description_, "description"), hidden_)),
+      tree_(data_, [this](const ParameterData& parameter) { return !isHidden(parameter); }) {
     for (std::size_t i = 0; i < data_.parameters.size(); ++i) {
         const ParameterData& parameter = data_.parameters[i];
-        hidden_.push_back(hidden.contains(parameter.name));
-        if (!hidden_.back()) byName_.emplace(parameter.name, i);
+        if (!isHidden(parameter)) byName_.emplace(parameter.name, i);
         if (parameter.id >= kFirstParameterId) {
             ++designParameters_;
         } else {
@@ -51,7 +49,7 @@ std::optional<std::size_t> Design::indexOf(int id) const {
         if (found == runtimeIds_.end()) return std::nullopt;
         index = found->second;
     }
-    if (isHidden(index)) return std::nullopt;
+    if (isHidden(data_.parameters[index])) return std::nullopt;
     return index;
 }
 

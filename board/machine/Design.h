@@ -1,14 +1,13 @@
 #pragma once
 
-/// A loaded design: what its image says, less what the control interface hides, with the lookups and records
-/// that the runtimes hand out.
+/// A loaded design: what its description says, less what the control interface hides, with the lookups and
+/// records that the runtimes hand out.
 
-#include <cstdint>
-#include <functional>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "board/design/DesignData.h"
@@ -22,14 +21,18 @@ using Names = std::set<std::string, std::less<>>;
 /// Never changes once built, so any thread may read it.
 class Design {
  public:
-    /// Names of parameters, events and registers in `hidden` are not there for anybody.
-    Design(DesignData data, const Names& hidden);
+    /// Names of parameters, events and registers in `hidden` are not there for anybody. Throws
+    /// `std::invalid_argument` for a description that cannot be read.
+    Design(std::string_view description, Names hidden);
     Design(const Design&) = delete;
     Design& operator=(const Design&) = delete;
 
     const DesignData& data() const { return data_; }
-    /// The same for designs of the same image with the same names hidden.
-    std::uint64_t fingerprint() const { return fingerprint_; }
+    /// Whether it is made of this description with these names hidden.
+    bool isOf(std::string_view description, const Names& hidden) const {
+        return description_ == description && hidden_ == hidden;
+    }
+    bool isLike(const Design& other) const { return isOf(other.description_, other.hidden_); }
 
     /// Position of a parameter in `data().parameters`; empty when there is none or it is hidden.
     std::optional<std::size_t> indexOf(int id) const;
@@ -41,11 +44,11 @@ class Design {
     RegisterInfo* tree() const { return tree_.root(); }
 
  private:
-    bool isHidden(std::size_t index) const { return hidden_[index]; }
+    bool isHidden(const ParameterData& parameter) const { return hidden_.contains(parameter.name); }
 
-    DesignData data_;
-    std::uint64_t fingerprint_ = 0;
-    std::vector<bool> hidden_;  ///< one per parameter; hidden ones keep their place, so that ids stay
+    std::string description_;
+    Names hidden_;
+    DesignData data_;  ///< hidden parameters keep their place, so that ids stay
     std::map<std::string, std::size_t, std::less<>> byName_;
     std::map<int, std::size_t> runtimeIds_;
     std::size_t designParameters_ = 0;

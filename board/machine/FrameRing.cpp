@@ -57,20 +57,20 @@ dma_mem* FrameMemoryCreate(uint32_t buffers, size_t bytes) {
     constexpr std::size_t most = std::size_t{1} << 40;  // beyond all machines
     if (buffers == 0 || bytes == 0 || bytes > most / buffers) return nullptr;
     try {
-        return Machine::instance().addMemory(std::make_shared<FrameRing>(buffers, bytes));
+        return Machine::instance().memories.add(std::make_shared<FrameRing>(buffers, bytes));
     } catch (const std::exception&) {
         return nullptr;
     }
 }
 
 int FrameMemoryRead(dma_mem* memory, int64_t number, FrameMemoryPicture* picture) {
-    const auto ring = Machine::instance().memory(memory);
+    const auto ring = Machine::instance().memories.find(memory);
     if (ring == nullptr) return virtualboard::kUnknownMemory;
     return picture != nullptr ? ring->read(number, *picture) : virtualboard::kNullPointer;
 }
 
 int FrameMemoryFree(dma_mem* memory) {
-    if (memory == nullptr || Machine::instance().removeMemory(memory)) return virtualboard::kOk;
+    if (memory == nullptr || Machine::instance().memories.take(memory) != nullptr) return virtualboard::kOk;
     return virtualboard::kUnknownMemory;
 }
 

@@ -3,11 +3,13 @@
 /// The machine that the boards stand in: who is who behind the opaque pointers that hosts hold.
 
 #include <atomic>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
-#include <set>
-#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
 
 #include "board/machine/Board.h"
 #include "board/machine/FrameRing.h"
@@ -37,31 +39,58 @@ inline Handle* handleOf(Fg_Struct* record) {
     return record != nullptr ? static_cast<Handle*>(record->instance) : nullptr;
 }
 
+/// What stands behind one sort of opaque pointer. Thread-safe.
+template <typename Key, typename Thing>
+class Registry {
+ public:
+    Key* add(Key* key, std::shared_ptr<Thing> thing) {
+        const std::lock_guard lock(mutex_);
+        things_.emplace(key, std::move(thing));
+        return key;
+    }
+    /// Adds a thing under its own address.
+    Key* add(std::shared_ptr<Thing> thing) {
+        auto* key = reinterpret_cast<Key*>(const_cast<std::remove_const_t<Thing>*>(thing.get()));
+        return add(key, std::move(thing));
+    }
+
+    /// Null for a pointer that is not of this machine.
+    std::shared_ptr<Thing> find(Key* key) {
+        const std::lock_guard lock(mutex_);
+        const auto found = things_.find(key);
+        return found == things_.end() ? nullptr : found->second;
+    }
+
+    /// Takes a thing out, once for each time it was added; null for a pointer that is not
+    /// of this machine. Whatever ends with the thing does so outside of the lock.
+    std::shared_ptr<Thing> take(Key* key) {
+        const std::lock_guard lock(mutex_);
+        const auto found = things_.find(key);
+        if (found == things_.end()) return nullptr;
+        auto thing = std::move(found->second);
+        things_.erase(found);
+        return thing;
+    }
+
+ private:
+    std::mutex mutex_;
+    std::multimap<Key*, std::shared_ptr<Thing>> things_;  ///< a design may be loaded several times
+};
+
 /// The boards, designs, handles and picture memories of this process. Thread-safe.
 class Machine {
  public:
     static Machine& instance();
 
-    GXdevice* insert();
-    /// Ends the board's acquisition and takes it out.
-    void remove(GXdevice* device);
-    /// Null for a pointer that is not a board of this machine.
-    std::shared_ptr<Board> board(GXdevice* device);
+    Registry<GXdevice, Board> boards;
+    Registry<fpga_design, const Design> designs;
+    Registry<Fg_Struct, Handle> handles;
+    Registry<dma_mem, FrameRing> memories;
 
-    fpga_design* addDesign(std::shared_ptr<const Design> design);
-    void removeDesign(fpga_design* design);
-    /// Null for a pointer that is not a loaded design.
-    std::shared_ptr<const Design> design(fpga_design* design);
-
-    Fg_Struct* addHandle(std::unique_ptr<Handle> handle);
-    /// Ends the acquisition that the handle started. False for a record that is no open handle.
-    bool removeHandle(Fg_Struct* record);
-
-    dma_mem* addMemory(std::shared_ptr<FrameRing> ring);
-    /// Null for a pointer that is no picture memory of this machine.
-    std::shared_ptr<FrameRing> memory(dma_mem* memory);
-    /// False for a pointer that is no picture memory of this machine.
-    bool removeMemory(dma_mem* memory);
+    /// Loads a design; one that is like the last one loaded is the same. With a type other than 0 the design
+    /// must be of it. Null when the control interface refuses it; throws `std::invalid_argument` saying what
+    /// is wrong with the image.
+    fpga_design* loadDesign(std::string_view image, int requiredType);
 
     OpeningFaults openingFaults();
     void changeOpeningFaults(const std::function<void(OpeningFaults&)>& change);
@@ -71,11 +100,8 @@ class Machine {
 
  private:
     std::mutex mutex_;
-    std::map<GXdevice*, std::shared_ptr<Board>> boards_;
-    std::map<fpga_design*, std::shared_ptr<const Design>> designs_;
-    std::map<Fg_Struct*, std::unique_ptr<Handle>> handles_;
-    std::map<dma_mem*, std::shared_ptr<FrameRing>> memories_;
     OpeningFaults openingFaults_;
+    std::shared_ptr<const Design> loaded_;  ///< the last one
 };
 
 }  // namespace virtualboard

@@ -1,15 +1,21 @@
 /// libtavr_hw.so: the board register library on the virtual board.
 
-#include "board/machine/DesignRuntime.h"
+#include "board/machine/Machine.h"
+#include "marovine/BoardCodes.h"
+
+using namespace virtualboard;
 
 extern "C" {
 
-int TavrRegisterRead(GXdevice* board, int number, std::uint64_t* value) {
-    return virtualboard::readRegister(board, number, value);
+int TavrRegisterRead(GXdevice* device, int number, std::uint64_t* value) {
+    const auto board = Machine::instance().boards.find(device);
+    if (board == nullptr) return kUnknownBoard;
+    return value != nullptr ? board->readRegister(number, *value) : kNullPointer;
 }
 
-int TavrRegisterWrite(GXdevice* board, int number, std::uint64_t value) {
-    return virtualboard::writeRegister(board, number, value);
+int TavrRegisterWrite(GXdevice* device, int number, std::uint64_t value) {
+    const auto board = Machine::instance().boards.find(device);
+    return board != nullptr ? board->writeRegister(number, value) : kUnknownBoard;
 }
 
 }  // extern "C"
