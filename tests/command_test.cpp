@@ -3,11 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -18,7 +15,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tables/SdkParameterTable.h"
-#include "tests/TemporaryFile.h"
+#include "tests/RunCommand.h"
 
 namespace {
 
@@ -29,31 +26,8 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 using Json = nlohmann::json;
-
-struct Result {
-    int status = -1;
-    std::string output;
-    std::string errors;
-};
-
-/// Runs the command beside the test program through a shell, with 80 columns. `before` is shell text that
-/// stands before the command.
-Result run(const std::string& arguments, const std::string& before = "") {
-    const TemporaryFile errors(".err");
-    const std::string command = fs::read_symlink("/proc/self/exe").parent_path() / "marovine";
-    const std::string line =
-        "COLUMNS=80; export COLUMNS; " + before + command + " " + arguments + " 2>" + errors.name();
-    Result result;
-    FILE* pipe = popen(line.c_str(), "r");
-    if (pipe == nullptr) return result;
-    std::array<char, 4096> buffer{};
-    while (const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), pipe))
-        result.output.append(buffer.data(), count);
-    const int status = pclose(pipe);
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    result.errors = errors.content();
-    return result;
-}
+using marovine::test::Outcome;
+using marovine::test::run;
 
 /// A text with its lines joined again, wherever the terminal's width broke them.
 std::string joined(const std::string& text) {
@@ -129,7 +103,7 @@ TEST(Command, EndsWithAStatusThatScriptsCanTrust) {
              Case{"save /tmp/name.txt", 2, ".mcf"},
              Case{"get FG_WIDTH >/dev/full", 1, "could not be written"},
          }) {
-        const Result result = run(arguments);
+        const Outcome result = run(arguments);
         EXPECT_EQ(status, result.status) << arguments << '\n' << result.errors;
         EXPECT_THAT(joined(status == 0 ? result.output : result.errors), HasSubstr(says)) << arguments;
     }
@@ -165,7 +139,7 @@ TEST(Command, FitsATerminalAndColoursOnlyWhenAsked) {
     fs::create_directory(folder);
     for (std::size_t i = 0; i < all.size(); ++i) {
         const std::string& arguments = all[i];
-        const Result result = run(arguments, "cd " + folder.string() + " && ");
+        const Outcome result = run(arguments, "cd " + folder.string() + " && ");
         EXPECT_EQ(i < refused, result.status == 0) << arguments << result.errors;
         EXPECT_THAT(result.output, Not(HasSubstr("\033["))) << arguments;
         EXPECT_THAT(result.output, Not(HasSubstr("\n\n\n"))) << arguments;
@@ -197,7 +171,7 @@ TEST(Command, SendsATerminalOnlyWhatItStands) {
 }
 
 TEST(Command, ReportsASetWithAllThatMoved) {
-    const Result result = run("set FG_WIDTH=2048 --trace");
+    const Outcome result = run("set FG_WIDTH=2048 --trace");
     EXPECT_EQ(0, result.status);
     EXPECT_THAT(result.output, StartsWith("FG_WIDTH = 2048 pixel  (was 1024)\n"
                                           "\n"
@@ -209,7 +183,7 @@ TEST(Command, ReportsASetWithAllThatMoved) {
 }
 
 TEST(Command, KeepsWhatWasSetBeforeARefusal) {
-    const Result result = run("set FG_HEIGHT=512 FG_XOFFSET=12288 FG_WIDTH=4104 FG_YOFFSET=2");
+    const Outcome result = run("set FG_HEIGHT=512 FG_XOFFSET=12288 FG_WIDTH=4104 FG_YOFFSET=2");
     EXPECT_EQ(1, result.status);
     EXPECT_THAT(result.output, AllOf(HasSubstr("FG_HEIGHT = 512"), Not(HasSubstr("FG_YOFFSET = 2"))));
     EXPECT_EQ(
@@ -232,7 +206,7 @@ TEST(Command, KeepsWhatWasSetBeforeARefusal) {
 
 TEST(Command, AnswersPrograms) {
     const auto parsed = [](const std::string& arguments) {
-        const Result result = run(arguments);
+        const Outcome result = run(arguments);
         EXPECT_NO_THROW(return Json::parse(result.output)) << arguments << '\n'
                                                            << result.output << result.errors;
         return Json();
@@ -298,7 +272,7 @@ TEST(Command, ChainsAConfigurationAndSettings) {
     EXPECT_EQ(0,
               run(std::string("save ") + file.name() + " --set FG_LINEPERIODE=100 --set FG_LINEEXPOSURE=50")
                   .status);
-    const Result result = run(std::string("defaults --changed --set FG_WIDTH=512 --config ") + file.name());
+    const Outcome result = run(std::string("defaults --changed --set FG_WIDTH=512 --config ") + file.name());
     EXPECT_EQ(
         "   parameter        default  now\n"
         "*  FG_WIDTH         1024     512\n"
@@ -314,7 +288,7 @@ TEST(Command, ChainsAConfigurationAndSettings) {
     text.replace(text.find("\nFG_WIDTH=1024;"), 15, "\nFG_WIDTH=1004;");
     text.replace(text.find("\nFG_DEBUGFILE='"), 15, "\nFG_DEBUGFILE='here.tif");
     file.write(text);
-    const Result skipping = run(std::string("get FG_WIDTH --config ") + file.name());
+    const Outcome skipping = run(std::string("get FG_WIDTH --config ") + file.name());
     EXPECT_EQ(1, skipping.status);
     EXPECT_THAT(joined(skipping.errors), AllOf(HasSubstr("FG_WIDTH = 1004 refused (-7080)"),
                                                HasSubstr("names \"here.tif\", which is not found from /")));
@@ -325,7 +299,7 @@ TEST(Command, ChainsAConfigurationAndSettings) {
 
 TEST(Command, NeverReplacesAGoodFileByABadOne) {
     const TemporaryFile file(".mcf", "precious");
-    const Result full = run(std::string("save ") + file.name(), "ulimit -f 1; ");
+    const Outcome full = run(std::string("save ") + file.name(), "ulimit -f 1; ");
     EXPECT_EQ(1, full.status);
     EXPECT_THAT(full.errors, AllOf(HasSubstr("nothing saved to "), HasSubstr("as before")));
     EXPECT_EQ("precious", file.content());
@@ -334,7 +308,7 @@ TEST(Command, NeverReplacesAGoodFileByABadOne) {
     EXPECT_EQ(0, run(std::string("save ") + file.name()).status);
     EXPECT_THAT(file.content(), StartsWith("[Kamerasektion]"));
 
-    const Result untried =
+    const Outcome untried =
         run(std::string("save ") + file.name(), "exec 3>&- 4>&- 5>&- 6>&-; prlimit --nofile=4 ");
     EXPECT_EQ(1, untried.status);
     EXPECT_THAT(untried.output, Not(HasSubstr("compared"))) << "no descriptor is left to load the file with";
@@ -343,7 +317,7 @@ TEST(Command, NeverReplacesAGoodFileByABadOne) {
 TEST(Command, SavesOnlyWhatReadsBack) {
     const TemporaryFile file(".mcf");
     const std::string save = std::string("save ") + file.name();
-    const Result cut = run(save + " --set FG_DEBUGFILE=" + std::string(300, 'y'));
+    const Outcome cut = run(save + " --set FG_DEBUGFILE=" + std::string(300, 'y'));
     EXPECT_EQ(1, cut.status);
     EXPECT_THAT(cut.errors, AllOf(HasSubstr("FG_DEBUGFILE is"), HasSubstr("would read back as")));
     EXPECT_FALSE(fs::exists(file.name()));
@@ -352,7 +326,7 @@ TEST(Command, SavesOnlyWhatReadsBack) {
     fs::remove(file.name());
     ASSERT_EQ(0, mkfifo(file.name(), 0600));
     for (const char* command : {"save ", "lut save "}) {
-        const Result pipe = run(command + std::string(file.name()));
+        const Outcome pipe = run(command + std::string(file.name()));
         EXPECT_EQ(1, pipe.status) << command;
         EXPECT_THAT(pipe.errors, HasSubstr("no regular file")) << command;
         EXPECT_TRUE(fs::is_fifo(file.name())) << command;
@@ -363,7 +337,7 @@ TEST(Command, SavesAndLoadsLookupTables) {
     const TemporaryFile file(".lut");
     const TemporaryFile picture(".png");
     EXPECT_EQ(0, run(std::string("lut save ") + file.name() + " --set FG_PROCESSING_GAMMA=2.2").status);
-    const Result loaded = run(std::string("lut load ") + file.name());
+    const Outcome loaded = run(std::string("lut load ") + file.name());
     EXPECT_EQ(0, loaded.status) << loaded.errors;
     EXPECT_THAT(loaded.output, HasSubstr("FG_LUT_TYPE = LUT_TYPE_CUSTOM"));
     EXPECT_EQ(0, run(std::string("lut show -o ") + picture.name()).status);
@@ -371,7 +345,7 @@ TEST(Command, SavesAndLoadsLookupTables) {
     EXPECT_EQ(1, run("lut load /nowhere.lut").status);
     for (const char* content : {"", "hello\n", "nrOfElements=256;\n[red]\n", "\x80\x00\xFF"}) {
         const TemporaryFile bad(".lut", content);
-        const Result refused = run(std::string("lut load ") + bad.name());
+        const Outcome refused = run(std::string("lut load ") + bad.name());
         EXPECT_EQ(1, refused.status) << content;
         EXPECT_THAT(joined(refused.errors), HasSubstr("holds no lookup table")) << content;
         EXPECT_THAT(refused.output, IsEmpty()) << content;

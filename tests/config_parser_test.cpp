@@ -283,14 +283,6 @@ TEST(ConfigFileParser, AnnouncedKeysHaveTheSameAnswers) {
     EXPECT_GT(found, 200) << "the texts should meet often enough to mean something";
 }
 
-TEST(ConfigFileParser, AFileTooLargeForMemoryIsStillSearched) {
-    const std::string filler(marovine::ConfigFileIndex::MaxSize, '\n');
-    const TemporaryFile file(".mcf", "[Port A]\n" + filler + "FG_WIDTH=8;\n");
-    Fg_ConfigFileParser parser(nullptr, file.name(), true);
-    EXPECT_EQ(parseKey(parser, "[Port A]", "FG_WIDTH"), (Answer{0, "8"}));
-    EXPECT_EQ(parseKey(parser, "[Port A]", "FG_HEIGHT"), missing);
-}
-
 TEST(ConfigFileParser, AFileOpenForBothShowsWhatWasWritten) {
     const TemporaryFile file(".mcf", "[Port A]\nFG_WIDTH=8;\n");
     Fg_ConfigFileParser parser(nullptr, file.name(), false);

@@ -157,30 +157,6 @@ TEST_F(ConfigurationTest, FillsTheCacheUpToAMissingKey) {
     EXPECT_TRUE(applet.takeWrites().empty()) << "no setter ran";
 }
 
-TEST_F(ConfigurationTest, KeepsARefusedValueInTheCacheOnly) {
-    ASSERT_EQ(0, save());
-    replaceLine("FG_LINEPERIODE", "FG_LINEPERIODE=100.0;");
-    replaceLine("FG_LINEEXPOSURE", "FG_LINEEXPOSURE=150.0;");
-    EXPECT_EQ(0, load());
-    EXPECT_EQ(150.0, applet.get<double>("FG_LINEEXPOSURE"));
-    EXPECT_EQ(virtualboard::Value(19.0),
-              applet.board().value("Device1_Process0_Trigger_Trigger_ExsyncExposure"));
-    EXPECT_EQ(virtualboard::Value(100.0),
-              applet.board().value("Device1_Process0_Trigger_Trigger_ExsyncPeriod"));
-}
-
-TEST_F(ConfigurationTest, LetsALaterKeyOfTheSameOutputWin) {
-    ASSERT_EQ(0, save());
-    replaceLine("FG_CC1_SOURCE", "FG_CC1_SOURCE=2008;");
-    replaceLine("FG_CCSEL0", "FG_CCSEL0=1070;");
-    replaceLine("FG_TRIGGEROUT_GPO_7_SOURCE", "FG_TRIGGEROUT_GPO_7_SOURCE=2002;");
-    replaceLine("FG_DIGIO_OUTPUT", "FG_DIGIO_OUTPUT=1;");
-    EXPECT_EQ(0, load());
-    EXPECT_EQ(constantOf("FG_SIGNAL_GPI_7"), applet.get<std::int32_t>("FG_CC1_SOURCE"));
-    EXPECT_EQ(constantOf("FG_LOW"), applet.get<std::int32_t>("FG_CC1_POLARITY"));
-    EXPECT_EQ(constantOf("GND"), applet.get<std::int32_t>("FG_TRIGGEROUT_GPO_7_SOURCE"));
-}
-
 TEST_F(ConfigurationTest, BringsProcessingValuesThroughTheTableType) {
     ASSERT_EQ(0, save());
     replaceLine("FG_PROCESSING_INVERT", "FG_PROCESSING_INVERT=1;");

@@ -3,12 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 
 #include <algorithm>
 #include <chrono>
 #include <csignal>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -21,6 +19,7 @@
 #include "command/Progress.h"
 #include "pictures/Lettering.h"
 #include "pictures/Png.h"
+#include "tests/RunCommand.h"
 
 namespace marovine::host {
 namespace {
@@ -37,18 +36,8 @@ class GrabTest : public testing::Test {
     GrabTest() { fs::create_directory(folder); }
     ~GrabTest() override { fs::remove_all(folder); }
 
-    struct Outcome {
-        int status;
-        std::string output;  // errors as well
-    };
-    Outcome run(const std::string& arguments, const std::string& before = "") {
-        const std::string line = before + " '" MAROVINE_COMMAND "' " + arguments + " 2>&1";
-        FILE* pipe = popen(("cd '" + folder.string() + "' && " + line).c_str(), "r");
-        std::string output;
-        char buffer[4096];
-        while (const std::size_t count = fread(buffer, 1, sizeof(buffer), pipe)) output.append(buffer, count);
-        const int status = pclose(pipe);
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+    test::Outcome run(const std::string& arguments, const std::string& before = "") {
+        return test::run(arguments, "cd '" + folder.string() + "' && " + before + " ");
     }
     std::vector<std::string> files() const {
         std::vector<std::string> names;
@@ -99,9 +88,9 @@ TEST_F(GrabTest, TriggersBySoftware) {
                             "--set FG_IMGTRIGGER_ASYNC_HEIGHT=12 --trigger -n 2 -o cut.png ";
     EXPECT_EQ("cut-1.png: 64 x 8 pixels\ncut-2.png: 64 x 4 pixels\n", run(cut).output);
     EXPECT_THAT(run(cut + "--json").output, HasSubstr("\"height\": null"));
-    const auto [status, output] = run(triggered + "--timeout 1 --view");
-    EXPECT_EQ(1, status);
-    EXPECT_THAT(output,
+    const auto waiting = run(triggered + "--timeout 1 --view");
+    EXPECT_EQ(1, waiting.status);
+    EXPECT_THAT(waiting.all(),
                 HasSubstr("FG_IMGTRIGGERMODE = ASYNC_TRIGGER waits for FG_IMGTRIGGERINSRC = TRGINSOFTWARE"));
 }
 
@@ -129,10 +118,10 @@ TEST_F(GrabTest, SaysWhatIsWrong) {
                "--set FG_IMGTRIGGERINSRC=TRGINSOFTWARE --set FG_IMG_SELECT_PERIOD=3 -n 2",
                1, "FG_IMG_SELECT_PERIOD = 3"},
           Case{"demo -o nowhere", 1, "no folder nowhere"}, Case{"contact-sheet", 2, "--output"}}) {
-        const auto [status, output] = run(c.arguments);
-        EXPECT_EQ(c.status, status) << c.arguments;
+        const auto outcome = run(c.arguments);
+        EXPECT_EQ(c.status, outcome.status) << c.arguments;
         std::string joined;  // whatever lines it was broken into
-        std::istringstream words(output);
+        std::istringstream words(outcome.all());
         for (std::string word; words >> word;) joined += (joined.empty() ? "" : " ") + word;
         EXPECT_THAT(joined, HasSubstr(c.says)) << c.arguments;
     }
@@ -163,8 +152,8 @@ TEST_F(GrabTest, AnInterruptLeavesOnlyWholePictures) {
 TEST_F(GrabTest, AnInterruptEndsWaitingForAPipe) {
     ASSERT_EQ(0, mkfifo((folder / "pipe.png").c_str(), 0600));
     for (const char* arguments : {"grab --view --scene pipe.png", "grab -o pipe.png"}) {
-        const Outcome outcome = run(arguments, "timeout --preserve-status -k 5 2");
-        EXPECT_EQ(128 + SIGTERM, outcome.status) << arguments << outcome.output;
+        const test::Outcome outcome = run(arguments, "timeout --preserve-status -k 5 2");
+        EXPECT_EQ(128 + SIGTERM, outcome.status) << arguments << outcome.all();
     }
 }
 
