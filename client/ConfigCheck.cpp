@@ -9,6 +9,7 @@
 #include "base/AppletIdentity.h"
 #include "client/Names.h"
 #include "client/SkippedValues.h"
+#include "files/ConfigHeader.h"
 #include "files/Fg_ConfigFileParser.h"
 
 namespace marovine::host {
@@ -47,14 +48,18 @@ bool anyLineHolds(const ConfigFile& file, std::string_view text) {
 
 /// What stands against the header.
 void findInHeader(const ConfigFile& file, Findings& findings) {
-    if (file.findInHeader("Hersteller") == nullptr)
-        findings.push_back(finding(Weight::Fatal, 0, "the header lacks the key Hersteller"));
-    const auto* type = file.findInHeader("Typ");
+    const auto lacks = [](const std::string& key) {
+        return finding(Weight::Fatal, 0, "the header lacks the key " + key);
+    };
+    if (file.findInHeader(config_header::manufacturer) == nullptr)
+        findings.push_back(lacks(config_header::manufacturer));
+    const auto* type = file.findInHeader(config_header::type);
     if (type == nullptr) {
-        findings.push_back(finding(Weight::Fatal, 0, "the header lacks the key Typ"));
-    } else if (const auto name = ConfigFile::headerValue(*type, "Typ"); name != identity::name) {
+        findings.push_back(lacks(config_header::type));
+    } else if (const auto name = ConfigFile::headerValue(*type, config_header::type);
+               name != identity::name) {
         std::string text = "the file belongs to the applet " + inQuotes(name) + ", this is " + identity::name;
-        if (type->key != "Typ")
+        if (type->key != config_header::type)
             text =
                 "a load takes the applet's name from the first line that holds \"Typ\" anywhere, and reads " +
                 inQuotes(name);
@@ -62,11 +67,11 @@ void findInHeader(const ConfigFile& file, Findings& findings) {
     }
     if (file.activePort() != nullptr) return;
     const auto& lines = file.lines();
-    const auto early =
-        std::find_if(lines.begin(), lines.end(), [](const auto& line) { return line.key == "AktivePort"; });
+    const auto early = std::find_if(lines.begin(), lines.end(),
+                                    [](const auto& line) { return line.key == config_header::activePort; });
     if (anyLineHolds(file, Fg_ConfigFileParser::CameraSectionText)) {
         findings.push_back(early == lines.end()
-                               ? finding(Weight::Fatal, 0, "the header lacks the key AktivePort")
+                               ? lacks(config_header::activePort)
                                : finding(Weight::Fatal, early->number,
                                          "AktivePort must stand behind [Kamerasektion] and hold a number"));
     } else if (anyLineHolds(file, "[Kamerasektion]\r\n")) {

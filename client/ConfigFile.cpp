@@ -9,6 +9,7 @@
 
 #include "client/Failure.h"
 #include "files/ConfigFileIndex.h"
+#include "files/ConfigHeader.h"
 #include "files/ConfigLine.h"
 #include "files/Fg_ConfigFileParser.h"
 
@@ -114,7 +115,7 @@ std::string ConfigFile::headerValue(const ConfigLine& line, std::string_view key
 }
 
 const ConfigLine* ConfigFile::activePort() const {
-    const auto* line = lineAfter(Fg_ConfigFileParser::CameraSectionText, "AktivePort");
+    const auto* line = lineAfter(Fg_ConfigFileParser::CameraSectionText, config_header::activePort);
     return line != nullptr && line->value.find(MissingText) == std::string::npos ? line : nullptr;
 }
 

@@ -11,8 +11,9 @@
 
 #include "base/AppletIdentity.h"
 #include "client/Rehearsal.h"
-#include "client/SafeFile.h"
+#include "files/ConfigHeader.h"
 #include "files/Fg_ConfigFileParser.h"
+#include "pictures/SafeFile.h"
 
 namespace marovine::host {
 
@@ -49,7 +50,7 @@ class TemporaryConfig {
     const fs::path& path() const { return path_; }
 
  private:
-    SignalHold hold_;  ///< first, to end after the removal
+    virtualboard::imaging::SignalHold hold_;  ///< first, to end after the removal
     fs::path path_;
 };
 
@@ -94,9 +95,9 @@ class Trials {
         Fg_ConfigFileParser writer(nullptr, nullptr, false);
         int failed = writer.setSaveFile(path.c_str()) ? 0 : -1;
         failed |= writer.writeConfigFileHeader();
-        failed |= writer.writeConfigFile("Hersteller", identity::manufacturer);
-        failed |= writer.writeConfigFile("Typ", identity::name);
-        failed |= writer.writeConfigFileIntKey("AktivePort", 0);
+        failed |= writer.writeConfigFile(config_header::manufacturer, identity::manufacturer);
+        failed |= writer.writeConfigFile(config_header::type, identity::name);
+        failed |= writer.writeConfigFileIntKey(config_header::activePort, 0);
         failed |= writer.writeConfigFilePortA();
         for (const auto& row : sdkParameters) {
             if (!isRead(row)) continue;

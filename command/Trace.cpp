@@ -5,8 +5,8 @@
 #include <string_view>
 #include <utility>
 
-#include "client/SafeFile.h"
 #include "client/VirtualBoard.h"
+#include "pictures/SafeFile.h"
 
 namespace marovine::host {
 
@@ -128,7 +128,7 @@ void Trace::save(const std::filesystem::path& file) const {
     } else {
         out << printed(json()) << '\n';
     }
-    writeSafely(file, out.str());
+    virtualboard::imaging::writeSafely(file, out.str());
 }
 
 }  // namespace marovine::host

@@ -8,19 +8,16 @@
 
 #include "base/ErrorCodes.h"
 #include "description/ParameterInfoBuilderXML.h"
+#include "files/ConfigHeader.h"
 #include "files/Fg_ConfigFileParser.h"
 #include "runtime/FgGxWrapper.h"
 
 namespace error = marovine::error;
+namespace header = marovine::config_header;
 
 namespace {
 /// Events have one bit of a 64-bit mask each.
 constexpr int kEventLimit = 64;
-
-/// Keys of the configuration file's header.
-constexpr const char* kManufacturerKey = "Hersteller";
-constexpr const char* kTypeKey = "Typ";
-constexpr const char* kActivePortKey = "AktivePort";
 
 /// Hosts on some platforms rely on this locale for the decimal point. Where it does not exist, as usual on
 /// Linux, nothing changes; the file has decimal points either way.
@@ -36,11 +33,11 @@ int FgGxWrapper::Fg_saveConfig(Fg_Struct* /*inner*/, const char* fileName) {
     Fg_ConfigFileParser parser(nullptr, nullptr, false);
     if (!parser.setSaveFile(fileName)) return setError(error::fileNotAccessible);
     parser.writeConfigFileHeader();
-    parser.writeConfigFile(kManufacturerKey, getManufacturer());
-    parser.writeConfigFile(kTypeKey, getCameraType());
+    parser.writeConfigFile(header::manufacturer, getManufacturer());
+    parser.writeConfigFile(header::type, getCameraType());
     parser.writeConfigFile("Version", getCameraVersion());
     parser.writeConfigFileIntKey("LoadAppletId", getAppletID());
-    parser.writeConfigFileIntKey(kActivePortKey, 0);
+    parser.writeConfigFileIntKey(header::activePort, 0);
     saveConfig(parser);
     return setError(error::success);
 }
@@ -54,10 +51,11 @@ int FgGxWrapper::Fg_loadConfig(Fg_Struct* /*inner*/, const char* fileName) {
     }
     std::array<char, marovine::LineSize> text{};
     int activePort = 0;
-    const bool loaded = parser.parseKeyFromLine(kManufacturerKey, text.data()) == 0 &&
-                        parser.parseKeyFromLine(kTypeKey, text.data()) == 0 &&
+    const bool loaded = parser.parseKeyFromLine(header::manufacturer, text.data()) == 0 &&
+                        parser.parseKeyFromLine(header::type, text.data()) == 0 &&
                         std::strcmp(text.data(), getCameraType()) == 0 &&
-                        parser.parseIntKeyFromHeader(kActivePortKey, &activePort) == 0 && loadConfig(parser);
+                        parser.parseIntKeyFromHeader(header::activePort, &activePort) == 0 &&
+                        loadConfig(parser);
     return setError(loaded ? error::success : error::configurationRejected);
 }
 

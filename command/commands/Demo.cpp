@@ -39,11 +39,9 @@ void introduce(const Stage& stage) {
         stage.applet.library().info(selector, 0, 0, nullptr, &text);
         return std::string(text != nullptr ? static_cast<const char*>(text) : "");
     };
-    constexpr int name = 4176;
-    constexpr int version = 4192;
-    constexpr int category = 4112;
     Table table;
-    table.add({"applet", answer(name) + " " + answer(version) + ", " + answer(category) + ": " +
+    table.add({"applet", answer(MAROVINE_INFO_NAME) + " " + answer(MAROVINE_INFO_VERSION) + ", " +
+                             answer(MAROVINE_INFO_CATEGORY) + ": " +
                              std::to_string(stage.applet.names().size()) + " parameters, " +
                              std::to_string(stage.applet.events().size()) + " events"});
     table.add({"board", "FPGA " + stage.shown("FG_SYSTEMMONITOR_FPGA_DNA") + " at " +

@@ -5,9 +5,9 @@
 #include <memory>
 #include <string>
 
-#include "client/SafeFile.h"
 #include "command/Json.h"
 #include "command/commands/Commands.h"
+#include "pictures/SafeFile.h"
 
 namespace marovine::host::commands {
 
@@ -19,22 +19,18 @@ struct Options {
     bool json = false;
 };
 
-constexpr int kIcon = 1041;
-constexpr int kDesignImage = 1042;
-
 struct Question {
     int selector;
     const char* name;
 };
 /// Selectors that answer with a text.
-constexpr std::array kTexts{Question{4176, "name"},
-                            Question{4192, "version"},
-                            Question{4208, "build"},
-                            Question{4112, "category"},
-                            Question{4128, "tags"},
-                            Question{1043, "design identifier"},
-                            Question{1044, "bitstream identifier"}};
-constexpr int kDesignType = 2176;
+constexpr std::array kTexts{Question{MAROVINE_INFO_NAME, "name"},
+                            Question{MAROVINE_INFO_VERSION, "version"},
+                            Question{MAROVINE_INFO_BUILD, "build"},
+                            Question{MAROVINE_INFO_CATEGORY, "category"},
+                            Question{MAROVINE_INFO_TAGS, "tags"},
+                            Question{MAROVINE_INFO_DESIGN_UID, "design identifier"},
+                            Question{MAROVINE_INFO_BITSTREAM_UID, "bitstream identifier"}};
 /// Other selectors that answer with a number. What they ask for is known to the host's runtime alone.
 constexpr std::array kNumbers{848,  1040, 1045, 1792, 1872, 1888, 2048, 2160, 2192, 2560,
                               2816, 3072, 3328, 4608, 4624, 4640, 4656, 4672, 4688, 4704};
@@ -55,10 +51,10 @@ std::string_view answerBytes(const Library& library, int selector) {
 
 void run(const Options& options, Session& session) {
     const auto library = session.library();
-    const auto icon = answerBytes(*library, kIcon);
-    const auto design = answerBytes(*library, kDesignImage);
-    if (!options.icon.empty()) writeSafely(options.icon, icon);
-    if (!options.design.empty()) writeSafely(options.design, design);
+    const auto icon = answerBytes(*library, MAROVINE_INFO_ICON);
+    const auto design = answerBytes(*library, MAROVINE_INFO_DESIGN_IMAGE);
+    if (!options.icon.empty()) virtualboard::imaging::writeSafely(options.icon, icon);
+    if (!options.design.empty()) virtualboard::imaging::writeSafely(options.design, design);
 
     const std::size_t parameters = session.applet().names().size();
     const std::size_t events = session.applet().events().size();
@@ -81,8 +77,8 @@ void run(const Options& options, Session& session) {
     document["library"] = library->file().string();
 
     const auto number = [&](int selector) { return library->info(selector, 0, 0, nullptr, nullptr); };
-    table.add({"design type", std::to_string(number(kDesignType))});
-    document["design type"] = number(kDesignType);
+    table.add({"design type", std::to_string(number(MAROVINE_INFO_DESIGN_TYPE))});
+    document["design type"] = number(MAROVINE_INFO_DESIGN_TYPE);
     std::map<int, std::string> selectorsOf;  // by answer
     for (const int selector : kNumbers) {
         document["capabilities"][std::to_string(selector)] = number(selector);

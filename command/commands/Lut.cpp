@@ -6,12 +6,12 @@
 #include <system_error>
 #include <vector>
 
-#include "client/SafeFile.h"
 #include "command/ChangeReport.h"
 #include "command/Curve.h"
 #include "command/commands/Commands.h"
 #include "files/Fg_LutFileParser.h"
 #include "pictures/Png.h"
+#include "pictures/SafeFile.h"
 #include "tables/EnumerationTables.h"
 
 namespace marovine::host::commands {
@@ -151,7 +151,7 @@ bool readsBack(const Applet& applet, const Channels& channels, const fs::path& f
 void save(const SaveOptions& options, Session& session) {
     const fs::path& target = options.target;
     Applet& applet = session.applet();
-    SafeFile file(target);
+    virtualboard::imaging::SafeFile file(target);
     try {
         applet.set("FG_LUT_SAVE_FILE", file.temporary().string());
     } catch (const Refused& refusal) {

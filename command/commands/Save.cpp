@@ -7,11 +7,11 @@
 
 #include "client/ConfigCheck.h"
 #include "client/ConfigFile.h"
-#include "client/SafeFile.h"
 #include "client/SkippedValues.h"
 #include "client/VirtualBoard.h"
 #include "command/Json.h"
 #include "command/commands/Commands.h"
+#include "pictures/SafeFile.h"
 #include "tables/SdkParameterTable.h"
 
 namespace marovine::host::commands {
@@ -77,7 +77,7 @@ void run(const Options& options, Session& session) {
     Applet& applet = session.applet();
     std::error_code unknown;  // the safe file says what is wrong
     const bool existed = fs::exists(target, unknown);
-    SafeFile file(target);
+    virtualboard::imaging::SafeFile file(target);
     try {
         applet.save(file.temporary());
         compare(applet, file.temporary());

@@ -2,8 +2,8 @@
 #include <memory>
 #include <string>
 
-#include "client/SafeFile.h"
 #include "command/commands/Commands.h"
+#include "pictures/SafeFile.h"
 
 namespace marovine::host::commands {
 
@@ -18,7 +18,7 @@ void defineXml(CommandLine command, Session& session) {
         if (file->empty()) {
             session.console().out() << document;
         } else {
-            writeSafely(*file, document);
+            virtualboard::imaging::writeSafely(*file, document);
         }
     });
 }
