@@ -33,7 +33,10 @@ fpga_design* Machine::loadDesign(std::string_view image, int requiredType) {
     lock.lock();
     loaded_ = design;
     lock.unlock();
-    return designs.add(std::move(design));
+    // Every loading has a handle of its own, which must be unloaded for itself.
+    auto loading = std::make_shared<std::shared_ptr<const Design>>(design);
+    auto* handle = reinterpret_cast<fpga_design*>(loading.get());
+    return designs.add(handle, std::shared_ptr<const Design>(std::move(loading), design.get()));
 }
 
 OpeningFaults Machine::openingFaults() {

@@ -61,8 +61,8 @@ class Registry {
         return found == things_.end() ? nullptr : found->second;
     }
 
-    /// Takes a thing out, once for each time it was added; null for a pointer that is not
-    /// of this machine. Whatever ends with the thing does so outside of the lock.
+    /// Takes a thing out; null for a pointer that is not of this machine. Whatever ends with the thing does
+    /// so outside of the lock.
     std::shared_ptr<Thing> take(Key* key) {
         const std::lock_guard lock(mutex_);
         const auto found = things_.find(key);
@@ -74,7 +74,7 @@ class Registry {
 
  private:
     std::mutex mutex_;
-    std::multimap<Key*, std::shared_ptr<Thing>> things_;  ///< a design may be loaded several times
+    std::map<Key*, std::shared_ptr<Thing>> things_;
 };
 
 /// The boards, designs, handles and picture memories of this process. Thread-safe.
@@ -87,9 +87,9 @@ class Machine {
     Registry<Fg_Struct, Handle> handles;
     Registry<dma_mem, FrameRing> memories;
 
-    /// Loads a design; one that is like the last one loaded is the same. With a type other than 0 the design
-    /// must be of it. Null when the control interface refuses it; throws `std::invalid_argument` saying what
-    /// is wrong with the image.
+    /// Loads a design; one that is like the last one loaded is read no more. With a type other than 0 the
+    /// design must be of it. Null when the control interface refuses it; throws `std::invalid_argument`
+    /// saying what is wrong with the image.
     fpga_design* loadDesign(std::string_view image, int requiredType);
 
     OpeningFaults openingFaults();
