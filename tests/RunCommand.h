@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdio>
+#include <sstream>
 #include <string>
 
 #include "tests/TemporaryFile.h"
@@ -35,6 +36,16 @@ inline Outcome run(const std::string& arguments, const std::string& before = "")
     outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     outcome.errors = errors.content();
     return outcome;
+}
+
+/// A text with its lines joined again, wherever the terminal's width broke them.
+inline std::string joined(const std::string& text) {
+    std::string result;
+    for (const char c : text) {
+        const bool blank = c == ' ' || c == '\n';
+        if (!blank || !result.ends_with(' ')) result += blank ? ' ' : c;
+    }
+    return result;
 }
 
 }  // namespace marovine::test

@@ -26,18 +26,9 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 using Json = nlohmann::json;
+using marovine::test::joined;
 using marovine::test::Outcome;
 using marovine::test::run;
-
-/// A text with its lines joined again, wherever the terminal's width broke them.
-std::string joined(const std::string& text) {
-    std::string result;
-    for (const char c : text) {
-        const bool blank = c == ' ' || c == '\n';
-        if (!blank || !result.ends_with(' ')) result += blank ? ' ' : c;
-    }
-    return result;
-}
 
 TEST(Command, EndsWithAStatusThatScriptsCanTrust) {
     struct Case {

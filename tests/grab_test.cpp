@@ -25,6 +25,7 @@ namespace marovine::host {
 namespace {
 
 namespace fs = std::filesystem;
+using test::joined;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using virtualboard::imaging::Image;
@@ -90,7 +91,7 @@ TEST_F(GrabTest, TriggersBySoftware) {
     EXPECT_THAT(run(cut + "--json").output, HasSubstr("\"height\": null"));
     const auto waiting = run(triggered + "--timeout 1 --view");
     EXPECT_EQ(1, waiting.status);
-    EXPECT_THAT(waiting.all(),
+    EXPECT_THAT(joined(waiting.all()),
                 HasSubstr("FG_IMGTRIGGERMODE = ASYNC_TRIGGER waits for FG_IMGTRIGGERINSRC = TRGINSOFTWARE"));
 }
 
@@ -120,10 +121,7 @@ TEST_F(GrabTest, SaysWhatIsWrong) {
           Case{"demo -o nowhere", 1, "no folder nowhere"}, Case{"contact-sheet", 2, "--output"}}) {
         const auto outcome = run(c.arguments);
         EXPECT_EQ(c.status, outcome.status) << c.arguments;
-        std::string joined;  // whatever lines it was broken into
-        std::istringstream words(outcome.all());
-        for (std::string word; words >> word;) joined += (joined.empty() ? "" : " ") + word;
-        EXPECT_THAT(joined, HasSubstr(c.says)) << c.arguments;
+        EXPECT_THAT(joined(outcome.all()), HasSubstr(c.says)) << c.arguments;
     }
     EXPECT_THAT(files(), ElementsAre());
 }
