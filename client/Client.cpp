@@ -8,6 +8,7 @@
 #include <set>
 #include <utility>
 
+#include "base/IgnoreCase.h"
 #include "client/Names.h"
 
 namespace marovine::host {
@@ -98,7 +99,7 @@ const Applet::Known& Applet::known(std::string_view name) const {
 
 const std::string& Applet::nameOf(std::string_view text) const {
     for (const auto& name : names_)
-        if (sameName(name, text)) return name;
+        if (equalIgnoringCase(name, text)) return name;
     throw UnknownName(std::string(text), nearestNames(text, names_));
 }
 

@@ -72,11 +72,6 @@ std::vector<std::string> nearestNames(std::string_view name, const std::vector<s
     return result;
 }
 
-bool sameName(std::string_view a, std::string_view b) {
-    return a.size() == b.size() &&
-           std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) { return lower(x) == lower(y); });
-}
-
 bool isPattern(std::string_view text) {
     return text.find_first_of("*?") != std::string_view::npos;
 }

@@ -18,9 +18,6 @@ std::size_t editDistance(std::string_view a, std::string_view b);
 std::vector<std::string> nearestNames(std::string_view name, const std::vector<std::string>& names,
                                       std::size_t count = 3);
 
-/// Whether two names are the same without regard to case.
-bool sameName(std::string_view a, std::string_view b);
-
 /// Whether a text is a pattern rather than a name: it has * or ?.
 bool isPattern(std::string_view text);
 

@@ -6,6 +6,7 @@
 #include <limits>
 #include <utility>
 
+#include "base/IgnoreCase.h"
 #include "client/Failure.h"
 #include "client/Names.h"
 
@@ -133,9 +134,9 @@ Value Parameter::parse(std::string_view text) const {
     if (kind == FG_KIND_UINT32_FIELD) return parseField(*this, text);
     if (kind == FG_KIND_ENUMERATION) {
         for (const auto& entry : entries)
-            if (sameName(entry.constantName, text)) return entry.value;
+            if (equalIgnoringCase(entry.constantName, text)) return entry.value;
         for (const auto& entry : entries)
-            if (sameName(entry.displayName, text)) return entry.value;
+            if (equalIgnoringCase(entry.displayName, text)) return entry.value;
     }
     if (const auto value = parseNumber(emptyValue(), text)) return *value;
 

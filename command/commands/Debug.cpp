@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "client/Names.h"
+#include "base/IgnoreCase.h"
 #include "command/ChangeReport.h"
 #include "command/commands/Commands.h"
 
@@ -69,7 +69,7 @@ const Point& pointNamed(const std::vector<Point>& points, const std::string& wan
     std::string known;
     for (const auto& point : points) {
         const std::string number = std::to_string(point.number);
-        if (wanted == number || sameName(wanted, point.name)) return point;
+        if (wanted == number || equalIgnoringCase(wanted, point.name)) return point;
         known += (known.empty() ? "" : ", ") + number + " " + point.name;
     }
     throw Failure("the design has no debug point " + wanted +
