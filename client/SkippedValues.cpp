@@ -176,6 +176,7 @@ std::vector<std::string> tablesLostInSave(const Applet& state) {
     if (entered.empty()) return {};
     const auto twin = state.twin();
     std::vector<std::pair<std::string, Value>> tables;
+    tables.reserve(entered.size());
     for (const auto& name : entered) tables.emplace_back(name, twin->get(name));
     const TemporaryConfig file;
     try {
@@ -186,6 +187,7 @@ std::vector<std::string> tablesLostInSave(const Applet& state) {
     }
     std::erase_if(tables, [&](const auto& table) { return twin->get(table.first) == table.second; });
     std::vector<std::string> names;
+    names.reserve(tables.size());
     for (auto& table : tables) names.push_back(std::move(table.first));
     return names;
 }
