@@ -32,6 +32,9 @@ int main() {
     virtualboard::removeBoard(board);
 }
 END
+for header in moved/include/marovine/*.h; do
+    c++ -std=c++20 -fsyntax-only -Imoved/include -include "marovine/${header##*/}" -x c++ /dev/null
+done
 options=(-Imoved/include -Lmoved/lib64 -Wl,-rpath,"$work/moved/lib64")
 for host in host grab; do
     cc -std=c90 -pedantic -Werror "${options[@]}" "$examples/$host.c" -lvirtualboard -ldl -o $host
