@@ -4,15 +4,18 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
 
 #include "client/ConfigCheck.h"
 #include "client/Failure.h"
+#include "client/VirtualBoard.h"
 #include "tests/TemporaryFile.h"
 
 using namespace marovine::host;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const Applet applet(Library::load(), {.writeDefaults = true, .rememberSteps = true});
+    static const Applet applet(Library::load(), std::make_unique<VirtualBoard>(),
+                               {.writeDefaults = true, .rememberSteps = true});
     static const TemporaryFile file(".mcf");
     file.write({reinterpret_cast<const char*>(data), size});
 

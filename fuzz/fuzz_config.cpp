@@ -6,7 +6,7 @@
 #include <string>
 
 #include "files/Fg_ConfigFileParser.h"
-#include "tests/PlainLookup.h"
+#include "fuzz/PlainLookup.h"
 #include "tests/TemporaryFile.h"
 
 // Looks keys up in a file of any content and compares each answer with a plain scan of the file.
