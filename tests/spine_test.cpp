@@ -195,6 +195,8 @@ TEST_F(AppletTest, FindsNothingUnderUnknownNamesAndIndices) {
     }
     EXPECT_EQ(error::invalidArgument, Fg_getParameterIdByName(applet.record(), nullptr));
     for (const int index : {-1, kListed, 1 << 30}) {
+        EXPECT_STREQ("FG_TIMEOUT", Fg_getParameterName(applet.record(), 0));
+        EXPECT_EQ(0, applet.lastError());
         EXPECT_EQ(nullptr, Fg_getParameterName(applet.record(), index));
         EXPECT_EQ(error::invalidArgument, applet.lastError());
         EXPECT_EQ(error::invalidArgument, Fg_getParameterId(applet.record(), index));
