@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -226,17 +227,24 @@ TEST_F(ConfigurationTest, RunsInsideACallOfItsThreadAndWaitsForOneOfAnother) {
     ASSERT_EQ(0, save());
     const auto before = lines();
     int saved = 1, loaded = 1;
-    std::thread other;
+    std::thread saving, loading;
+    std::atomic<bool> loadedElsewhere = false;
     applet.board().watchWrites([&](const auto&) {
         applet.board().watchWrites({});
         saved = save("inside.mcf");
         loaded = load("inside.mcf");
-        other = std::thread([&] { EXPECT_EQ(0, save()); });
+        saving = std::thread([&] { EXPECT_EQ(0, save()); });
+        loading = std::thread([&] {
+            EXPECT_EQ(0, load("inside.mcf"));
+            loadedElsewhere = true;
+        });
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
         EXPECT_EQ(before, lines()) << "written to before the call had ended";
+        EXPECT_FALSE(loadedElsewhere) << "loaded before the call had ended";
     });
     EXPECT_EQ(0, applet.set("FG_WIDTH", 512u));
-    other.join();
+    saving.join();
+    loading.join();
     EXPECT_EQ(0, saved);
     EXPECT_EQ(0, loaded);
     EXPECT_THAT(lines("inside.mcf"), testing::Contains("FG_WIDTH=512;"));

@@ -72,7 +72,7 @@ TEST(Info, GivesTextsByAddress) {
 TEST(Info, GivesIconAndDesignWithTheirSizes) {
     for (const auto& [selector, size, start] :
          {std::tuple(1041, std::size_t{2551}, "\x89PNG"), std::tuple(1042, std::size_t{4781671}, "")}) {
-        std::size_t given = 0;
+        std::size_t given = ~std::size_t{0};  // all of it is written
         void* data = nullptr;
         EXPECT_EQ(0, Info(selector, 0, 0, &given, &data));
         EXPECT_EQ(size, given);
