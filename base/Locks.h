@@ -138,7 +138,8 @@ class IS_LOCK CriticalSection final : public patterns::GenericLock {
         return pthread_mutex_trylock(mutex_) == 0;
     }
     void release() override GIVES_BACK() NOT_CHECKED { pthread_mutex_unlock(mutex_); }
-    /// For functions that are called only while the lock is held, and only through pointers.
+    /// Said in a body that runs only while the lock is held, where the checker cannot see it: in a lambda, or
+    /// behind a virtual call.
     void saidToBeHeld() const SAYS_IT_IS_HELD {}
 
  private:
