@@ -8,6 +8,7 @@
 #include "base/DynamicLoading.h"
 #include "base/IgnoreCase.h"
 #include "base/Locks.h"
+#include "marovine/EnvironmentVariables.h"
 
 char TavrLibStatic::gmTavrDir[1024] = "";
 int TavrLibStatic::gmInitLock = 0;
@@ -95,7 +96,7 @@ std::optional<std::string> TavrDir::directoryAbove(std::string_view libraryFile)
 }
 
 std::optional<std::string> TavrDir::directoryFromEnvironment() {
-    for (const char* variable : {"TAVRDIR5_64", "TAVRDIR5"}) {
+    for (const char* variable : marovine::environment::kInstallation) {
         if (const char* value = std::getenv(variable)) {
             const std::string_view directory = std::string_view(value).substr(0, kLongestPath);
             const std::string_view stripped = withoutTrailingSlashes(directory);

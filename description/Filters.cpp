@@ -1,6 +1,10 @@
 #include "description/Filters.h"
 
+#include <algorithm>
+
 std::string xmlStringFilter(std::string_view text) {
+    const auto isPlain = [](char c) { return c != '"' && c != '&' && c != '\'' && c != '<' && c != '>'; };
+    if (std::ranges::all_of(text, isPlain)) return std::string(text);
     std::string filtered;
     filtered.reserve(text.size());
     for (const char c : text) {

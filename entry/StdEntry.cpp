@@ -7,6 +7,7 @@
 #include "base/TrueWord.h"
 #include "entry/Boundary.h"
 #include "entry/DesignImage.h"
+#include "marovine/EnvironmentVariables.h"
 #include "marovine/marovine.h"
 #include "parameters/FgGxWrapperImpl.h"
 
@@ -22,7 +23,7 @@ using LoadedDesign = std::unique_ptr<fpga_design, UnloadDesign>;
 
 LoadedDesign loadDesign() {
     // The external file is for trying another design without building the library anew.
-    if (std::getenv("__TAVR_FORCE_EXTERNAL_HAP") != nullptr)
+    if (std::getenv(marovine::environment::kExternalDesign) != nullptr)
         return LoadedDesign(HapLoadHapFileWithType(marovine::kHapFile, kDesignType, 1));
     return LoadedDesign(HapLoadDesignFromBuffer(rawHapData, rawHapSize, 1));
 }
@@ -30,7 +31,8 @@ LoadedDesign loadDesign() {
 /// Opens an instance in `instance`; the code.
 int open(std::unique_ptr<FgGxWrapperImpl>& instance, GXdevice* device, int flags) {
     instance = std::make_unique<FgGxWrapperImpl>();
-    instance->directRegisterAccess = marovine::isSwitchedOnByEnvironment("TAVR_ENABLE_DRA");
+    instance->directRegisterAccess =
+        marovine::isSwitchedOnByEnvironment(marovine::environment::kDirectRegisters);
     if (const int code = instance->initializeDllFunctions("libfglib5.so")) return code;
 
     LoadedDesign design = loadDesign();

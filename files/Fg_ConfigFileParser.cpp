@@ -19,8 +19,9 @@ int refuse(char* destination) {
     return marovine::error::keyMissing;
 }
 
-/// Reads on to the line that holds the key.
-std::optional<std::string_view> findLine(LineReader& reader, std::string_view section, std::string_view key) {
+/// Reads on to the line that holds the key, for its value.
+std::optional<std::string_view> findValue(LineReader& reader, std::string_view section,
+                                          std::string_view key) {
     const auto nextLine = [&reader](auto matches) {
         auto line = reader.next();
         while (line && !matches(*line)) line = reader.next();
@@ -29,9 +30,10 @@ std::optional<std::string_view> findLine(LineReader& reader, std::string_view se
     reader.rewind();
     if (!nextLine([&](std::string_view line) { return line.find(section) != line.npos; }))
         return std::nullopt;
-    return nextLine([&](std::string_view line) {
-        return line.starts_with(key) && line.substr(key.size()).starts_with('=');
+    const auto line = nextLine([&](std::string_view candidate) {
+        return candidate.starts_with(key) && candidate.substr(key.size()).starts_with('=');
     });
+    return line ? std::optional(marovine::valueIn(*line)) : std::nullopt;
 }
 
 }  // namespace
@@ -122,10 +124,10 @@ int Fg_ConfigFileParser::parseKey(const char* section, const char* key, char* de
     logEntry(__func__);
     if (section == nullptr || key == nullptr || !file_) return refuse(destination);
     LineReader reader(file_.get());
-    const auto line = expected_ && expected_->covers(section, key) ? expected_->lineOf(key, file_.get())
-                                                                   : findLine(reader, section, key);
-    if (!line) return refuse(destination);
-    marovine::copyText(marovine::valueIn(*line), destination);
+    const auto value = expected_ && expected_->covers(section, key) ? expected_->valueOf(key, file_.get())
+                                                                    : findValue(reader, section, key);
+    if (!value) return refuse(destination);
+    marovine::copyText(*value, destination);
     return 0;
 }
 
@@ -205,7 +207,8 @@ int Fg_ConfigFileParser::write(std::initializer_list<const char*> texts) {
     if (!file_ || std::find(texts.begin(), texts.end(), nullptr) != texts.end()) return -1;
     if (expected_) expected_->forget();
     for (const char* text : texts) std::fputs(text, file_.get());
-    return std::fflush(file_.get()) == 0 && std::ferror(file_.get()) == 0 ? 0 : -1;
+    if (flushesEachLine_ && std::fflush(file_.get()) != 0) return -1;
+    return std::ferror(file_.get()) == 0 ? 0 : -1;
 }
 
 void Fg_ConfigFileParser::logError(const char* message) const {

@@ -43,6 +43,10 @@ class Fg_ConfigFileParser {
     /// Whether the file can be opened for reading.
     bool checkFileExist(const char* path) const;
 
+    /// From now on writers leave it to the end of the parser to flush: for a file that is written as a whole
+    /// before anybody may read it.
+    void flushAtEnd() { flushesEachLine_ = false; }
+
     // ---- Writers. Each flushes, and returns 0, or -1 when its text could not be written. ----
 
     int writeConfigFileHeader();
@@ -111,6 +115,7 @@ class Fg_ConfigFileParser {
     void logInfo(const char* message) const;
     void logEntry(const char* member) const;
 
+    bool flushesEachLine_ = true;
     marovine::File file_;
     Fg_Log* log_;
     std::optional<marovine::SectionKeys> expected_;

@@ -1,6 +1,7 @@
 #include "files/SectionKeys.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 #include "files/ConfigLine.h"
@@ -12,28 +13,52 @@ SectionKeys::SectionKeys(std::string section, const std::vector<std::string_view
     : section_(std::move(section)) {
     entries_.reserve(keys.size());
     for (const auto key : keys)
-        if (key.find('=') == key.npos) entries_.push_back({.key = key, .line = {}});
-    std::ranges::sort(entries_, {}, &Entry::key);
+        if (key.find('=') == key.npos) entries_.push_back({.key = key});
+    sorted_.resize(entries_.size());
+    std::iota(sorted_.begin(), sorted_.end(), 0U);
+    const auto keyAt = [this](std::uint32_t i) { return entries_[i].key; };
+    std::ranges::sort(sorted_, {}, keyAt);
+    // A key that is given twice has one entry: either would do for a lookup, but only one gets the line.
+    const auto end = std::unique(sorted_.begin(), sorted_.end(),
+                                 [&](std::uint32_t a, std::uint32_t b) { return keyAt(a) == keyAt(b); });
+    if (end == sorted_.end()) return;
+    sorted_.erase(end, sorted_.end());
+    std::vector<Entry> once;
+    for (const auto position : sorted_) once.push_back(entries_[position]);
+    entries_ = std::move(once);
+    std::iota(sorted_.begin(), sorted_.end(), 0U);
 }
 
-const SectionKeys::Entry* SectionKeys::find(std::string_view key) const {
-    const auto found = std::ranges::lower_bound(entries_, key, {}, &Entry::key);
-    return found != entries_.end() && found->key == key ? &*found : nullptr;
+SectionKeys::Entry* SectionKeys::find(std::string_view key) {
+    // Asked twice for one key, or for the next.
+    for (const std::size_t position : {next_, next_ - 1}) {
+        if (position >= entries_.size() || entries_[position].key != key) continue;
+        next_ = position + 1;
+        return &entries_[position];
+    }
+    const auto found =
+        std::ranges::lower_bound(sorted_, key, {}, [this](std::uint32_t i) { return entries_[i].key; });
+    if (found == sorted_.end() || entries_[*found].key != key) return nullptr;
+    next_ = *found + 1;
+    return &entries_[*found];
 }
 
-bool SectionKeys::covers(std::string_view section, std::string_view key) const {
+bool SectionKeys::covers(std::string_view section, std::string_view key) {
     return section == section_ && find(key) != nullptr;
 }
 
-std::optional<std::string_view> SectionKeys::lineOf(std::string_view key, std::FILE* file) {
+std::optional<std::string_view> SectionKeys::valueOf(std::string_view key, std::FILE* file) {
     if (!read_) read(file);
     const Entry* entry = find(key);
-    return entry != nullptr && entry->line ? std::optional<std::string_view>(*entry->line) : std::nullopt;
+    return entry != nullptr && entry->found
+               ? std::optional(std::string_view(text_).substr(entry->start, entry->length))
+               : std::nullopt;
 }
 
 void SectionKeys::forget() {
     read_ = false;
-    for (auto& entry : entries_) entry.line.reset();
+    text_.clear();
+    for (auto& entry : entries_) entry.found = false;
 }
 
 void SectionKeys::read(std::FILE* file) {
@@ -50,9 +75,13 @@ void SectionKeys::read(std::FILE* file) {
             continue;
         }
         const auto key = keyIn(*line);
-        auto* entry = key ? const_cast<Entry*>(find(*key)) : nullptr;
-        if (entry == nullptr || entry->line) continue;
-        entry->line = *line;
+        Entry* entry = key ? find(*key) : nullptr;
+        if (entry == nullptr || entry->found) continue;
+        const auto value = valueIn(*line);
+        entry->start = text_.size();
+        entry->length = value.size();
+        entry->found = true;
+        text_ += value;
         --missing;
     }
     read_ = true;

@@ -92,7 +92,7 @@ struct Apply {
 
 }  // namespace
 
-void FgGxWrapperImpl::writeStoredValue(Fg_ConfigFileParser& parser, const SdkParameter& row) {
+void FgGxWrapperImpl::writeStoredValue(Fg_ConfigFileParser& parser, const SdkParameter& row, char* textRoom) {
     switch (row.type) {
         case ValueType::Double: {
             double value = 0.0;
@@ -107,11 +107,9 @@ void FgGxWrapperImpl::writeStoredValue(Fg_ConfigFileParser& parser, const SdkPar
             break;
         }
         case ValueType::Text: {
-            // The instance's own buffer may hold the text of the call that this save runs in.
-            const auto text = std::make_unique_for_overwrite<char[]>(marovine::kTextRoom + 1);
-            text[0] = '\0';
-            getParameterWithType(row.id, text.get(), 0, FG_TYPE_TEXT);
-            parser.writeConfigFile(row.name, text.get());
+            textRoom[0] = '\0';
+            getParameterWithType(row.id, textRoom, 0, FG_TYPE_TEXT);
+            parser.writeConfigFile(row.name, textRoom);
             break;
         }
         default: {
@@ -135,11 +133,13 @@ int FgGxWrapperImpl::Fg_loadConfig(Fg_Struct* inner, const char* fileName) {
 
 bool FgGxWrapperImpl::saveConfig(Fg_ConfigFileParser& parser) {
     lock_.saidToBeHeld();  // by Fg_saveConfig, which comes here through the base
+    // The instance's own buffer may hold the text of the call that this save runs in.
+    const auto textRoom = std::make_unique_for_overwrite<char[]>(marovine::kTextRoom + 1);
     parser.writeConfigFileByPort(kPort);
     for (const auto& row : marovine::sdkParameters) {
         if (row.fileUse == FileUse::NotStored) continue;
         try {
-            writeStoredValue(parser, row);
+            writeStoredValue(parser, row, textRoom.get());
         } catch (int) {
             // What cannot be read now is left out; the rest of the file is still worth having.
         }

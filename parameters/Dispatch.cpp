@@ -8,6 +8,7 @@
 #include "parameters/FgGxWrapperImpl.h"
 #include "parameters/ParameterHandlers.h"
 #include "parameters/ParameterNames.h"
+#include "tables/SdkParameterSearch.h"
 
 namespace error = marovine::error;
 using marovine::kDesignIdBase;
@@ -43,23 +44,45 @@ T load(const void* place) {
     return value;
 }
 
-/// The code that an operation throws, 0 when it returns.
+/// The code that an operation returns or throws.
 template <class Operation>
 int codeOf(Operation&& operation) {
     try {
-        operation();
-        return error::success;
+        return operation();
     } catch (int code) {
         return code;
     }
 }
 
+/// Throws the code of a failure.
+void require(int code) {
+    if (code != error::success) throw code;
+}
+
 const marovine::ParameterHandlers* findHandlers(int id) {
-    const auto* row = marovine::findSdkParameter(id);
-    return row != nullptr ? &marovine::parameterHandlers[marovine::indexOf(*row)] : nullptr;
+    const auto position = marovine::positionOf(id);
+    return position ? &marovine::parameterHandlers[*position] : nullptr;
+}
+
+/// Copies a number of 4 or 8 bytes without asking which: its first and its last four bytes.
+void copyNumber(void* to, const void* from, std::size_t size) {
+    std::memcpy(to, from, 4);
+    std::memcpy(static_cast<std::byte*>(to) + size - 4, static_cast<const std::byte*>(from) + size - 4, 4);
+}
+
+bool isDmaChannel(int dmaIndex) {
+    return dmaIndex == 0;
 }
 
 }  // namespace
+
+inline bool FgGxWrapperImpl::giveCachedNumber(int id, void* destination) const {
+    const auto position = marovine::positionOf(id);
+    if (!position) return false;
+    const auto [offset, size] = marovine::cachedNumbers[*position];
+    if (size != 0) copyNumber(destination, reinterpret_cast<const std::byte*>(&cache_) + offset, size);
+    return size != 0;
+}
 
 // ---- locked entries ----
 
@@ -72,27 +95,29 @@ int FgGxWrapperImpl::Fg_setParameterWithType(int id, const void* value, int dmaI
         return setError(writeRegister(id - kRegisterIdBase, value));
     return setError(codeOf([&] {
         lock_.saidToBeHeld();  // the checker sees no further than this body
-        setParameterWithType(id, value, dmaIndex, type);
+        return trySet(id, value, dmaIndex, type);
     }));
 }
 
 int FgGxWrapperImpl::Fg_getParameterWithType(int id, void* value, int dmaIndex, FgParamTypes type) {
     if (value == nullptr) return setError(error::invalidArgument);
     const tavr::templates::platform::CriticalSectionGuard guard(&lock_);
+    // The shortest way for what is asked most.
+    if (isDmaChannel(dmaIndex) && giveCachedNumber(id, value)) return setError(error::success);
     if (id > kDesignIdBase)
         return setError(getUnwrappedParameterWithType(id - kDesignIdBase, value, dmaIndex, type));
     if (directRegisterAccess && id > kRegisterIdBase)
         return setError(readRegister(id - kRegisterIdBase, value));
     return setError(codeOf([&] {
         lock_.saidToBeHeld();  // the checker sees no further than this body
-        getParameterWithType(id, value, dmaIndex, type);
+        return tryGet(id, value, dmaIndex, type);
     }));
 }
 
 int FgGxWrapperImpl::Fg_freeParameterString(int id, void* value, int dmaIndex, FgParamTypes type) {
     if (id > kDesignIdBase)
         return setError(freeUnwrappedParameterString(id - kDesignIdBase, value, dmaIndex, type));
-    if (const int code = codeOf([&] { mapDmaToProcess(dmaIndex); })) return setError(code);
+    if (!isDmaChannel(dmaIndex)) return setError(error::invalidArgument);
     const auto* handlers = findHandlers(id);
     if (handlers != nullptr &&
         (std::holds_alternative<marovine::Forwarded>(handlers->get) || id == kNumberOfProcessesId))
@@ -102,7 +127,7 @@ int FgGxWrapperImpl::Fg_freeParameterString(int id, void* value, int dmaIndex, F
 
 int FgGxWrapperImpl::mapDmaToProcess(int dmaIndex) const {
     // One process, served by one DMA channel.
-    if (dmaIndex != 0) throw error::invalidArgument;
+    if (!isDmaChannel(dmaIndex)) throw error::invalidArgument;
     return 0;
 }
 
@@ -127,59 +152,69 @@ int FgGxWrapperImpl::readRegister(int number, void* value) const {
 
 // ---- dispatch ----
 
-void FgGxWrapperImpl::requireProcess(int dmaIndex, int id, const char* verb) const {
-    const int process = mapDmaToProcess(dmaIndex);
-    if (process == 0) return;
-    marovine::logLine(*getDefaultLogger(), marovine::kLogLookup, "trying to ", verb, " SDK parameter '", id,
-                      "' on unknown process ", process, "!");
-    throw error::invalidArgument;
-}
-
 void FgGxWrapperImpl::setParameterWithType(int id, const void* value, int dmaIndex, FgParamTypes type) {
-    requireProcess(dmaIndex, id, "set");
-    const auto* handlers = findHandlers(id);
-    if (handlers == nullptr && id != kDescriptionId) {
-        marovine::logLine(*getDefaultLogger(), marovine::kLogLookup, "trying to set unknown SDK parameter '",
-                          id, "' on process 0!");
-        throw error::invalidArgument;
-    }
-    const auto refuse = [&](const char* name) {
-        marovine::logLine(*getDefaultLogger(), marovine::kLogLookup,
-                          "trying to set read-only SDK parameter '", name, "' on process 0!");
-        throw error::notAllowed;
-    };
-    if (handlers == nullptr) return refuse("FG_PARAM_DESCR");
-    std::visit(
-        Overloaded{
-            [&](marovine::ReadOnly) { refuse(handlers->name); },
-            [&](marovine::Setter<const char*> set) { (this->*set)(static_cast<const char*>(value), true); },
-            [&]<class T>(marovine::Setter<T> set) { (this->*set)(load<T>(value), true); },
-            [&](const marovine::FieldSetters& set) {
-                if (type == FG_TYPE_FIELD_ACCESS)
-                    (this->*set.block)(static_cast<const FieldParameterAccess*>(value), true);
-                else
-                    (this->*set.element)(static_cast<const FieldParameterInt_s*>(value), true);
-            },
-        },
-        handlers->set);
+    require(trySet(id, value, dmaIndex, type));
 }
 
 void FgGxWrapperImpl::getParameterWithType(int id, void* value, int dmaIndex, FgParamTypes type) {
-    // How many processes there are can be asked on any DMA channel.
-    if (id == kNumberOfProcessesId && value != nullptr) return store<std::int32_t>(value, 1);
-    requireProcess(dmaIndex, id, "get");
-    const auto* handlers = findHandlers(id);
-    if (handlers == nullptr && id != kDescriptionId) {
-        marovine::logLine(*getDefaultLogger(), marovine::kLogLookup, "trying to get unknown SDK parameter '",
-                          id, "' on process 0!");
-        throw error::invalidArgument;
-    }
-    requireDestination(value);
-    if (handlers == nullptr) return giveDescription(value, type);
+    require(tryGet(id, value, dmaIndex, type));
+}
 
+int FgGxWrapperImpl::unknownParameter(const char* verb, int id) const {
+    marovine::logLine(*getDefaultLogger(), marovine::kLogLookup, "trying to ", verb,
+                      " unknown SDK parameter '", id, "' on process 0!");
+    return error::invalidArgument;
+}
+
+int FgGxWrapperImpl::trySet(int id, const void* value, int dmaIndex, FgParamTypes type) {
+    if (!isDmaChannel(dmaIndex)) return error::invalidArgument;
+    const auto* handlers = findHandlers(id);
+    if (handlers == nullptr && id != kDescriptionId) return unknownParameter("set", id);
+    const auto refuse = [&](const char* name) {
+        marovine::logLine(*getDefaultLogger(), marovine::kLogLookup,
+                          "trying to set read-only SDK parameter '", name, "' on process 0!");
+        return error::notAllowed;
+    };
+    if (handlers == nullptr) return refuse("FG_PARAM_DESCR");
+    int code = error::success;
+    const auto onError = marovine::OnError::storedIn(code);
+    std::visit(Overloaded{
+                   [&](marovine::ReadOnly) { code = refuse(handlers->name); },
+                   [&](marovine::Setter<const char*> set) {
+                       (this->*set)(static_cast<const char*>(value), onError);
+                   },
+                   [&]<class T>(marovine::Setter<T> set) { (this->*set)(load<T>(value), onError); },
+                   [&](const marovine::FieldSetters& set) {
+                       if (type == FG_TYPE_FIELD_ACCESS)
+                           (this->*set.block)(static_cast<const FieldParameterAccess*>(value), onError);
+                       else
+                           (this->*set.element)(static_cast<const FieldParameterInt_s*>(value), onError);
+                   },
+               },
+               handlers->set);
+    return code;
+}
+
+int FgGxWrapperImpl::tryGet(int id, void* value, int dmaIndex, FgParamTypes type) {
+    // How many processes there are can be asked on any DMA channel.
+    if (id == kNumberOfProcessesId && value != nullptr) {
+        store<std::int32_t>(value, 1);
+        return error::success;
+    }
+    if (!isDmaChannel(dmaIndex)) return error::invalidArgument;
+    const auto position = marovine::positionOf(id);
+    if (!position && id != kDescriptionId) return unknownParameter("get", id);
+    if (value == nullptr) return error::invalidArgument;
+    if (!position) {
+        giveDescription(value, type);
+        return error::success;
+    }
+    if (giveCachedNumber(id, value)) return error::success;
+
+    const auto& handlers = marovine::parameterHandlers[*position];
     const auto fromCache = [&] {
         std::visit(Overloaded{
-                       [](std::monostate) {},
+                       [](const auto&) {},  // numbers are served above
                        [&](marovine::CacheField<std::string> text) {
                            giveText(value, type,
                                     [&](char* destination) { copyText(text(cache_), destination); });
@@ -187,25 +222,25 @@ void FgGxWrapperImpl::getParameterWithType(int id, void* value, int dmaIndex, Fg
                        [&](marovine::CacheField<marovine::LookupTable> table) {
                            readLookupTable(table(cache_), value, type);
                        },
-                       [&]<class T>(marovine::CacheField<T> field) { store(value, field(cache_)); },
                    },
-                   handlers->slot);
+                   handlers.slot);
     };
-    const auto fromInnerHandle = [&](int innerDmaIndex, FgParamTypes innerType) {
-        if (const int code = getUnwrappedParameterWithType(id, value, innerDmaIndex, innerType)) throw code;
-    };
-    std::visit(Overloaded{
-                   [&](marovine::FromCache) { fromCache(); },
-                   [&](marovine::FromApplied applied) { store(value, applied.field(cache_)); },
-                   [&](marovine::Constant constant) { store(value, constant.value); },
-                   [&](marovine::Forwarded) { fromInnerHandle(dmaIndex, type); },
-                   [&](marovine::InnerHandle) { fromInnerHandle(0, FG_TYPE_UINT32); },
-                   [&](marovine::Getter<char> get) {
-                       giveText(value, type, [&](char* destination) { (this->*get)(destination); });
-                   },
-                   [&]<class T>(marovine::Getter<T> get) { (this->*get)(static_cast<T*>(value)); },
-               },
-               handlers->get);
+    int code = error::success;
+    std::visit(
+        Overloaded{
+            [&](marovine::FromCache) { fromCache(); },
+            [&](marovine::Constant constant) { store(value, constant.value); },
+            [&](marovine::Forwarded) { code = getUnwrappedParameterWithType(id, value, dmaIndex, type); },
+            [&](marovine::InnerHandle) {
+                code = getUnwrappedParameterWithType(id, value, 0, FG_TYPE_UINT32);
+            },
+            [&](marovine::Getter<char> get) {
+                giveText(value, type, [&](char* destination) { (this->*get)(destination); });
+            },
+            [&]<class T>(marovine::Getter<T> get) { (this->*get)(static_cast<T*>(value)); },
+        },
+        handlers.get);
+    return code;
 }
 
 // ---- texts ----

@@ -2,28 +2,31 @@
 
 /// The acquisition applet of one board: its parameters, their rules, and its description.
 ///
-/// An SDK parameter is set by the member `set_sdk_param_<NAME>_P0(value, throwOnError)`: it checks the value,
+/// An SDK parameter is set by the member `set_sdk_param_<NAME>_P0(value, onError)`: it checks the value,
 /// keeps it in the parameter cache, writes what follows from it to the design, and narrows the ranges that
-/// depend on it. A refused value or a failed write leaves the cache as it was and is thrown as an `int` code
-/// when `throwOnError` is set. What a read computes is a member `get_sdk_param_<NAME>_P0(destination)`; a
-/// null destination throws -2070. Which of them a parameter has follows from its row (tables/topics/); those
-/// of rows that leave nothing to decide are defined with the handlers. All of these rely on their caller to
-/// serialise calls on one instance.
+/// depend on it. A refused value or a failed write leaves the cache as it was; `onError` says whether its
+/// code is thrown as an `int` (true), kept quiet (false) or stored. What a read computes is a member
+/// `get_sdk_param_<NAME>_P0(destination)`; a null destination throws -2070. Which of them a parameter has
+/// follows from its row (tables/topics/); those of rows that leave nothing to decide are defined with the
+/// handlers. All of these rely on their caller to serialise calls on one instance.
 
 #include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/ErrorCodes.h"
 #include "base/Locks.h"
 #include "base/PropertiesFile.h"
 #include "parameters/DesignAccess.h"
+#include "parameters/DesignName.h"
 #include "parameters/EventMaps.h"
 #include "parameters/HandedOutTexts.h"
 #include "parameters/ParameterCache.h"
 #include "parameters/ParameterNames.h"
+#include "parameters/ProcessedTables.h"
 #include "parameters/Setting.h"
 #include "runtime/FgGxWrapper.h"
 #include "tables/DesignParameters.h"
@@ -99,14 +102,15 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     // ---- setters and getters of the parameters (parameters/topics/), declared by their rows ----
 
 #define DECLARE_ReadOnly(NAME, TYPE)
-#define DECLARE_Setter(NAME, TYPE) \
-    void set_sdk_param_##NAME##_P0(marovine::Argument<marovine::ValueType::TYPE> value, bool throwOnError);
+#define DECLARE_Setter(NAME, TYPE)                                                      \
+    void set_sdk_param_##NAME##_P0(marovine::Argument<marovine::ValueType::TYPE> value, \
+                                   marovine::OnError onError);
 #define DECLARE_Unchanged DECLARE_Setter
 #define DECLARE_Source DECLARE_Setter
 #define DECLARE_Polarity DECLARE_Setter
-#define DECLARE_Elements(NAME, TYPE)                                                       \
-    void set_sdk_param_##NAME##_P0(const FieldParameterInt_s* element, bool throwOnError); \
-    void set_sdk_param_##NAME##_P0(const FieldParameterAccess* block, bool throwOnError);
+#define DECLARE_Elements(NAME, TYPE)                                                               \
+    void set_sdk_param_##NAME##_P0(const FieldParameterInt_s* element, marovine::OnError onError); \
+    void set_sdk_param_##NAME##_P0(const FieldParameterAccess* block, marovine::OnError onError);
 #define DECLARE_Getter(NAME, TYPE) \
     void get_sdk_param_##NAME##_P0(marovine::Result<marovine::ValueType::TYPE>* destination);
 #define DECLARE_Cache(NAME, TYPE)
@@ -151,7 +155,7 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     }
     /// The whole setter of a parameter whose value the design takes unchanged.
     template <marovine::SdkIndex parameter, class T>
-    void setUnchanged(T& cached, T value, bool throwOnError);
+    void setUnchanged(T& cached, T value, marovine::OnError onError);
     /// Copies a text, cut to `kTextRoom` characters, into a buffer of that room; -2070 for a null one.
     static void copyText(const std::string& text, char* destination);
     /// Changes the access flags of a parameter's registry node.
@@ -234,8 +238,10 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     void loadCustomTables();
     template <class Fill>
     void replaceTables(Fill&& fill);
-    void setLutElement(marovine::LutChannel channel, const FieldParameterInt_s* element, bool throwOnError);
-    void setLutBlock(marovine::LutChannel channel, const FieldParameterAccess* block, bool throwOnError);
+    void setLutElement(marovine::LutChannel channel, const FieldParameterInt_s* element,
+                       marovine::OnError onError);
+    void setLutBlock(marovine::LutChannel channel, const FieldParameterAccess* block,
+                     marovine::OnError onError);
     // parameters/topics/DebugInjection.cpp
     /// The selected debug point; -2031 when there is none of its number.
     const marovine::DebugEntry& debugEntry() const;
@@ -243,11 +249,11 @@ class FgGxWrapperImpl final : public FgGxWrapper {
         return debugEntry().kind == marovine::DebugEntry::Kind::InjectMonitor;
     }
     /// Full name of a parameter of the selected debug point.
-    std::string debugName(const char* ending) const;
+    marovine::DesignName debugName(const char* ending) const;
     /// Typed access by full name, looked up at each call; any failure is -2031.
-    int requireId(const std::string& name) const;
-    void readByName(const std::string& name, void* value, FgParamTypes type) const;
-    void writeByName(const std::string& name, const void* value, FgParamTypes type) const;
+    int requireId(const marovine::DesignName& name) const;
+    void readByName(const marovine::DesignName& name, void* value, FgParamTypes type) const;
+    void writeByName(const marovine::DesignName& name, const void* value, FgParamTypes type) const;
     std::uint32_t readDebug(const char* ending) const;
     void writeDebug(const char* ending, std::uint32_t value) const;
     /// A position or pixel value that only a monitor has; 0 at other debug points.
@@ -268,10 +274,11 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     /// Multiplexer and inverter of a route, in this order.
     void writeRoute(marovine::Route route, std::int32_t source, std::int32_t polarity) const;
     /// Sets one of a route's two values, computing the design's from it and from the other in force.
-    void setRouteSource(marovine::Route route, std::int32_t source, bool throwOnError);
-    void setRoutePolarity(marovine::Route route, std::int32_t polarity, bool throwOnError);
+    void setRouteSource(marovine::Route route, std::int32_t source, marovine::OnError onError);
+    void setRoutePolarity(marovine::Route route, std::int32_t polarity, marovine::OnError onError);
     /// Source and polarity of a control line as one legacy selection.
-    void setLegacyCc(marovine::Route line, std::int32_t& cached, std::int32_t value, bool throwOnError);
+    void setLegacyCc(marovine::Route line, std::int32_t& cached, std::int32_t value,
+                     marovine::OnError onError);
     void getLegacyCc(marovine::Route line, std::int32_t* destination) const;
 
     // InternalMaps.cpp
@@ -285,15 +292,21 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     void addDesignGroup();
     // Initialisation.cpp
     /// A text of the design's list of debug points, cut to its room; -2031 when it cannot be read.
-    std::string readDebugText(const std::string& name, std::size_t room) const;
+    std::string readDebugText(std::string_view name, std::size_t room) const;
     int readDebugEntryCount() const;
     void readDebugEntries();
     // parameters/Configuration.cpp
-    void writeStoredValue(Fg_ConfigFileParser& parser, const marovine::SdkParameter& row) NEEDS(lock_);
+    void writeStoredValue(Fg_ConfigFileParser& parser, const marovine::SdkParameter& row, char* textRoom)
+        NEEDS(lock_);
     // Dispatch.cpp
     int writeRegister(int number, const void* value) const NEEDS(lock_);
     int readRegister(int number, void* value) const NEEDS(lock_);
-    void requireProcess(int dmaIndex, int id, const char* verb) const;
+    /// The typed access; most failures are returned as their code, those from deep inside are thrown.
+    int trySet(int id, const void* value, int dmaIndex, FgParamTypes type) NEEDS(lock_);
+    int tryGet(int id, void* value, int dmaIndex, FgParamTypes type) NEEDS(lock_);
+    /// Writes the value of a parameter that the cache answers with a number; false for any other.
+    bool giveCachedNumber(int id, void* destination) const;
+    int unknownParameter(const char* verb, int id) const;
     template <class WriteText>
     void giveText(void* value, FgParamTypes type, WriteText&& writeText);
     void giveDescription(void* value, FgParamTypes type);
@@ -309,6 +322,7 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     marovine::DesignAccess design_;
     marovine::ParameterCache cache_;
     marovine::SimulatorState simulator_;
+    marovine::ProcessedTables processedTables_;
     std::int32_t effectiveBayerInit_ = 0;
     std::vector<marovine::DebugEntry> debugEntries_;
     marovine::ParameterNames names_;

@@ -24,11 +24,11 @@ marovine::DebugEntry::Kind debugKind(const std::string& text) {
 
 }  // namespace
 
-std::string FgGxWrapperImpl::readDebugText(const std::string& name, std::size_t room) const {
+std::string FgGxWrapperImpl::readDebugText(std::string_view name, std::size_t room) const {
     // The design may hold more than there is room for: read into a buffer that fits any text, then cut.
     char* buffer = textBuffer_.get();
     buffer[0] = '\0';
-    readByName("Device1_Process0_Debug_" + name, buffer, FG_TYPE_TEXT);
+    readByName({"Debug_", name}, buffer, FG_TYPE_TEXT);
     return std::string(buffer, std::find(buffer, buffer + room, '\0'));
 }
 

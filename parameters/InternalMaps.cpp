@@ -6,6 +6,7 @@
 
 #include "base/LogLine.h"
 #include "base/TrueWord.h"
+#include "marovine/EnvironmentVariables.h"
 #include "parameters/DesignTree.h"
 #include "parameters/FgGxWrapperImpl.h"
 #include "tables/EventTable.h"
@@ -22,7 +23,8 @@ constexpr int kEventSearchLimit = 65;
 }  // namespace
 
 void FgGxWrapperImpl::initInternalMaps() {
-    if (marovine::isSwitchedOnByEnvironment("TAVR_ENABLE_DGXA")) recordScalarDesignParameters();
+    if (marovine::isSwitchedOnByEnvironment(marovine::environment::kDirectDesign))
+        recordScalarDesignParameters();
     if (directRegisterAccess) addRegisterNames();
     addDesignNames();
     buildEventMaps();

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <limits>
 #include <type_traits>
 
 #include "tables/RouteTable.h"
@@ -32,6 +34,24 @@ template <SdkIndex parameter>
 inline constexpr auto designReader =
     &Impl::readDesign<designParameterOf(rowOf(parameter)), Result<rowOf(parameter).type>>;
 
+/// Where the number lies that a read of a field gives, if the cache answers with one.
+template <class T>
+constexpr CachedNumber numberIn(std::size_t field, ReadFrom read) {
+    const auto at = [](std::size_t place, std::size_t size) {
+        return CachedNumber{static_cast<std::uint16_t>(place), static_cast<std::uint16_t>(size)};
+    };
+    if constexpr (std::is_same_v<T, RoutedValue>) {
+        if (read == ReadFrom::Applied)
+            return at(field + offsetof(RoutedValue, applied), sizeof(std::int32_t));
+        if (read == ReadFrom::Cache)
+            return at(field + offsetof(RoutedValue, requested), sizeof(std::int32_t));
+    } else if constexpr (std::is_arithmetic_v<T>) {
+        static_assert(sizeof(T) == 4 || sizeof(T) == 8);
+        if (read == ReadFrom::Cache) return at(field, sizeof(T));
+    }
+    return {};
+}
+
 // clang-format off
 #define SET_ReadOnly(NAME) ReadOnly{}
 #define SET_Setter(NAME) &Impl::set_sdk_param_##NAME##_P0
@@ -40,7 +60,7 @@ inline constexpr auto designReader =
 #define SET_Polarity SET_Setter
 #define SET_Elements(NAME) FieldSetters{&Impl::set_sdk_param_##NAME##_P0, &Impl::set_sdk_param_##NAME##_P0}
 #define READ_Cache(NAME) FromCache{}
-#define READ_Applied(NAME) FromApplied{+[](ParameterCache& cache) -> std::int32_t& { return cache.NAME.applied; }}
+#define READ_Applied(NAME) FromCache{}
 #define READ_Getter(NAME) &Impl::get_sdk_param_##NAME##_P0
 #define READ_Design(NAME) designReader<SdkIndex::NAME>
 #define READ_Constant(NAME) Constant{rowOf(SdkIndex::NAME).constant}
@@ -57,11 +77,14 @@ constexpr auto rows = std::to_array<ParameterHandlers>({
 #include "tables/SdkParameters.def"
 });
 
-// ---- rows that would be misread ----
+static_assert(sizeof(ParameterCache) <= std::numeric_limits<std::uint16_t>::max());
+constexpr auto numbers = std::to_array<CachedNumber>({
+#define PARAMETER(NAME, ID, TYPE, SET, READ, ...) \
+    numberIn<Field<ValueType::TYPE, SetBy::SET>>(offsetof(ParameterCache, NAME), ReadFrom::READ),
+#include "tables/SdkParameters.def"
+});
 
-static_assert(std::ranges::adjacent_find(sdkParametersById, std::ranges::greater_equal{}, &SdkIdEntry::id) ==
-                  sdkParametersById.end(),
-              "ids are unique");
+// ---- rows that would be misread ----
 
 /// Whether a default or an initial value reaches its setter or its field as it stands: none, or one of the
 /// parameter's kind.
@@ -139,6 +162,7 @@ void start(RoutedValue& field, const DefaultValue& value) {
 }  // namespace
 
 const std::span<const ParameterHandlers, sdkParameterCount> parameterHandlers = rows;
+const std::array<CachedNumber, sdkParameterCount> cachedNumbers = numbers;
 
 ParameterCache::ParameterCache() {
 #define PARAMETER(NAME, ...) start(NAME, rowOf(SdkIndex::NAME).initialValue);
@@ -155,7 +179,7 @@ using marovine::SdkIndex;
 using marovine::ValueType;
 
 template <SdkIndex parameter, class T>
-void FgGxWrapperImpl::setUnchanged(T& cached, T value, bool throwOnError) {
+void FgGxWrapperImpl::setUnchanged(T& cached, T value, marovine::OnError onError) {
     constexpr const auto& row = rowOf(parameter);
     constexpr auto target = marovine::designParameterOf(row);
     const auto verdict = [&] {
@@ -167,7 +191,7 @@ void FgGxWrapperImpl::setUnchanged(T& cached, T value, bool throwOnError) {
             return inside(value, range);
         }
     }();
-    marovine::applySetting(cached, value, verdict, throwOnError, [&] {
+    marovine::applySetting(cached, value, verdict, onError, [&] {
         if constexpr (std::is_same_v<T, double>)
             design().write(target, value);
         else
@@ -178,17 +202,18 @@ void FgGxWrapperImpl::setUnchanged(T& cached, T value, bool throwOnError) {
 #define DEFINE_ReadOnly(NAME, TYPE)
 #define DEFINE_Setter(NAME, TYPE)
 #define DEFINE_Elements(NAME, TYPE)
-#define DEFINE_Unchanged(NAME, TYPE)                                                                      \
-    void FgGxWrapperImpl::set_sdk_param_##NAME##_P0(Argument<ValueType::TYPE> value, bool throwOnError) { \
-        setUnchanged<SdkIndex::NAME>(cache_.NAME, value, throwOnError);                                   \
+#define DEFINE_Unchanged(NAME, TYPE)                                                 \
+    void FgGxWrapperImpl::set_sdk_param_##NAME##_P0(Argument<ValueType::TYPE> value, \
+                                                    marovine::OnError onError) {     \
+        setUnchanged<SdkIndex::NAME>(cache_.NAME, value, onError);                   \
     }
-#define DEFINE_Source(NAME, TYPE)                                                   \
-    void FgGxWrapperImpl::set_sdk_param_##NAME##_P0(int value, bool throwOnError) { \
-        setRouteSource(routeOf(#NAME), value, throwOnError);                        \
+#define DEFINE_Source(NAME, TYPE)                                                           \
+    void FgGxWrapperImpl::set_sdk_param_##NAME##_P0(int value, marovine::OnError onError) { \
+        setRouteSource(routeOf(#NAME), value, onError);                                     \
     }
-#define DEFINE_Polarity(NAME, TYPE)                                                 \
-    void FgGxWrapperImpl::set_sdk_param_##NAME##_P0(int value, bool throwOnError) { \
-        setRoutePolarity(routeOf(#NAME), value, throwOnError);                      \
+#define DEFINE_Polarity(NAME, TYPE)                                                         \
+    void FgGxWrapperImpl::set_sdk_param_##NAME##_P0(int value, marovine::OnError onError) { \
+        setRoutePolarity(routeOf(#NAME), value, onError);                                   \
     }
 #define PARAMETER(NAME, ID, TYPE, SET, ...) DEFINE_##SET(NAME, TYPE)
 #include "tables/SdkParameters.def"

@@ -2,6 +2,7 @@
 
 /// What serves each SDK parameter: its setter, where a read comes from, and its field in the cache.
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -19,11 +20,11 @@ namespace marovine {
 struct ReadOnly {};
 /// A table of values is set by the element or by the block.
 struct FieldSetters {
-    void (FgGxWrapperImpl::*element)(const FieldParameterInt_s*, bool);
-    void (FgGxWrapperImpl::*block)(const FieldParameterAccess*, bool);
+    void (FgGxWrapperImpl::*element)(const FieldParameterInt_s*, OnError);
+    void (FgGxWrapperImpl::*block)(const FieldParameterAccess*, OnError);
 };
 template <class T>
-using Setter = void (FgGxWrapperImpl::*)(T, bool);
+using Setter = void (FgGxWrapperImpl::*)(T, OnError);
 using SetHandler = std::variant<ReadOnly, Setter<int>, Setter<unsigned int>, Setter<double>,
                                 Setter<unsigned long>, Setter<const char*>, FieldSetters>;
 
@@ -38,10 +39,7 @@ using CacheSlot =
 
 // ---- how it is read ----
 
-struct FromCache {};  ///< the parameter's cache field; of a table a run of elements, or one
-struct FromApplied {  ///< the value that the design was last given successfully
-    CacheField<std::int32_t> field;
-};
+struct FromCache {};  ///< the parameter's cache field: a number (below), a text, or elements of a table
 struct Constant {
     std::int32_t value;
 };
@@ -49,9 +47,9 @@ struct Forwarded {};    ///< the inner handle answers, with the caller's own arg
 struct InnerHandle {};  ///< the inner handle answers on DMA channel 0 as unsigned 32-bit
 template <class T>
 using Getter = void (FgGxWrapperImpl::*)(T*);
-using GetHandler = std::variant<FromCache, FromApplied, Constant, Forwarded, InnerHandle,
-                                Getter<std::int32_t>, Getter<std::uint32_t>, Getter<std::int64_t>,
-                                Getter<std::uint64_t>, Getter<double>, Getter<char>>;
+using GetHandler =
+    std::variant<FromCache, Constant, Forwarded, InnerHandle, Getter<std::int32_t>, Getter<std::uint32_t>,
+                 Getter<std::int64_t>, Getter<std::uint64_t>, Getter<double>, Getter<char>>;
 
 /// One row per SDK parameter, in list order.
 struct ParameterHandlers {
@@ -62,5 +60,14 @@ struct ParameterHandlers {
 };
 
 extern const std::span<const ParameterHandlers, sdkParameterCount> parameterHandlers;
+
+/// A number in the cache that a read gives as it stands. It is most of what hosts read, so that it is known
+/// by its place alone.
+struct CachedNumber {
+    std::uint16_t offset = 0;  ///< in bytes from the start of the cache
+    std::uint16_t size = 0;    ///< 4 or 8 bytes; 0 where the read is something else
+};
+/// In list order.
+extern const std::array<CachedNumber, sdkParameterCount> cachedNumbers;
 
 }  // namespace marovine

@@ -11,8 +11,6 @@
 
 namespace marovine {
 
-struct SdkParameter;
-
 /// Ids above this one reach registers of the board, where that is switched on.
 inline constexpr int kRegisterIdBase = 1000000;
 /// Ids above this one reach parameters of the design directly.
@@ -38,9 +36,6 @@ class ParameterNames {
     std::map<std::string, int, std::less<>> designParameters_;
     std::vector<const char*> listed_;  ///< positions after the SDK parameters; the texts are the maps' keys
 };
-
-/// The row of an SDK parameter by name, found by an ordered search; null for an unknown name.
-const SdkParameter* searchSdkParameter(std::string_view name);
 
 /// The description text of a parameter, or null.
 const char* descriptionOf(std::string_view name);

@@ -76,25 +76,45 @@ class Restore {
     bool confirmed_ = false;
 };
 
-/// Where errors leave a setter: runs the body and passes a thrown code on only when the caller wants it.
+/// What becomes of the code with which a setter fails: it is thrown (true), kept quiet (false), or stored for
+/// a caller who need not pay for an exception to learn of a refusal.
+class OnError {
+ public:
+    OnError(bool throws) : throws_(throws) {}  // NOLINT(google-explicit-constructor): setters take a bool
+    /// Stores the code in `place`, which keeps what it holds when nothing fails.
+    static OnError storedIn(int& place) { return OnError(place); }
+
+    /// The setter fails with a code; its last act.
+    void fail(int code) const {
+        if (place_ != nullptr)
+            *place_ = code;
+        else if (throws_)
+            throw code;
+    }
+
+ private:
+    explicit OnError(int& place) : place_(&place) {}
+
+    int* place_ = nullptr;
+    bool throws_ = false;
+};
+
+/// Where errors leave a setter: runs the body, and a code that it throws is the setter's.
 template <class Body>
-void leavingErrors(bool throwOnError, Body&& body) {
+void leavingErrors(OnError onError, Body&& body) {
     try {
         std::forward<Body>(body)();
-    } catch (int) {
-        if (throwOnError) throw;
+    } catch (int code) {
+        onError.fail(code);
     }
 }
 
 /// Checks, remembers, stores and carries out a setting. A refused value changes nothing; when the body
 /// throws, the cached value is put back, while what the body already wrote to the design stays written.
 template <class Cached, class T, class Body>
-void applySetting(Cached& cached, const T& value, Verdict verdict, bool throwOnError, Body&& body) {
-    if (verdict != error::success) {
-        if (throwOnError) throw verdict;
-        return;
-    }
-    leavingErrors(throwOnError, [&] {
+void applySetting(Cached& cached, const T& value, Verdict verdict, OnError onError, Body&& body) {
+    if (verdict != error::success) return onError.fail(verdict);
+    leavingErrors(onError, [&] {
         Restore<Cached> old(cached);
         cached = value;
         std::forward<Body>(body)();

@@ -12,6 +12,7 @@
 
 #include "base/Fg_Error.h"
 #include "base/Logger.h"
+#include "description/DescriptionDocument.h"
 #include "description/Fg_ParameterInfo.h"
 #include "marovine/OutsideRuntimes.h"
 #include "marovine/marovine.h"
@@ -177,6 +178,7 @@ class FgGxWrapper {
         int (*parameterIdByName)(Fg_Struct*, const char*) = nullptr;
         int (*lastErrorNumber)(Fg_Struct*) = nullptr;
         std::unique_ptr<Fg_ParameterInfo> registry;
+        marovine::DescriptionDocument description;
         Fg_Error error;
     };
 

@@ -7,7 +7,6 @@
 #include <string>
 
 #include "base/ErrorCodes.h"
-#include "description/ParameterInfoBuilderXML.h"
 #include "files/ConfigHeader.h"
 #include "files/Fg_ConfigFileParser.h"
 #include "runtime/FgGxWrapper.h"
@@ -32,6 +31,7 @@ int FgGxWrapper::Fg_saveConfig(Fg_Struct* /*inner*/, const char* fileName) {
     requestFileLocale();
     Fg_ConfigFileParser parser(nullptr, nullptr, false);
     if (!parser.setSaveFile(fileName)) return setError(error::fileNotAccessible);
+    parser.flushAtEnd();
     parser.writeConfigFileHeader();
     parser.writeConfigFile(header::manufacturer, getManufacturer());
     parser.writeConfigFile(header::type, getCameraType());
@@ -86,12 +86,12 @@ int FgGxWrapper::Fg_getParameterInfoXML(Fg_Struct* /*record*/, int port, char* b
     if (size == nullptr) return setError(error::invalidArgument);
     if (*size == 0 && buffer != nullptr) return setError(error::bufferTooSmall);
     if (parameterInfo().getRegisterInfo(port) == nullptr) return setError(error::noDefinition);
-    const std::string document = ParameterInfoBuilderXML(parameterInfo(), getCameraType(), port).build();
+    const auto document = private_->description.of(parameterInfo(), getCameraType(), port);
     if (buffer != nullptr) {
-        if (*size <= document.size()) return setError(error::bufferTooSmall);
-        std::memcpy(buffer, document.c_str(), document.size() + 1);
+        if (*size <= document->size()) return setError(error::bufferTooSmall);
+        std::memcpy(buffer, document->c_str(), document->size() + 1);
     }
-    *size = document.size() + 1;
+    *size = document->size() + 1;
     return setError(error::success);
 }
 

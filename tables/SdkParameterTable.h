@@ -45,28 +45,6 @@ constexpr const SdkParameter& rowOf(SdkIndex index) {
     return sdkParameters[static_cast<std::size_t>(index)];
 }
 
-/// Pairs of id and list position, ordered by id: what the dispatch searches.
-struct SdkIdEntry {
-    std::int32_t id;
-    SdkIndex index;
-};
-inline constexpr auto sdkParametersById = [] {
-    std::array<SdkIdEntry, sdkParameterCount> result{};
-    for (std::size_t i = 0; i < sdkParameterCount; ++i)
-        result[i] = {sdkParameters[i].id, static_cast<SdkIndex>(i)};
-    std::sort(result.begin(), result.end(), [](const auto& a, const auto& b) { return a.id < b.id; });
-    return result;
-}();
-
-/// The row of an id, found by an ordered search; null for an unknown id.
-constexpr const SdkParameter* findSdkParameter(std::int32_t id) {
-    const auto* found =
-        std::lower_bound(sdkParametersById.begin(), sdkParametersById.end(), id,
-                         [](const SdkIdEntry& entry, std::int32_t key) { return entry.id < key; });
-    if (found == sdkParametersById.end() || found->id != id) return nullptr;
-    return &rowOf(found->index);
-}
-
 /// The row of a name, searched one by one: for compile time and for tools; null for an unknown name.
 constexpr const SdkParameter* findSdkParameter(std::string_view name) {
     for (const auto& row : sdkParameters)

@@ -26,9 +26,9 @@ constexpr std::uint32_t fullModeOf(std::int32_t format) {
 
 }  // namespace
 
-void FgGxWrapperImpl::set_sdk_param_FG_TIMEOUT_P0(unsigned int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_TIMEOUT_P0(unsigned int value, marovine::OnError onError) {
     const auto verdict = inside(value, limits<std::uint32_t>("FG_TIMEOUT"));
-    applySetting(cache_.FG_TIMEOUT, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_TIMEOUT, value, verdict, onError, [&] {
         // The host runtime waits, not the design: its own parameter of the same id.
         const int code =
             setUnwrappedParameterWithType(marovine::sdkId("FG_TIMEOUT"), &value, 0, FG_TYPE_UINT32);
@@ -36,9 +36,9 @@ void FgGxWrapperImpl::set_sdk_param_FG_TIMEOUT_P0(unsigned int value, bool throw
     });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_CAMERA_LINK_CAMTYPE_P0(int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERA_LINK_CAMTYPE_P0(int value, marovine::OnError onError) {
     applySetting(cache_.FG_CAMERA_LINK_CAMTYPE, value, oneOf(value, entriesOf("FG_CAMERA_LINK_CAMTYPE")),
-                 throwOnError, [&] {
+                 onError, [&] {
                      design().write(designParameter("Camera_FullMode"), fullModeOf(value));
                      update_dynamic_range_FG_SENSORWIDTH_P0();
                  });

@@ -55,9 +55,9 @@ static_assert(constant("FG_PIXEL_FREQUENCY") == 0 && constant("FG_LINERATE") == 
 
 // ---- source and pattern ----
 
-void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_PATTERN_P0(int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_PATTERN_P0(int value, marovine::OnError onError) {
     const auto verdict = oneOf(value, entriesOf("FG_CAMERASIMULATOR_PATTERN"));
-    applySetting(cache_.FG_CAMERASIMULATOR_PATTERN, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_CAMERASIMULATOR_PATTERN, value, verdict, onError, [&] {
         // The grey value rises with the column, with the line, or with both.
         const bool alongColumns = value != constant("FG_VERTICAL");
         const bool alongLines = value != constant("FG_HORIZONTAL");
@@ -66,17 +66,17 @@ void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_PATTERN_P0(int value, boo
     });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_ROLL_P0(int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_ROLL_P0(int value, marovine::OnError onError) {
     const auto verdict = oneOf(value, entriesOf("FG_CAMERASIMULATOR_ROLL"));
-    applySetting(cache_.FG_CAMERASIMULATOR_ROLL, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_CAMERASIMULATOR_ROLL, value, verdict, onError, [&] {
         design().write(designParameter("CameraSimulator_Frame_Divisor"),
                        value == constant("FG_ON") ? 256U : 1U);
     });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_TRIGGER_MODE_P0(int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_TRIGGER_MODE_P0(int value, marovine::OnError onError) {
     const auto verdict = oneOf(value, entriesOf("FG_CAMERASIMULATOR_TRIGGER_MODE"));
-    applySetting(cache_.FG_CAMERASIMULATOR_TRIGGER_MODE, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_CAMERASIMULATOR_TRIGGER_MODE, value, verdict, onError, [&] {
         const bool freeRun = value == constant("SIMULATION_FREE_RUN");
         const bool perLine = value == constant("RISING_EDGE_TRIGGERS_LINE");
         design().write(designParameter("CameraSimulator_TriggerValve_FreeRun_Select"), freeRun ? 1U : 0U);
@@ -106,9 +106,10 @@ void FgGxWrapperImpl::setHeight_P0(std::uint32_t height, std::uint32_t gap) {
     design().write(designParameter("CameraSimulator_FrameGap_Number"), height);
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_WIDTH_P0(unsigned int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_WIDTH_P0(unsigned int value,
+                                                                marovine::OnError onError) {
     const auto verdict = upTo(1, value, [&] { return simulatorWidthLimit(); });
-    applySetting(cache_.FG_CAMERASIMULATOR_WIDTH, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_CAMERASIMULATOR_WIDTH, value, verdict, onError, [&] {
         setWidth_P0(value, inPixelFrequencyMode() ? simulator_.effectiveLineGap : 0);
         update_dynamic_range_FG_CAMERASIMULATOR_LINE_GAP_P0();
         update_dynamic_range_FG_CAMERASIMULATOR_HEIGHT_P0();
@@ -117,17 +118,19 @@ void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_WIDTH_P0(unsigned int val
     });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_LINE_GAP_P0(unsigned int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_LINE_GAP_P0(unsigned int value,
+                                                                   marovine::OnError onError) {
     const auto verdict = upTo(0, value, [&] { return simulatorLineGapLimit(); });
-    applySetting(cache_.FG_CAMERASIMULATOR_LINE_GAP, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_CAMERASIMULATOR_LINE_GAP, value, verdict, onError, [&] {
         setWidth_P0(simulator_.effectiveWidth, value);
         update_dynamic_range_FG_CAMERASIMULATOR_WIDTH_P0();
     });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_HEIGHT_P0(unsigned int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_HEIGHT_P0(unsigned int value,
+                                                                 marovine::OnError onError) {
     const auto verdict = upTo(1, value, [&] { return simulatorHeightLimit(); });
-    applySetting(cache_.FG_CAMERASIMULATOR_HEIGHT, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_CAMERASIMULATOR_HEIGHT, value, verdict, onError, [&] {
         const bool keepsFrameRate = cache_.FG_CAMERASIMULATOR_SELECT_MODE == constant("FG_FRAMERATE");
         setHeight_P0(value, keepsFrameRate ? 0 : simulator_.effectiveFrameGap);
         if (keepsFrameRate)
@@ -138,9 +141,10 @@ void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_HEIGHT_P0(unsigned int va
     });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_FRAME_GAP_P0(unsigned int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_FRAME_GAP_P0(unsigned int value,
+                                                                    marovine::OnError onError) {
     const auto verdict = upTo(0, value, [&] { return simulatorFrameGapLimit(); });
-    applySetting(cache_.FG_CAMERASIMULATOR_FRAME_GAP, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_CAMERASIMULATOR_FRAME_GAP, value, verdict, onError, [&] {
         setHeight_P0(cache_.FG_CAMERASIMULATOR_HEIGHT, value);
         update_dynamic_range_FG_CAMERASIMULATOR_HEIGHT_P0();
     });
@@ -153,11 +157,12 @@ void FgGxWrapperImpl::writeSimulatorSequence(std::uint32_t sequence) {
     design().write(designParameter("CameraSimulator_PixelFrequency_ActivePixel_Number"), 1U);
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_PIXEL_FREQUENCY_P0(double value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_PIXEL_FREQUENCY_P0(double value,
+                                                                          marovine::OnError onError) {
     // The active part is at least one cycle and at most the whole sequence.
     const double count = marovine::activePartFor(value);
     const auto verdict = accepted(count >= 1.0 && count < marovine::kPixelSequence + 1.0);
-    applySetting(cache_.FG_CAMERASIMULATOR_PIXEL_FREQUENCY, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_CAMERASIMULATOR_PIXEL_FREQUENCY, value, verdict, onError, [&] {
         const auto active = static_cast<std::uint32_t>(count);
         design().write(designParameter("CameraSimulator_PixelFrequency_ActivePixel_Number"), active);
         design().write(designParameter("CameraSimulator_PixelFrequency_RepeatPat_Divisor"),
@@ -168,11 +173,11 @@ void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_PIXEL_FREQUENCY_P0(double
     });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_LINERATE_P0(double value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_LINERATE_P0(double value, marovine::OnError onError) {
     const double sequence = marovine::sequenceFor(value);
     const auto verdict = firstOf(inside(value, {kMinimumLineRate, simulatorLineRateLimit(), 0.0}),
                                  accepted(marovine::isClockCount(sequence)));
-    applySetting(cache_.FG_CAMERASIMULATOR_LINERATE, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_CAMERASIMULATOR_LINERATE, value, verdict, onError, [&] {
         writeSimulatorSequence(static_cast<std::uint32_t>(sequence));
         setWidth_P0(simulator_.effectiveWidth, 0);
         simulator_.computedFrameRate = simulatorFrameRate(cache_.FG_CAMERASIMULATOR_SELECT_MODE);
@@ -181,11 +186,11 @@ void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_LINERATE_P0(double value,
     });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_FRAMERATE_P0(double value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_FRAMERATE_P0(double value, marovine::OnError onError) {
     const double sequence = marovine::sequenceFor(value, cache_.FG_CAMERASIMULATOR_HEIGHT);
     const auto verdict = firstOf(inside(value, {kMinimumFrameRate, simulatorFrameRateLimit(), 0.0}),
                                  accepted(marovine::isClockCount(sequence)));
-    applySetting(cache_.FG_CAMERASIMULATOR_FRAMERATE, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_CAMERASIMULATOR_FRAMERATE, value, verdict, onError, [&] {
         writeSimulatorSequence(static_cast<std::uint32_t>(sequence));
         setWidth_P0(simulator_.effectiveWidth, 0);
         setHeight_P0(cache_.FG_CAMERASIMULATOR_HEIGHT, 0);
@@ -211,9 +216,9 @@ void FgGxWrapperImpl::reapplySimulatorSpeed() {
     }
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_SELECT_MODE_P0(int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_CAMERASIMULATOR_SELECT_MODE_P0(int value, marovine::OnError onError) {
     const auto verdict = oneOf(value, entriesOf("FG_CAMERASIMULATOR_SELECT_MODE"));
-    applySetting(cache_.FG_CAMERASIMULATOR_SELECT_MODE, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_CAMERASIMULATOR_SELECT_MODE, value, verdict, onError, [&] {
         for (const auto& row : accessBySpeedMode)
             setAccessFlags(row.id, row.flags[static_cast<std::size_t>(value)]);
         design().write(designParameter("CameraSimulator_ControlPixelClock_Mode"),

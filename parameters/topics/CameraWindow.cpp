@@ -142,17 +142,17 @@ void FgGxWrapperImpl::update_dynamic_range_FG_YOFFSET_P0() {
 
 // ---- setters ----
 
-void FgGxWrapperImpl::set_sdk_param_FG_TAPGEOMETRY_P0(int value, bool throwOnError) {
-    applySetting(cache_.FG_TAPGEOMETRY, value, oneOf(value, entriesOf("FG_TAPGEOMETRY")), throwOnError,
+void FgGxWrapperImpl::set_sdk_param_FG_TAPGEOMETRY_P0(int value, marovine::OnError onError) {
+    applySetting(cache_.FG_TAPGEOMETRY, value, oneOf(value, entriesOf("FG_TAPGEOMETRY")), onError,
                  [&] { applyCachedTapGeometry(); });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_SENSORWIDTH_P0(unsigned int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_SENSORWIDTH_P0(unsigned int value, marovine::OnError onError) {
     const auto verdict = verdictOf([&] {
         requireKnownCameraFormat();
         return inside(value, limits<std::uint32_t>("FG_SENSORWIDTH"));
     });
-    applySetting(cache_.FG_SENSORWIDTH, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_SENSORWIDTH, value, verdict, onError, [&] {
         checkHorizontal_P0();
         applyCachedGeometry();
         update_dynamic_range_FG_WIDTH_P0();
@@ -162,25 +162,24 @@ void FgGxWrapperImpl::set_sdk_param_FG_SENSORWIDTH_P0(unsigned int value, bool t
     });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_VANTAGEPOINT_P0(int value, bool throwOnError) {
-    applySetting(cache_.FG_VANTAGEPOINT, value, oneOf(value, entriesOf("FG_VANTAGEPOINT")), throwOnError,
-                 [&] {
-                     checkHorizontal_P0();
-                     checkVertical_P0();
-                     applyCachedGeometry();
-                     requireKnownCameraFormat();
-                     update_dynamic_range_FG_SENSORWIDTH_P0();
-                     update_dynamic_range_FG_WIDTH_P0();
-                     update_dynamic_range_FG_HEIGHT_P0();
-                     update_dynamic_range_FG_XOFFSET_P0();
-                     update_dynamic_range_FG_YOFFSET_P0();
-                 });
+void FgGxWrapperImpl::set_sdk_param_FG_VANTAGEPOINT_P0(int value, marovine::OnError onError) {
+    applySetting(cache_.FG_VANTAGEPOINT, value, oneOf(value, entriesOf("FG_VANTAGEPOINT")), onError, [&] {
+        checkHorizontal_P0();
+        checkVertical_P0();
+        applyCachedGeometry();
+        requireKnownCameraFormat();
+        update_dynamic_range_FG_SENSORWIDTH_P0();
+        update_dynamic_range_FG_WIDTH_P0();
+        update_dynamic_range_FG_HEIGHT_P0();
+        update_dynamic_range_FG_XOFFSET_P0();
+        update_dynamic_range_FG_YOFFSET_P0();
+    });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_WIDTH_P0(unsigned int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_WIDTH_P0(unsigned int value, marovine::OnError onError) {
     const auto verdict = firstOf(inside(value, {kWidth.minimum, widthLimit(), kWidth.increment}),
                                  multipleOf(value, kWidth.increment));
-    applySetting(cache_.FG_WIDTH, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_WIDTH, value, verdict, onError, [&] {
         checkHorizontal_P0();
         applyCachedGeometry();
         design().write(designParameter("Buffer_0_DRAM_A_0_XLength"), value);
@@ -192,10 +191,10 @@ void FgGxWrapperImpl::set_sdk_param_FG_WIDTH_P0(unsigned int value, bool throwOn
     });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_XOFFSET_P0(unsigned int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_XOFFSET_P0(unsigned int value, marovine::OnError onError) {
     const auto verdict = firstOf(inside(value, {kXOffset.minimum, xOffsetLimit(), kXOffset.increment}),
                                  multipleOf(value, kXOffset.increment));
-    applySetting(cache_.FG_XOFFSET, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_XOFFSET, value, verdict, onError, [&] {
         checkHorizontal_P0();
         applyCachedGeometry();
         design().write(designParameter("Buffer_0_DRAM_A_0_XOffset"), value);
@@ -205,9 +204,9 @@ void FgGxWrapperImpl::set_sdk_param_FG_XOFFSET_P0(unsigned int value, bool throw
     });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_HEIGHT_P0(unsigned int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_HEIGHT_P0(unsigned int value, marovine::OnError onError) {
     const auto verdict = firstOf(inside(value, kHeight), multipleOf(value, kHeight.increment));
-    applySetting(cache_.FG_HEIGHT, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_HEIGHT, value, verdict, onError, [&] {
         applyCachedGeometry();
         design().write(designParameter("Buffer_0_DRAM_A_0_YLength"), value);
         applyCachedTriggerWindow();
@@ -215,11 +214,11 @@ void FgGxWrapperImpl::set_sdk_param_FG_HEIGHT_P0(unsigned int value, bool throwO
     });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_YOFFSET_P0(unsigned int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_YOFFSET_P0(unsigned int value, marovine::OnError onError) {
     // Any line may be the first one: the registered maximum is what a new instance starts with.
     const auto verdict = firstOf(inside(value, {kYOffset.minimum, kMaximumLines, kYOffset.increment}),
                                  multipleOf(value, kYOffset.increment));
-    applySetting(cache_.FG_YOFFSET, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_YOFFSET, value, verdict, onError, [&] {
         checkVertical_P0();
         applyCachedGeometry();
         applyCachedTriggerWindow();
@@ -227,6 +226,6 @@ void FgGxWrapperImpl::set_sdk_param_FG_YOFFSET_P0(unsigned int value, bool throw
     });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_FORMAT_P0(int value, bool throwOnError) {
-    applySetting(cache_.FG_FORMAT, value, oneOf(value, entriesOf("FG_FORMAT")), throwOnError, [] {});
+void FgGxWrapperImpl::set_sdk_param_FG_FORMAT_P0(int value, marovine::OnError onError) {
+    applySetting(cache_.FG_FORMAT, value, oneOf(value, entriesOf("FG_FORMAT")), onError, [] {});
 }

@@ -26,26 +26,25 @@ constexpr std::array<std::uint32_t, 4> modeOfPhase{2, 1, 0, 3};
 constexpr auto kGain = limits<double>("FG_SCALINGFACTOR_RED");
 
 void setGain(const marovine::DesignAccess& design, double& gain, double value, DesignParameter coefficient,
-             bool throwOnError) {
-    applySetting(gain, value, notOutside(value, kGain), throwOnError,
-                 [&] { design.write(coefficient, value); });
+             marovine::OnError onError) {
+    applySetting(gain, value, notOutside(value, kGain), onError, [&] { design.write(coefficient, value); });
 }
 
 }  // namespace
 
 // ---- white balance ----
 
-void FgGxWrapperImpl::set_sdk_param_FG_SCALINGFACTOR_RED_P0(double value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_SCALINGFACTOR_RED_P0(double value, marovine::OnError onError) {
     setGain(design(), cache_.FG_SCALINGFACTOR_RED, value,
-            designParameter("WhiteBalance_White_RedCoefficient"), throwOnError);
+            designParameter("WhiteBalance_White_RedCoefficient"), onError);
 }
-void FgGxWrapperImpl::set_sdk_param_FG_SCALINGFACTOR_BLUE_P0(double value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_SCALINGFACTOR_BLUE_P0(double value, marovine::OnError onError) {
     setGain(design(), cache_.FG_SCALINGFACTOR_BLUE, value,
-            designParameter("WhiteBalance_White_BlueCoefficient"), throwOnError);
+            designParameter("WhiteBalance_White_BlueCoefficient"), onError);
 }
-void FgGxWrapperImpl::set_sdk_param_FG_SCALINGFACTOR_GREEN_P0(double value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_SCALINGFACTOR_GREEN_P0(double value, marovine::OnError onError) {
     setGain(design(), cache_.FG_SCALINGFACTOR_GREEN, value,
-            designParameter("WhiteBalance_White_GreenCoefficient"), throwOnError);
+            designParameter("WhiteBalance_White_GreenCoefficient"), onError);
 }
 
 // ---- Bayer pattern ----
@@ -68,33 +67,32 @@ void FgGxWrapperImpl::updateBayerInit_P0(std::int32_t bayerInit, std::int32_t va
     design().write(designParameter("WhiteBalance_White_BayerInit"), colour);
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_BAYERINIT_P0(int value, bool throwOnError) {
-    applySetting(cache_.FG_BAYERINIT, value, oneOf(value, entriesOf("FG_BAYERINIT")), throwOnError,
+void FgGxWrapperImpl::set_sdk_param_FG_BAYERINIT_P0(int value, marovine::OnError onError) {
+    applySetting(cache_.FG_BAYERINIT, value, oneOf(value, entriesOf("FG_BAYERINIT")), onError,
                  [&] { updateBayerInit_P0(value, cache_.FG_VANTAGEPOINT); });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_SAMPLING_RATE_P0(int value, bool throwOnError) {
-    applySetting(cache_.FG_SAMPLING_RATE, value, oneOf(value, entriesOf("FG_SAMPLING_RATE")), throwOnError,
-                 [&] {
-                     // The design does not know the rate; it shows in the trigger window of both.
-                     set_sdk_param_FG_HEIGHT_P0(cache_.FG_HEIGHT, true);
-                     set_sdk_param_FG_YOFFSET_P0(cache_.FG_YOFFSET, true);
-                 });
+void FgGxWrapperImpl::set_sdk_param_FG_SAMPLING_RATE_P0(int value, marovine::OnError onError) {
+    applySetting(cache_.FG_SAMPLING_RATE, value, oneOf(value, entriesOf("FG_SAMPLING_RATE")), onError, [&] {
+        // The design does not know the rate; it shows in the trigger window of both.
+        set_sdk_param_FG_HEIGHT_P0(cache_.FG_HEIGHT, true);
+        set_sdk_param_FG_YOFFSET_P0(cache_.FG_YOFFSET, true);
+    });
 }
 
 // ---- image selector ----
 
-void FgGxWrapperImpl::set_sdk_param_FG_IMG_SELECT_PERIOD_P0(unsigned int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_IMG_SELECT_PERIOD_P0(unsigned int value, marovine::OnError onError) {
     const auto verdict = inside(value, limits<std::uint32_t>("FG_IMG_SELECT_PERIOD"));
-    applySetting(cache_.FG_IMG_SELECT_PERIOD, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_IMG_SELECT_PERIOD, value, verdict, onError, [&] {
         if (cache_.FG_IMG_SELECT_PERIOD <= cache_.FG_IMG_SELECT) throw error::outOfRange;
         design().write(designParameter("ImageSelector_FG_IMG_SELECT_PERIOD_Divisor"), value);
     });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_IMG_SELECT_P0(unsigned int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_IMG_SELECT_P0(unsigned int value, marovine::OnError onError) {
     const auto verdict = inside(value, limits<std::uint32_t>("FG_IMG_SELECT"));
-    applySetting(cache_.FG_IMG_SELECT, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_IMG_SELECT, value, verdict, onError, [&] {
         if (cache_.FG_IMG_SELECT >= cache_.FG_IMG_SELECT_PERIOD) throw error::outOfRange;
         design().write(designParameter("ImageSelector_FG_IMG_SELECT_PHASE_Number"), value);
     });

@@ -47,21 +47,22 @@ const marovine::DebugEntry& FgGxWrapperImpl::debugEntry() const {
     return debugEntries_[cache_.FG_DEBUGSOURCE];
 }
 
-std::string FgGxWrapperImpl::debugName(const char* ending) const {
-    return "Device1_Process0_" + debugEntry().path + ending;
+marovine::DesignName FgGxWrapperImpl::debugName(const char* ending) const {
+    return {debugEntry().path, ending};
 }
 
-int FgGxWrapperImpl::requireId(const std::string& name) const {
+int FgGxWrapperImpl::requireId(const marovine::DesignName& name) const {
     const int id = getParameterIdByName(name.c_str());
     if (id <= 0) throw error::internalFailure;
     return id;
 }
 
-void FgGxWrapperImpl::readByName(const std::string& name, void* value, FgParamTypes type) const {
+void FgGxWrapperImpl::readByName(const marovine::DesignName& name, void* value, FgParamTypes type) const {
     asInternalFailure([&] { design().get(requireId(name), value, type); });
 }
 
-void FgGxWrapperImpl::writeByName(const std::string& name, const void* value, FgParamTypes type) const {
+void FgGxWrapperImpl::writeByName(const marovine::DesignName& name, const void* value,
+                                  FgParamTypes type) const {
     asInternalFailure([&] { design().set(requireId(name), value, type); });
 }
 
@@ -82,8 +83,8 @@ void FgGxWrapperImpl::readMonitor(const char* ending, std::uint32_t* destination
 
 // ---- choice of the debug point ----
 
-void FgGxWrapperImpl::set_sdk_param_FG_DEBUGSOURCE_P0(unsigned int value, bool throwOnError) {
-    marovine::leavingErrors(throwOnError, [&] {
+void FgGxWrapperImpl::set_sdk_param_FG_DEBUGSOURCE_P0(unsigned int value, marovine::OnError onError) {
+    marovine::leavingErrors(onError, [&] {
         const std::int64_t count = readDebugEntryCount();
         applySetting(cache_.FG_DEBUGSOURCE, value, accepted(value < count), true, [&] {
             setAccessFlags(sdkId("FG_DEBUGOUTENABLE"),
@@ -110,9 +111,9 @@ void FgGxWrapperImpl::get_sdk_param_FG_DEBUGSOURCENAME_P0(char* destination) {
 
 // ---- injection ----
 
-void FgGxWrapperImpl::set_sdk_param_FG_DEBUGINENABLE_P0(int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_DEBUGINENABLE_P0(int value, marovine::OnError onError) {
     const auto verdict = oneOf(value, entriesOf("FG_DEBUGINENABLE"));
-    applySetting(cache_.FG_DEBUGINENABLE, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_DEBUGINENABLE, value, verdict, onError, [&] {
         const std::uint32_t monitoring = debugEntryMonitors() ? readDebug(kOperationMode) & kMonitoring : 0;
         writeDebug(kOperationMode, (value == constant("FG_ON") ? kInjecting : 0) | monitoring);
     });
@@ -123,8 +124,8 @@ void FgGxWrapperImpl::get_sdk_param_FG_DEBUGINENABLE_P0(std::int32_t* destinatio
     *destination = (readDebug(kOperationMode) & kInjecting) != 0 ? constant("FG_ON") : constant("FG_OFF");
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_DEBUGFILE_P0(const char* value, bool throwOnError) {
-    applySetting(cache_.FG_DEBUGFILE, value, accepted(value != nullptr), throwOnError,
+void FgGxWrapperImpl::set_sdk_param_FG_DEBUGFILE_P0(const char* value, marovine::OnError onError) {
+    applySetting(cache_.FG_DEBUGFILE, value, accepted(value != nullptr), onError,
                  [&] { writeByName(debugName(kFile), value, FG_TYPE_TEXT); });
 }
 
@@ -138,23 +139,23 @@ void FgGxWrapperImpl::get_sdk_param_FG_DEBUGFILE_P0(char* destination) {
     if (destination != buffer) std::strcpy(destination, buffer);
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_DEBUGINSERT_P0(int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_DEBUGINSERT_P0(int value, marovine::OnError onError) {
     const auto verdict = oneOf(value, entriesOf("FG_DEBUGINSERT"));
-    applySetting(cache_.FG_DEBUGINSERT, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_DEBUGINSERT, value, verdict, onError, [&] {
         readDebug(kOperationMode);  // only to see whether the debug point answers
         writeDebug("_Insert", 1);
     });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_DEBUGWRITEPIXEL_P0(unsigned long value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_DEBUGWRITEPIXEL_P0(unsigned long value, marovine::OnError onError) {
     const auto verdict = marovine::inside<std::uint64_t>(value, limits<std::uint64_t>("FG_DEBUGWRITEPIXEL"));
-    applySetting(cache_.FG_DEBUGWRITEPIXEL, value, verdict, throwOnError,
+    applySetting(cache_.FG_DEBUGWRITEPIXEL, value, verdict, onError,
                  [&] { writeByName(debugName("_Inject_WritePixel"), &value, FG_TYPE_UINT64); });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_DEBUGWRITEFLAG_P0(int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_DEBUGWRITEFLAG_P0(int value, marovine::OnError onError) {
     const auto verdict = oneOf(value, entriesOf("FG_DEBUGWRITEFLAG"));
-    applySetting(cache_.FG_DEBUGWRITEFLAG, value, verdict, throwOnError,
+    applySetting(cache_.FG_DEBUGWRITEFLAG, value, verdict, onError,
                  [&] { writeDebug("_Inject_WriteFlag", static_cast<std::uint32_t>(value)); });
 }
 
@@ -165,9 +166,9 @@ void FgGxWrapperImpl::get_sdk_param_FG_DEBUGREADY_P0(std::int32_t* destination) 
 
 // ---- monitoring ----
 
-void FgGxWrapperImpl::set_sdk_param_FG_DEBUGOUTENABLE_P0(int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_DEBUGOUTENABLE_P0(int value, marovine::OnError onError) {
     const auto verdict = oneOf(value, entriesOf("FG_DEBUGOUTENABLE"));
-    applySetting(cache_.FG_DEBUGOUTENABLE, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_DEBUGOUTENABLE, value, verdict, onError, [&] {
         if (!debugEntryMonitors()) return;
         const std::uint32_t injecting = readDebug(kOperationMode) & kInjecting;
         writeDebug(kOperationMode, (value == constant("FG_ON") ? kMonitoring : 0) | injecting);
@@ -192,8 +193,8 @@ void FgGxWrapperImpl::get_sdk_param_FG_DEBUGOUTPIXEL_P0(std::uint32_t* destinati
 
 // ---- the inner handle's own configuration ----
 
-void FgGxWrapperImpl::set_sdk_param_FG_DEBUGSAVECONFIG_P0(const char* value, bool throwOnError) {
-    applySetting(cache_.FG_DEBUGSAVECONFIG, value, accepted(value != nullptr), throwOnError, [&] {
+void FgGxWrapperImpl::set_sdk_param_FG_DEBUGSAVECONFIG_P0(const char* value, marovine::OnError onError) {
+    applySetting(cache_.FG_DEBUGSAVECONFIG, value, accepted(value != nullptr), onError, [&] {
         // Best effort: the runtime's answer is not ours to judge.
         if (const auto save = wrapperFg().get<marovine::RuntimeSlot::SaveConfig>()) save(fglibFg(), value);
     });

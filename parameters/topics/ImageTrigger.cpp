@@ -51,28 +51,27 @@ constexpr std::uint32_t kFromSoftware = 4;
 
 // ---- mode ----
 
-void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGERMODE_P0(int value, bool throwOnError) {
-    applySetting(
-        cache_.FG_IMGTRIGGERMODE, value, oneOf(value, entriesOf("FG_IMGTRIGGERMODE")), throwOnError, [&] {
-            const ImageMode& row = *std::ranges::find(imageModes, value, &ImageMode::mode);
-            for (const int id : inputParameters) setAccessFlags(id, row.inputAccess);
-            setAccessFlags(sdkId("FG_IMGTRIGGER_ASYNC_HEIGHT"), value == constant("ASYNC_TRIGGER_MULTIFRAME")
-                                                                    ? kAccessReadWrite
-                                                                    : kAccessReadOnly);
+void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGERMODE_P0(int value, marovine::OnError onError) {
+    applySetting(cache_.FG_IMGTRIGGERMODE, value, oneOf(value, entriesOf("FG_IMGTRIGGERMODE")), onError, [&] {
+        const ImageMode& row = *std::ranges::find(imageModes, value, &ImageMode::mode);
+        for (const int id : inputParameters) setAccessFlags(id, row.inputAccess);
+        setAccessFlags(sdkId("FG_IMGTRIGGER_ASYNC_HEIGHT"),
+                       value == constant("ASYNC_TRIGGER_MULTIFRAME") ? kAccessReadWrite : kAccessReadOnly);
 
-            design().write(designParameter("Camera_FvalMode"), 0U);
-            design().write(designParameter("Trigger_CameraFVALMode_SelectSource"),
-                           value == constant("CAMERA_FVAL_MULTIFRAME") ? 1U : 0U);
-            design().write(designParameter("Trigger_Trigger_ImgTriggerMode"), row.designMode);
-            design().write(designParameter("Trigger_Trigger_MaxGatedHeight"),
-                           value == constant("ASYNC_GATED_MULTIFRAME") ? 1U : 0U);
-            setTriggerHeightAndOffset_P0(cache_.FG_HEIGHT, cache_.FG_YOFFSET, value);
-        });
+        design().write(designParameter("Camera_FvalMode"), 0U);
+        design().write(designParameter("Trigger_CameraFVALMode_SelectSource"),
+                       value == constant("CAMERA_FVAL_MULTIFRAME") ? 1U : 0U);
+        design().write(designParameter("Trigger_Trigger_ImgTriggerMode"), row.designMode);
+        design().write(designParameter("Trigger_Trigger_MaxGatedHeight"),
+                       value == constant("ASYNC_GATED_MULTIFRAME") ? 1U : 0U);
+        setTriggerHeightAndOffset_P0(cache_.FG_HEIGHT, cache_.FG_YOFFSET, value);
+    });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGER_ASYNC_HEIGHT_P0(unsigned int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGER_ASYNC_HEIGHT_P0(unsigned int value,
+                                                                  marovine::OnError onError) {
     applySetting(cache_.FG_IMGTRIGGER_ASYNC_HEIGHT, value,
-                 inside(value, limits<std::uint32_t>("FG_IMGTRIGGER_ASYNC_HEIGHT")), throwOnError, [&] {
+                 inside(value, limits<std::uint32_t>("FG_IMGTRIGGER_ASYNC_HEIGHT")), onError, [&] {
                      // Other modes take their length from elsewhere; this one waits for its mode.
                      if (cache_.FG_IMGTRIGGERMODE != constant("ASYNC_TRIGGER_MULTIFRAME")) return;
                      design().write(designParameter("Trigger_Trigger_YOffset"), 0U);
@@ -83,9 +82,9 @@ void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGER_ASYNC_HEIGHT_P0(unsigned int v
 
 // ---- trigger input ----
 
-void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGERINSRC_P0(int value, bool throwOnError) {
-    applySetting(cache_.FG_IMGTRIGGERINSRC, value, oneOf(value, entriesOf("FG_IMGTRIGGERINSRC")),
-                 throwOnError, [&] {
+void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGERINSRC_P0(int value, marovine::OnError onError) {
+    applySetting(cache_.FG_IMGTRIGGERINSRC, value, oneOf(value, entriesOf("FG_IMGTRIGGERINSRC")), onError,
+                 [&] {
                      const bool software = value == constant("TRGINSOFTWARE");
                      design().write(designParameter("Trigger_Trigger_ImgTrgInSource"),
                                     software ? kFromSoftware : kFromInput);
@@ -96,10 +95,9 @@ void FgGxWrapperImpl::set_sdk_param_FG_IMGTRIGGERINSRC_P0(int value, bool throwO
 
 // ---- flash ----
 
-void FgGxWrapperImpl::set_sdk_param_FG_FLASH_POLARITY_P0(int value, bool throwOnError) {
-    applySetting(cache_.FG_FLASH_POLARITY, value, oneOf(value, entriesOf("FG_FLASH_POLARITY")), throwOnError,
-                 [&] {
-                     design().write(designParameter("Trigger_Trigger_FlashPolarity"),
-                                    value == constant("FG_LOW") ? 1U : 0U);
-                 });
+void FgGxWrapperImpl::set_sdk_param_FG_FLASH_POLARITY_P0(int value, marovine::OnError onError) {
+    applySetting(cache_.FG_FLASH_POLARITY, value, oneOf(value, entriesOf("FG_FLASH_POLARITY")), onError, [&] {
+        design().write(designParameter("Trigger_Trigger_FlashPolarity"),
+                       value == constant("FG_LOW") ? 1U : 0U);
+    });
 }

@@ -74,9 +74,9 @@ double exposureCeiling(const ParameterCache& cache) {
 
 // ---- mode ----
 
-void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERMODE_P0(int value, bool throwOnError) {
-    applySetting(cache_.FG_LINETRIGGERMODE, value, oneOf(value, entriesOf("FG_LINETRIGGERMODE")),
-                 throwOnError, [&] {
+void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERMODE_P0(int value, marovine::OnError onError) {
+    applySetting(cache_.FG_LINETRIGGERMODE, value, oneOf(value, entriesOf("FG_LINETRIGGERMODE")), onError,
+                 [&] {
                      const LineMode& row = *std::ranges::find(lineModes, value, &LineMode::mode);
                      for (const int id : inputParameters) setAccessFlags(id, row.inputAccess);
                      if (cache_.FG_SHAFTENCODERON == constant("FG_ON"))
@@ -88,18 +88,18 @@ void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERMODE_P0(int value, bool throwO
 
 // ---- external input ----
 
-void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERINSRC_P0(int value, bool throwOnError) {
-    applySetting(cache_.FG_LINETRIGGERINSRC, value, oneOf(value, entriesOf("FG_LINETRIGGERINSRC")),
-                 throwOnError, [&] {
+void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERINSRC_P0(int value, marovine::OnError onError) {
+    applySetting(cache_.FG_LINETRIGGERINSRC, value, oneOf(value, entriesOf("FG_LINETRIGGERINSRC")), onError,
+                 [&] {
                      design().write(designParameter("Trigger_Trigger_LineTrgInSourceA"), 0U);
                      design().write(designParameter("Trigger_InputSignal_LineTrgInSourceA_Input_Select"),
                                     marovine::inputSelectOf(value));
                  });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERDEBOUNCING_P0(double value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERDEBOUNCING_P0(double value, marovine::OnError onError) {
     applySetting(cache_.FG_LINETRIGGERDEBOUNCING, value,
-                 inside(value, limits<double>("FG_LINETRIGGERDEBOUNCING")), throwOnError, [&] {
+                 inside(value, limits<double>("FG_LINETRIGGERDEBOUNCING")), onError, [&] {
                      design().write(designParameter("Trigger_Trigger_LineTrgDebouncingTime"), value);
                      design().write(designParameter("Trigger_Inputs_Debounce8_Prescale_Period"),
                                     debouncePrescale(value));
@@ -108,21 +108,20 @@ void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERDEBOUNCING_P0(double value, bo
 
 // ---- shaft encoder filter ----
 
-void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODERON_P0(int value, bool throwOnError) {
-    applySetting(cache_.FG_SHAFTENCODERON, value, oneOf(value, entriesOf("FG_SHAFTENCODERON")), throwOnError,
-                 [&] {
-                     const bool on = value == constant("FG_ON");
-                     design().write(designParameter("Trigger_Trigger_EncoderABMode"),
-                                    on ? static_cast<std::uint32_t>(cache_.FG_SHAFTENCODERMODE) : 0U);
-                     // The switch is itself read-only while the line trigger mode has no use for the input.
-                     const int access = on ? accessFlags(sdkId("FG_SHAFTENCODERON")) : kAccessReadOnly;
-                     for (const int id : encoderParameters) setAccessFlags(id, access);
-                 });
+void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODERON_P0(int value, marovine::OnError onError) {
+    applySetting(cache_.FG_SHAFTENCODERON, value, oneOf(value, entriesOf("FG_SHAFTENCODERON")), onError, [&] {
+        const bool on = value == constant("FG_ON");
+        design().write(designParameter("Trigger_Trigger_EncoderABMode"),
+                       on ? static_cast<std::uint32_t>(cache_.FG_SHAFTENCODERMODE) : 0U);
+        // The switch is itself read-only while the line trigger mode has no use for the input.
+        const int access = on ? accessFlags(sdkId("FG_SHAFTENCODERON")) : kAccessReadOnly;
+        for (const int id : encoderParameters) setAccessFlags(id, access);
+    });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODERMODE_P0(int value, bool throwOnError) {
-    applySetting(cache_.FG_SHAFTENCODERMODE, value, oneOf(value, entriesOf("FG_SHAFTENCODERMODE")),
-                 throwOnError, [&] {
+void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODERMODE_P0(int value, marovine::OnError onError) {
+    applySetting(cache_.FG_SHAFTENCODERMODE, value, oneOf(value, entriesOf("FG_SHAFTENCODERMODE")), onError,
+                 [&] {
                      // The design's mode is also the filter's switch: it stays 0 until that is on.
                      if (cache_.FG_SHAFTENCODERON == constant("FG_ON"))
                          design().write(designParameter("Trigger_Trigger_EncoderABMode"),
@@ -130,9 +129,9 @@ void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODERMODE_P0(int value, bool throw
                  });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODERINSRC_P0(int value, bool throwOnError) {
-    applySetting(cache_.FG_SHAFTENCODERINSRC, value, oneOf(value, entriesOf("FG_SHAFTENCODERINSRC")),
-                 throwOnError, [&] {
+void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODERINSRC_P0(int value, marovine::OnError onError) {
+    applySetting(cache_.FG_SHAFTENCODERINSRC, value, oneOf(value, entriesOf("FG_SHAFTENCODERINSRC")), onError,
+                 [&] {
                      design().write(designParameter("Trigger_Trigger_LineTrgInSourceB"), 0U);
                      design().write(designParameter("Trigger_InputSignal_LineTrgInSourceB_Input_Select"),
                                     marovine::inputSelectOf(value));
@@ -141,37 +140,35 @@ void FgGxWrapperImpl::set_sdk_param_FG_SHAFTENCODERINSRC_P0(int value, bool thro
 
 // ---- ExSync output ----
 
-void FgGxWrapperImpl::set_sdk_param_FG_LINEPERIODE_P0(double value, bool throwOnError) {
-    applySetting(cache_.FG_LINEPERIODE, value, inside(value, limits<double>("FG_LINEPERIODE")), throwOnError,
-                 [&] {
-                     design().write(designParameter("Trigger_Trigger_ExsyncPeriod"), value);
-                     // An exposure or delay beyond the new limit stays as it is until it is set again.
-                     update_dynamic_range_FG_LINEEXPOSURE_P0();
-                     update_dynamic_range_FG_LINETRIGGERDELAY_P0();
-                 });
+void FgGxWrapperImpl::set_sdk_param_FG_LINEPERIODE_P0(double value, marovine::OnError onError) {
+    applySetting(cache_.FG_LINEPERIODE, value, inside(value, limits<double>("FG_LINEPERIODE")), onError, [&] {
+        design().write(designParameter("Trigger_Trigger_ExsyncPeriod"), value);
+        // An exposure or delay beyond the new limit stays as it is until it is set again.
+        update_dynamic_range_FG_LINEEXPOSURE_P0();
+        update_dynamic_range_FG_LINETRIGGERDELAY_P0();
+    });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_LINEEXPOSURE_P0(double value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_LINEEXPOSURE_P0(double value, marovine::OnError onError) {
     Limits<double> range = limits<double>("FG_LINEEXPOSURE");
     range.maximum = exposureCeiling(cache_);
-    applySetting(cache_.FG_LINEEXPOSURE, value, inside(value, range), throwOnError, [&] {
+    applySetting(cache_.FG_LINEEXPOSURE, value, inside(value, range), onError, [&] {
         design().write(designParameter("Trigger_Trigger_ExsyncExposure"), value);
         update_dynamic_range_FG_LINEEXPOSURE_P0();
     });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_EXSYNCPOLARITY_P0(int value, bool throwOnError) {
-    applySetting(cache_.FG_EXSYNCPOLARITY, value, oneOf(value, entriesOf("FG_EXSYNCPOLARITY")), throwOnError,
-                 [&] {
-                     design().write(designParameter("Trigger_Trigger_ExsyncPolarity"),
-                                    value == constant("FG_LOW") ? 1U : 0U);
-                 });
+void FgGxWrapperImpl::set_sdk_param_FG_EXSYNCPOLARITY_P0(int value, marovine::OnError onError) {
+    applySetting(cache_.FG_EXSYNCPOLARITY, value, oneOf(value, entriesOf("FG_EXSYNCPOLARITY")), onError, [&] {
+        design().write(designParameter("Trigger_Trigger_ExsyncPolarity"),
+                       value == constant("FG_LOW") ? 1U : 0U);
+    });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERDELAY_P0(double value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_LINETRIGGERDELAY_P0(double value, marovine::OnError onError) {
     Limits<double> range = limits<double>("FG_LINETRIGGERDELAY");
     range.maximum = cache_.FG_LINEPERIODE;
-    applySetting(cache_.FG_LINETRIGGERDELAY, value, inside(value, range), throwOnError,
+    applySetting(cache_.FG_LINETRIGGERDELAY, value, inside(value, range), onError,
                  [&] { design().write(designParameter("Trigger_Trigger_Exsync2Delay"), value); });
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 
 #include "files/Fg_LutFileParser.h"
 #include "parameters/FgGxWrapperImpl.h"
@@ -41,33 +40,8 @@ constexpr const Channel& channelOf(LutChannel channel) {
     return kChannels[static_cast<std::size_t>(channel)];
 }
 
-/// Largest entry, and largest input, of 8 bits.
-constexpr int kMaximum = 255;
-/// Where values are cut before they become entries.
-constexpr double kCeiling = 256.0;
-
-/// `std::pow` without its cost for the exponent 1, which gamma has unless somebody asks for a curve.
-double power(double base, double exponent) {
-    return exponent == 1.0 ? base : std::pow(base, exponent);
-}
-
-/// What the processing parameters make of each input.
-LookupTable processedTable(const ParameterCache& cache) {
-    const double exponent = 1.0 / cache.FG_PROCESSING_GAMMA;
-    const bool invert = cache.FG_PROCESSING_INVERT == constant("FG_ON");
-    LookupTable table{};
-    for (std::size_t input = 0; input < kLutEntries; ++input) {
-        const double base = (static_cast<double>(input) / double{kMaximum} + cache.FG_PROCESSING_OFFSET) *
-                            cache.FG_PROCESSING_GAIN;
-        const double value = base < 0.0 ? 0.0 : power(base, exponent) * double{kMaximum} + 0.5;
-        // A processing parameter that is not a number gives 0, inverted or not.
-        if (std::isnan(value)) continue;
-        // Limited before the conversion, which is undefined for what no integer can hold.
-        const int entry = static_cast<int>(std::isinf(value) ? kCeiling : std::min(value, kCeiling));
-        table[input] = static_cast<std::uint32_t>(std::clamp(invert ? kMaximum - entry : entry, 0, kMaximum));
-    }
-    return table;
-}
+/// Largest entry of 8 bits.
+constexpr std::uint32_t kMaximum = 255;
 
 /// The record in which the design takes a whole table.
 FieldParameterAccess wholeTable(LookupTable& table) {
@@ -107,7 +81,7 @@ void FgGxWrapperImpl::updateLutProcessing_P0() {
     if (cache_.FG_LUT_TYPE != constant("LUT_TYPE_PROCESSING")) return;
     replaceTables([&] {
         cache_.FG_LUT_VALUE_RED = cache_.FG_LUT_VALUE_GREEN = cache_.FG_LUT_VALUE_BLUE =
-            processedTable(cache_);
+            processedTables_.of(cache_);
     });
 }
 
@@ -134,9 +108,9 @@ void FgGxWrapperImpl::loadCustomTables() {
 
 // ---- type and files ----
 
-void FgGxWrapperImpl::set_sdk_param_FG_LUT_TYPE_P0(int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_LUT_TYPE_P0(int value, marovine::OnError onError) {
     const auto verdict = marovine::oneOf(value, entriesOf("FG_LUT_TYPE"));
-    applySetting(cache_.FG_LUT_TYPE, value, verdict, throwOnError, [&] {
+    applySetting(cache_.FG_LUT_TYPE, value, verdict, onError, [&] {
         const bool custom = value == constant("LUT_TYPE_CUSTOM");
         if (custom)
             loadCustomTables();
@@ -149,14 +123,14 @@ void FgGxWrapperImpl::set_sdk_param_FG_LUT_TYPE_P0(int value, bool throwOnError)
     });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_LUT_CUSTOM_FILE_P0(const char* value, bool throwOnError) {
-    applySetting(cache_.FG_LUT_CUSTOM_FILE, value, marovine::accepted(value != nullptr), throwOnError, [&] {
+void FgGxWrapperImpl::set_sdk_param_FG_LUT_CUSTOM_FILE_P0(const char* value, marovine::OnError onError) {
+    applySetting(cache_.FG_LUT_CUSTOM_FILE, value, marovine::accepted(value != nullptr), onError, [&] {
         if (cache_.FG_LUT_TYPE == constant("LUT_TYPE_CUSTOM")) loadCustomTables();
     });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_LUT_SAVE_FILE_P0(const char* value, bool throwOnError) {
-    applySetting(cache_.FG_LUT_SAVE_FILE, value, marovine::accepted(value != nullptr), throwOnError, [&] {
+void FgGxWrapperImpl::set_sdk_param_FG_LUT_SAVE_FILE_P0(const char* value, marovine::OnError onError) {
+    applySetting(cache_.FG_LUT_SAVE_FILE, value, marovine::accepted(value != nullptr), onError, [&] {
         if (cache_.FG_LUT_SAVE_FILE.empty()) return;
         const int code =
             Fg_LutFileParser().saveLutToFile(value, fileRecord(LutChannel::Red, cache_.FG_LUT_VALUE_RED),
@@ -169,27 +143,26 @@ void FgGxWrapperImpl::set_sdk_param_FG_LUT_SAVE_FILE_P0(const char* value, bool 
 // ---- single entries and blocks ----
 
 void FgGxWrapperImpl::setLutElement(LutChannel channel, const FieldParameterInt_s* element,
-                                    bool throwOnError) {
+                                    marovine::OnError onError) {
     const Channel& target = channelOf(channel);
-    leavingErrors(throwOnError, [&] {
-        if (element == nullptr || element->index >= kLutEntries || element->value > kMaximum)
-            throw error::outOfRange;
-        applySetting((cache_.*target.table)[element->index], element->value, error::success, true,
-                     [&] { design().write(target.parameter, *element); });
-    });
+    if (element == nullptr || element->index >= kLutEntries || element->value > kMaximum)
+        return onError.fail(error::outOfRange);
+    applySetting((cache_.*target.table)[element->index], element->value, error::success, onError,
+                 [&] { design().write(target.parameter, *element); });
 }
 
-void FgGxWrapperImpl::setLutBlock(LutChannel channel, const FieldParameterAccess* block, bool throwOnError) {
+void FgGxWrapperImpl::setLutBlock(LutChannel channel, const FieldParameterAccess* block,
+                                  marovine::OnError onError) {
     const Channel& target = channelOf(channel);
-    leavingErrors(throwOnError, [&] {
-        if (block == nullptr || block->start >= kLutEntries || block->count > kLutEntries ||
-            block->start > kLutEntries - block->count)
-            throw error::outOfRange;
-        if (!marovine::isLookupTableType(block->type)) throw error::invalidArgument;
-        // The first value alone is checked: the design judges the others.
-        if (block->count != 0 &&
-            (block->values == nullptr || *static_cast<const std::uint32_t*>(block->values) > kMaximum))
-            throw error::outOfRange;
+    if (block == nullptr || block->start >= kLutEntries || block->count > kLutEntries ||
+        block->start > kLutEntries - block->count)
+        return onError.fail(error::outOfRange);
+    if (!marovine::isLookupTableType(block->type)) return onError.fail(error::invalidArgument);
+    // The first value alone is checked: the design judges the others.
+    if (block->count != 0 &&
+        (block->values == nullptr || *static_cast<const std::uint32_t*>(block->values) > kMaximum))
+        return onError.fail(error::outOfRange);
+    leavingErrors(onError, [&] {
         LookupTable& cached = cache_.*target.table;
         marovine::Restore old(cached);
         setFieldCache(cached.data(), block);  // copies values of the types 1 and 2 only
@@ -199,52 +172,52 @@ void FgGxWrapperImpl::setLutBlock(LutChannel channel, const FieldParameterAccess
 }
 
 void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_RED_P0(const FieldParameterInt_s* element,
-                                                        bool throwOnError) {
-    setLutElement(LutChannel::Red, element, throwOnError);
+                                                        marovine::OnError onError) {
+    setLutElement(LutChannel::Red, element, onError);
 }
 void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_RED_P0(const FieldParameterAccess* block,
-                                                        bool throwOnError) {
-    setLutBlock(LutChannel::Red, block, throwOnError);
+                                                        marovine::OnError onError) {
+    setLutBlock(LutChannel::Red, block, onError);
 }
 void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_GREEN_P0(const FieldParameterInt_s* element,
-                                                          bool throwOnError) {
-    setLutElement(LutChannel::Green, element, throwOnError);
+                                                          marovine::OnError onError) {
+    setLutElement(LutChannel::Green, element, onError);
 }
 void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_GREEN_P0(const FieldParameterAccess* block,
-                                                          bool throwOnError) {
-    setLutBlock(LutChannel::Green, block, throwOnError);
+                                                          marovine::OnError onError) {
+    setLutBlock(LutChannel::Green, block, onError);
 }
 void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_BLUE_P0(const FieldParameterInt_s* element,
-                                                         bool throwOnError) {
-    setLutElement(LutChannel::Blue, element, throwOnError);
+                                                         marovine::OnError onError) {
+    setLutElement(LutChannel::Blue, element, onError);
 }
 void FgGxWrapperImpl::set_sdk_param_FG_LUT_VALUE_BLUE_P0(const FieldParameterAccess* block,
-                                                         bool throwOnError) {
-    setLutBlock(LutChannel::Blue, block, throwOnError);
+                                                         marovine::OnError onError) {
+    setLutBlock(LutChannel::Blue, block, onError);
 }
 
 // ---- processing parameters ----
 
-void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_OFFSET_P0(double value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_OFFSET_P0(double value, marovine::OnError onError) {
     applySetting(cache_.FG_PROCESSING_OFFSET, value,
-                 marovine::notOutside(value, limits<double>("FG_PROCESSING_OFFSET")), throwOnError,
+                 marovine::notOutside(value, limits<double>("FG_PROCESSING_OFFSET")), onError,
                  [&] { updateLutProcessing_P0(); });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_GAIN_P0(double value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_GAIN_P0(double value, marovine::OnError onError) {
     applySetting(cache_.FG_PROCESSING_GAIN, value,
-                 marovine::notOutside(value, limits<double>("FG_PROCESSING_GAIN")), throwOnError,
+                 marovine::notOutside(value, limits<double>("FG_PROCESSING_GAIN")), onError,
                  [&] { updateLutProcessing_P0(); });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_GAMMA_P0(double value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_GAMMA_P0(double value, marovine::OnError onError) {
     applySetting(cache_.FG_PROCESSING_GAMMA, value,
-                 marovine::notOutside(value, limits<double>("FG_PROCESSING_GAMMA")), throwOnError,
+                 marovine::notOutside(value, limits<double>("FG_PROCESSING_GAMMA")), onError,
                  [&] { updateLutProcessing_P0(); });
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_INVERT_P0(int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_PROCESSING_INVERT_P0(int value, marovine::OnError onError) {
     applySetting(cache_.FG_PROCESSING_INVERT, value,
-                 marovine::oneOf(value, entriesOf("FG_PROCESSING_INVERT")), throwOnError,
+                 marovine::oneOf(value, entriesOf("FG_PROCESSING_INVERT")), onError,
                  [&] { updateLutProcessing_P0(); });
 }

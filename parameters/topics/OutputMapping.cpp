@@ -141,17 +141,17 @@ void FgGxWrapperImpl::writeRoute(Route route, std::int32_t source, std::int32_t 
     design().write(rowOf(route).invert, invert);
 }
 
-void FgGxWrapperImpl::setRouteSource(Route route, std::int32_t source, bool throwOnError) {
+void FgGxWrapperImpl::setRouteSource(Route route, std::int32_t source, marovine::OnError onError) {
     auto& cached = cache_.*fieldsOf(route).source;
-    applySetting(cached.requested, source, oneOf(source, rowOf(route).signals), throwOnError, [&] {
+    applySetting(cached.requested, source, oneOf(source, rowOf(route).signals), onError, [&] {
         writeRoute(route, source, inForce(route, cache_.*fieldsOf(route).polarity));
         cached.applied = source;
     });
 }
 
-void FgGxWrapperImpl::setRoutePolarity(Route route, std::int32_t polarity, bool throwOnError) {
+void FgGxWrapperImpl::setRoutePolarity(Route route, std::int32_t polarity, marovine::OnError onError) {
     auto& cached = cache_.*fieldsOf(route).polarity;
-    applySetting(cached.requested, polarity, oneOf(polarity, LowOnZero), throwOnError, [&] {
+    applySetting(cached.requested, polarity, oneOf(polarity, LowOnZero), onError, [&] {
         writeRoute(route, inForce(route, cache_.*fieldsOf(route).source), polarity);
         cached.applied = polarity;
     });
@@ -159,9 +159,9 @@ void FgGxWrapperImpl::setRoutePolarity(Route route, std::int32_t polarity, bool 
 
 // ---- legacy: two outputs as static levels ----
 
-void FgGxWrapperImpl::set_sdk_param_FG_DIGIO_OUTPUT_P0(int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_DIGIO_OUTPUT_P0(int value, marovine::OnError onError) {
     applySetting(cache_.FG_DIGIO_OUTPUT, value, inside(value, limits<std::int32_t>("FG_DIGIO_OUTPUT")),
-                 throwOnError, [&] {
+                 onError, [&] {
                      if (value == kOtherLevels) return;
                      set_sdk_param_FG_TRIGGEROUT_GPO_3_SOURCE_P0(staticLevel((value & 1) != 0), true);
                      set_sdk_param_FG_TRIGGEROUT_GPO_7_SOURCE_P0(staticLevel((value & 2) != 0), true);
@@ -180,8 +180,9 @@ void FgGxWrapperImpl::get_sdk_param_FG_DIGIO_OUTPUT_P0(std::int32_t* destination
 
 // ---- legacy: a control line's source and polarity in one selection ----
 
-void FgGxWrapperImpl::setLegacyCc(Route line, std::int32_t& cached, std::int32_t value, bool throwOnError) {
-    applySetting(cached, value, oneOf(value, entriesOf("FG_CCSEL0")), throwOnError, [&] {
+void FgGxWrapperImpl::setLegacyCc(Route line, std::int32_t& cached, std::int32_t value,
+                                  marovine::OnError onError) {
+    applySetting(cached, value, oneOf(value, entriesOf("FG_CCSEL0")), onError, [&] {
         if (value == constant("FG_OTHER")) return;
         const LegacySource* row = findLegacy(value);
         if (row == nullptr) throw error::internalFailure;
@@ -197,29 +198,29 @@ void FgGxWrapperImpl::getLegacyCc(Route line, std::int32_t* destination) const {
     *destination = legacySelection((cache_.*source).requested, (cache_.*polarity).requested);
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_CCSEL0_P0(int value, bool throwOnError) {
-    setLegacyCc(routeOf("FG_CC1_SOURCE"), cache_.FG_CCSEL0, value, throwOnError);
+void FgGxWrapperImpl::set_sdk_param_FG_CCSEL0_P0(int value, marovine::OnError onError) {
+    setLegacyCc(routeOf("FG_CC1_SOURCE"), cache_.FG_CCSEL0, value, onError);
 }
 void FgGxWrapperImpl::get_sdk_param_FG_CCSEL0_P0(std::int32_t* destination) {
     getLegacyCc(routeOf("FG_CC1_SOURCE"), destination);
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_CCSEL1_P0(int value, bool throwOnError) {
-    setLegacyCc(routeOf("FG_CC2_SOURCE"), cache_.FG_CCSEL1, value, throwOnError);
+void FgGxWrapperImpl::set_sdk_param_FG_CCSEL1_P0(int value, marovine::OnError onError) {
+    setLegacyCc(routeOf("FG_CC2_SOURCE"), cache_.FG_CCSEL1, value, onError);
 }
 void FgGxWrapperImpl::get_sdk_param_FG_CCSEL1_P0(std::int32_t* destination) {
     getLegacyCc(routeOf("FG_CC2_SOURCE"), destination);
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_CCSEL2_P0(int value, bool throwOnError) {
-    setLegacyCc(routeOf("FG_CC3_SOURCE"), cache_.FG_CCSEL2, value, throwOnError);
+void FgGxWrapperImpl::set_sdk_param_FG_CCSEL2_P0(int value, marovine::OnError onError) {
+    setLegacyCc(routeOf("FG_CC3_SOURCE"), cache_.FG_CCSEL2, value, onError);
 }
 void FgGxWrapperImpl::get_sdk_param_FG_CCSEL2_P0(std::int32_t* destination) {
     getLegacyCc(routeOf("FG_CC3_SOURCE"), destination);
 }
 
-void FgGxWrapperImpl::set_sdk_param_FG_CCSEL3_P0(int value, bool throwOnError) {
-    setLegacyCc(routeOf("FG_CC4_SOURCE"), cache_.FG_CCSEL3, value, throwOnError);
+void FgGxWrapperImpl::set_sdk_param_FG_CCSEL3_P0(int value, marovine::OnError onError) {
+    setLegacyCc(routeOf("FG_CC4_SOURCE"), cache_.FG_CCSEL3, value, onError);
 }
 void FgGxWrapperImpl::get_sdk_param_FG_CCSEL3_P0(std::int32_t* destination) {
     getLegacyCc(routeOf("FG_CC4_SOURCE"), destination);

@@ -7,9 +7,9 @@ using marovine::designParameter;
 using marovine::entriesOf;
 using marovine::oneOf;
 
-void FgGxWrapperImpl::set_sdk_param_FG_SIGNAL_ANALYZER_CLEAR_P0(int value, bool throwOnError) {
+void FgGxWrapperImpl::set_sdk_param_FG_SIGNAL_ANALYZER_CLEAR_P0(int value, marovine::OnError onError) {
     applySetting(cache_.FG_SIGNAL_ANALYZER_CLEAR, value, oneOf(value, entriesOf("FG_SIGNAL_ANALYZER_CLEAR")),
-                 throwOnError, [&] {
+                 onError, [&] {
                      // Each call gives the design one pulse, whatever was set before.
                      design().write(designParameter("Trigger_Analyzer_Clear_Value"), 1U);
                      design().write(designParameter("Trigger_Analyzer_Clear_Value"), 0U);

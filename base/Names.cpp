@@ -1,4 +1,4 @@
-#include "client/Names.h"
+#include "base/Names.h"
 
 #include <fnmatch.h>
 
