@@ -6,9 +6,9 @@
 #include <variant>
 #include <vector>
 
-#include "board/imaging/LineClock.h"
 #include "board/imaging/Scene.h"
 #include "board/imaging/Settings.h"
+#include "board/lines/LineStream.h"
 
 namespace virtualboard {
 
@@ -47,6 +47,35 @@ Start startOf(const DesignSettings& settings) {
     }
 }
 
+/// Nobody: the plan only wants to know when lines come.
+class NoListener : public SignalListener {
+    void edges(Number, bool, const Pulses&) override {}
+};
+class OpenGate : public FrameCutter {
+    std::uint64_t linesLeft(std::uint64_t) const override { return Pulses::kEndless; }
+    bool listens() const override { return false; }
+    void imageTrigger(bool, BoardTime, std::uint64_t) override {}
+};
+
+/// Seconds until so many lines are complete; 0 when none comes.
+double secondsFor(std::uint64_t lines, const DesignSettings& settings, const imaging::Belt& belt) {
+    NoListener listener;
+    OpenGate gate;
+    LineStream stream(listener, gate);
+    stream.setBelt(belt, false, 0);
+    stream.configure(settings, 0);
+    // A steady source tells at once, an irregular one a little at a time.
+    BoardTime due = 0;
+    for (int left = 1000; left > 0 && stream.completed() < lines; --left) {
+        const auto next = stream.completeNotBefore(std::max<std::uint64_t>(lines, 1) - 1);
+        if (!next || *next > BoardClock::kLatest) break;
+        due = *next;
+        stream.advance(due);
+        stream.log().forget(stream.started());
+    }
+    return stream.completed() > 0 ? static_cast<double>(due) * 1e-9 : 0;
+}
+
 }  // namespace
 
 PicturePlan picturePlan(const Control& board, const imaging::Belt& belt) {
@@ -60,10 +89,12 @@ PicturePlan picturePlan(const Control& board, const imaging::Belt& belt) {
         endless ? settings.imageHeight : std::min(settings.imageHeight, settings.triggerYLength);
     plan.rows = std::min<std::uint64_t>(lines * rowsPerTrigger(settings), settings.yLength);
     plan.passesAny = lines != 0 && settings.selectPhase < settings.selectPeriod;
-    const auto clock = lineClock(settings, belt, imaging::kChartSize);
-    plan.linesCome = clock.running();
-    if (plan.linesCome)
-        plan.seconds = clock.timeFor((settings.triggerYOffset + lines) * settings.selectPeriod) * 1e-6;
+    const std::uint64_t all = (settings.triggerYOffset + lines) * settings.selectPeriod;
+    plan.seconds = secondsFor(all, settings, belt);
+    plan.linesCome = plan.seconds > 0;
+    // The first line comes at once: in free run each further picture takes a little longer than the first.
+    if (plan.start == Start::FreeRun && plan.linesCome)
+        plan.seconds = secondsFor(2 * all, settings, belt) - plan.seconds;
     return plan;
 }
 

@@ -2,33 +2,17 @@
 
 #include <algorithm>
 
-#include "board/imaging/PatternGenerator.h"
-
 namespace virtualboard::imaging {
-namespace {
-
-std::unique_ptr<LineSource> makeSource(const DesignSettings& settings,
-                                       std::shared_ptr<const SensorScene> scene, const Belt& belt,
-                                       double linePeriod) {
-    if (settings.generatorEnable != 0) return std::make_unique<PatternGenerator>(settings);
-    const double brightness = exposureTime(settings, linePeriod) / scene->camera().neutralExposure;
-    const Motion motion{Motion::stepOf(beltStep(belt, linePeriod)), rowsPerTrigger(settings),
-                        exposureGain(brightness)};
-    return std::make_unique<LineScanCamera>(std::move(scene), motion);
-}
-
-}  // namespace
-
-FrameRenderer::FrameRenderer(std::shared_ptr<const SensorScene> scene, const Belt& belt, Crew* crew)
-    : scene_(std::move(scene)), belt_(belt), crew_(crew), lines_(crew != nullptr ? crew->size() : 1) {
+FrameRenderer::FrameRenderer(std::shared_ptr<const SensorScene> scene, Crew* crew)
+    : scene_(std::move(scene)), camera_(scene_, {}), crew_(crew), lines_(crew != nullptr ? crew->size() : 1) {
     configure(settings_);
 }
 
 void FrameRenderer::configure(const DesignSettings& settings) {
     settings_ = settings;
-    clock_ = lineClock(settings, belt_, scene_->rows());
     plan_ = planLine(settings, scene_->camera());
-    source_ = makeSource(settings, scene_, belt_, clock_.linePeriod);
+    generator_.reset();
+    if (settings.generatorEnable != 0) generator_.emplace(settings);
     rowsPerLine_ = rowsPerTrigger(settings);
     gains_[0] = whiteBalanceGain(settings.blueGain);
     gains_[1] = whiteBalanceGain(settings.greenGain);
@@ -52,14 +36,26 @@ void FrameRenderer::fetch(const Picture& picture, std::uint32_t row, Lines& line
     // A line that needs no sorting is read straight into its place.
     std::uint8_t* const line = lines.row(row);
     const std::span<std::uint8_t> pixels(plan_.inOrder ? line : lines.sensor.data(), plan_.count);
-    source_->readRow(picture.firstRow + row, plan_.first, pixels);
+    const LineSource& source = generator_ ? static_cast<const LineSource&>(*generator_) : camera_;
+    source.readRow(picture.firstRow + row, plan_.first, pixels);
     balance(pixels, row);
     if (!plan_.inOrder) plan_.rearrangement.apply(lines.sensor.data(), line);
     extendEdges(line, plan_.width);
 }
 
-std::uint32_t FrameRenderer::render(const FramePosition& position, std::span<std::uint8_t> out) {
+PictureGeometry FrameRenderer::geometry(const FramePosition& position, const Motion& motion,
+                                        std::uint32_t rows) const {
+    if (generator_) return {};
+    PictureGeometry result{.columns = plan_.sensorPixels()};
+    for (std::uint64_t row = position.firstLine * rowsPerLine_; result.rows.size() < rows; ++row)
+        result.rows.push_back(motion.of(row).position >> kBeltBits);
+    return result;
+}
+
+std::uint32_t FrameRenderer::render(const FramePosition& position, const Motion& motion,
+                                    std::span<std::uint8_t> out) {
     if (plan_.width == 0) return 0;
+    camera_.setMotion(motion);
     const auto rows =
         static_cast<std::uint32_t>(std::min<std::size_t>(position.rows, out.size() / rowBytes()));
     const Picture picture{position.firstLine * rowsPerLine_, rows, out.data()};

@@ -2,13 +2,15 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
 #include "board/imaging/Crew.h"
 #include "board/imaging/FrameSequencer.h"
-#include "board/imaging/LineClock.h"
 #include "board/imaging/LineScanCamera.h"
+#include "board/imaging/PatternGenerator.h"
+#include "board/imaging/PictureGeometry.h"
 #include "board/imaging/Settings.h"
 #include "board/imaging/Stages.h"
 #include "board/imaging/TapSorter.h"
@@ -33,17 +35,20 @@ namespace virtualboard::imaging {
 class FrameRenderer {
  public:
     /// A crew outlives its renderers; without one the calling thread renders alone.
-    FrameRenderer(std::shared_ptr<const SensorScene> scene, const Belt& belt, Crew* crew = nullptr);
+    explicit FrameRenderer(std::shared_ptr<const SensorScene> scene, Crew* crew = nullptr);
 
     /// Takes over new settings, from the next picture on.
     void configure(const DesignSettings& settings);
 
-    const LineClock& clock() const { return clock_; }
     std::uint32_t width() const { return plan_.width; }  ///< pixels per row
     std::size_t rowBytes() const { return plan_.width * std::size_t{3}; }
 
-    /// Renders a picture; rows that do not fit into `out` are left out. Returns the rows written.
-    std::uint32_t render(const FramePosition& position, std::span<std::uint8_t> out);
+    /// What a picture of so many rows shows of the belt; nothing when it does not come from the camera.
+    PictureGeometry geometry(const FramePosition& position, const Motion& motion, std::uint32_t rows) const;
+
+    /// Renders a picture of a belt that moves so; rows that do not fit into `out` are left out. Returns the
+    /// rows written.
+    std::uint32_t render(const FramePosition& position, const Motion& motion, std::span<std::uint8_t> out);
 
  private:
     /// What one thread needs: a row before sorting and three after it, of which the middle one is developed.
@@ -62,11 +67,10 @@ class FrameRenderer {
     void balance(std::span<std::uint8_t> pixels, std::uint32_t row) const;
 
     std::shared_ptr<const SensorScene> scene_;
-    Belt belt_;
+    LineScanCamera camera_;
+    std::optional<PatternGenerator> generator_;  // in the camera's place
     DesignSettings settings_;
-    LineClock clock_;
     LinePlan plan_;
-    std::unique_ptr<LineSource> source_;
     std::uint64_t rowsPerLine_ = 1;
     bool lookUp_ = false;                          // some table changes some value
     std::uint16_t gains_[3] = {1024, 1024, 1024};  // blue, green, red

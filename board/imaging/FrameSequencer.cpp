@@ -43,7 +43,7 @@ void FrameSequencer::configure(const DesignSettings& settings, std::uint64_t lin
 void FrameSequencer::start(std::uint64_t line) {
     windows_.clear();
     cursor_ = line;
-    taken_ = number_ = 0;
+    taken_ = number_ = triggers_ = 0;
 }
 
 bool FrameSequencer::trigger(std::uint64_t line) {
@@ -56,7 +56,7 @@ bool FrameSequencer::openGate(std::uint64_t line) {
 
 bool FrameSequencer::begin(std::uint64_t line, std::uint64_t lines, bool gateOpen) {
     if (lines == 0 || busy(line)) return false;
-    windows_.push_back({toRowPair(line + delay_ + yOffset_), lines, gateOpen});
+    windows_.push_back({toRowPair(line + delay_ + yOffset_), lines, gateOpen, ++triggers_});
     return true;
 }
 
@@ -78,16 +78,21 @@ bool FrameSequencer::busy(std::uint64_t line) const {
     return !windows_.empty() && (windows_.back().gateOpen || line < windows_.back().end());
 }
 
+std::uint64_t FrameSequencer::linesLeft(std::uint64_t line) const {
+    if (freeRun()) return yLength_ != 0 ? kEndless : 0;
+    return !windows_.empty() && line < windows_.back().end() ? windows_.back().end() - line : 0;
+}
+
 std::uint64_t FrameSequencer::toRowPair(std::uint64_t line) const {
     return rowsPerLine_ == 1 ? (line + 1) / 2 * 2 : line;
 }
 
 std::optional<FrameSequencer::Window> FrameSequencer::current() const {
     if (!freeRun()) return windows_.empty() ? std::nullopt : std::optional(windows_.front());
-    if (!sourceFrames_) return Window{toRowPair(cursor_ + yOffset_), yLength_};
+    if (!sourceFrames_) return Window{.first = toRowPair(cursor_ + yOffset_), .lines = yLength_};
     const std::uint64_t frame = (cursor_ + linesPerFrame_ - 1) / linesPerFrame_ * linesPerFrame_;
     if (yOffset_ >= linesPerFrame_) return std::nullopt;
-    return Window{frame + yOffset_, std::min(yLength_, linesPerFrame_ - yOffset_)};
+    return Window{.first = frame + yOffset_, .lines = std::min(yLength_, linesPerFrame_ - yOffset_)};
 }
 
 std::uint64_t FrameSequencer::pieceLines(const Window& window) const {
@@ -109,17 +114,25 @@ std::optional<std::uint64_t> FrameSequencer::nextEnd() const {
     return window->first + taken_ + lines;
 }
 
+std::optional<FramePosition> FrameSequencer::upcoming() const {
+    const auto window = current();
+    const std::uint64_t lines = window ? pieceLines(*window) : 0;
+    if (lines == 0) return std::nullopt;
+    return FramePosition{.number = number_,
+                         .firstLine = window->first + taken_,
+                         .lines = static_cast<std::uint32_t>(lines),
+                         .rows = static_cast<std::uint32_t>(std::min(lines * rowsPerLine_, bufferRows_)),
+                         .selected = number_ % selectPeriod_ == selectPhase_,
+                         .opensWindow = taken_ == 0,
+                         .trigger = window->trigger};
+}
+
 std::optional<FramePosition> FrameSequencer::next(std::uint64_t lines) {
-    for (;;) {
-        const auto end = nextEnd();
-        if (!end || *end > lines) return std::nullopt;
-        const Window window = *current();
-        const std::uint64_t count = pieceLines(window);
-        const FramePosition position{number_++, window.first + taken_, static_cast<std::uint32_t>(count),
-                                     static_cast<std::uint32_t>(std::min(count * rowsPerLine_, bufferRows_))};
-        consume(window, count);
-        if (position.number % selectPeriod_ == selectPhase_) return position;
-    }
+    const auto picture = upcoming();
+    if (!picture || picture->firstLine + picture->lines > lines) return std::nullopt;
+    consume(*current(), picture->lines);
+    ++number_;
+    return picture;
 }
 
 }  // namespace virtualboard::imaging

@@ -14,6 +14,9 @@ struct FramePosition {
     std::uint64_t firstLine = 0;  ///< line trigger at which its first row is taken
     std::uint32_t lines = 0;      ///< line triggers that it lasts
     std::uint32_t rows = 0;       ///< rows that it has
+    bool selected = true;         ///< the image selector passes it on
+    bool opensWindow = true;      ///< the first one of its trigger window
+    std::uint64_t trigger = 0;    ///< which of the triggers and gates since the start, from 1; 0: none
 };
 
 /// Cuts the stream of lines into pictures, as the image trigger says.
@@ -30,8 +33,8 @@ struct FramePosition {
 ///   picture.
 ///
 /// With one row per line windows begin at even lines, one line later where need be, so that every picture
-/// begins with the sensor's first Bayer row. The image selector passes on picture n if n mod period equals
-/// the phase.
+/// begins with the sensor's first Bayer row. The image selector lies behind the frame buffer: it passes on
+/// picture n if n mod period equals the phase, and the others are pictures all the same.
 ///
 /// Line numbers given by the caller never decrease. Not thread-safe.
 class FrameSequencer {
@@ -44,20 +47,33 @@ class FrameSequencer {
     /// Forgets everything triggered: the acquisition starts at this line with picture 0.
     void start(std::uint64_t line);
 
-    /// The image trigger's edge. Returns whether it starts a frame.
+    /// The image trigger's edge. Returns whether it starts a frame; while one lasts it is missed.
     bool trigger(std::uint64_t line);
     /// The image trigger's level, in gated mode. Returns whether the gate starts a frame.
     bool openGate(std::uint64_t line);
+    /// Triggers and gates that have started a frame.
+    std::uint64_t triggers() const { return triggers_; }
+    /// Whether frames wait for the image trigger.
+    bool listens() const { return !freeRun(); }
     void closeGate(std::uint64_t line);
 
     /// Whether a triggered or gated window lasts at this line: what the busy flag shows.
     bool busy(std::uint64_t line) const;
 
+    /// The line at which a frame can begin that was triggered at this line.
+    std::uint64_t toRowPair(std::uint64_t line) const;
+
+    /// Lines that the frame under way still takes at this line, those before its window counted; 0 where
+    /// there is none.
+    std::uint64_t linesLeft(std::uint64_t line) const;
+
     /// The number of lines that must have come for the next picture; nothing while a trigger is missing. A
     /// closing gate may bring it forward. The image selector may still drop that picture.
     std::optional<std::uint64_t> nextEnd() const;
 
-    /// The next picture that is complete after `lines` lines and passes the image selector.
+    /// The next picture as it stands; a closing gate may make it shorter.
+    std::optional<FramePosition> upcoming() const;
+    /// The next picture, if it is complete after `lines` lines.
     std::optional<FramePosition> next(std::uint64_t lines);
 
  private:
@@ -65,12 +81,12 @@ class FrameSequencer {
         std::uint64_t first = 0;
         std::uint64_t lines = 0;
         bool gateOpen = false;
+        std::uint64_t trigger = 0;
         std::uint64_t end() const { return first + lines; }
     };
 
     bool freeRun() const { return mode_ == 0 || mode_ > 2; }
     bool begin(std::uint64_t line, std::uint64_t lines, bool gateOpen);
-    std::uint64_t toRowPair(std::uint64_t line) const;
     std::optional<Window> current() const;
     std::uint64_t pieceLines(const Window& window) const;
     void consume(const Window& window, std::uint64_t lines);
@@ -82,7 +98,7 @@ class FrameSequencer {
 
     std::uint64_t cursor_ = 0;  // free run: the line at which the next frame may start
     std::uint64_t taken_ = 0;   // lines of the current window that pictures have taken
-    std::uint64_t number_ = 0;
+    std::uint64_t number_ = 0, triggers_ = 0;
     std::deque<Window> windows_;  // triggered, oldest first
 };
 

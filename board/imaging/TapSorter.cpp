@@ -14,8 +14,8 @@ class Sorter {
         : settings_(settings), camera_(camera), tapWidth_(settings.tapWidth) {
         const std::uint32_t slots = std::min(settings.tapCount, 10u);
         taps_ = settings.dummyTaps != 0 ? slots - slots / 5 : slots;
-        const std::uint32_t lanes = settings.fullMode == 1 ? 10 : 8;
-        pixelsPerClock_ = slots <= 1 ? lanes : 10 / slots;
+        lanes_ = settings.fullMode == 1 ? 10 : 8;
+        pixelsPerClock_ = slots <= 1 ? lanes_ : 10 / slots;
         if (settings.translateVantagePoint != 0 && taps_ > 1) leftOut_ = remainder();
     }
 
@@ -54,6 +54,7 @@ class Sorter {
         }
         const std::uint64_t clock = pixel / pixelsPerClock_;
         const std::uint64_t lane = tap * pixelsPerClock_ + pixel % pixelsPerClock_;
+        if (lane >= lanes_) return kBlack;  // the format does not carry it
         const std::uint64_t cameraTap = lane / readout.pixelsPerClock;
         const std::uint64_t cameraPixel = clock * readout.pixelsPerClock + lane % readout.pixelsPerClock;
         const std::uint64_t width = camera_.sensorWidth / readout.taps;
@@ -66,10 +67,19 @@ class Sorter {
     const DesignSettings& settings_;
     const CameraTraits& camera_;
     std::uint64_t tapWidth_, pixelsPerClock_, leftOut_ = 0;
-    std::uint32_t taps_;
+    std::uint32_t taps_, lanes_;
 };
 
 }  // namespace
+
+std::vector<std::uint32_t> LinePlan::sensorPixels() const {
+    std::vector<std::uint32_t> result(width);
+    for (std::uint32_t i = 0; i < width; ++i) {
+        const std::uint32_t from = inOrder ? i : rearrangement.from()[i];
+        result[i] = !inOrder && from == Rearrangement::kBlack ? PictureGeometry::kNoColumn : first + from;
+    }
+    return result;
+}
 
 LinePlan planLine(const DesignSettings& settings, const CameraTraits& camera) {
     LinePlan plan;

@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <optional>
+#include <vector>
 
+#include "board/imaging/PictureGeometry.h"
 #include "board/imaging/Settings.h"
 #include "board/imaging/Stages.h"
 #include "marovine/World.h"
@@ -30,6 +32,9 @@ struct LinePlan {
     std::uint32_t first = 0;  ///< the sensor pixels to read: `count` from `first` on
     std::uint32_t count = 0;
     Rearrangement rearrangement;  ///< puts them into the window's order, when they are not
+
+    /// The sensor pixel of each of the window's pixels; `PictureGeometry::kNoColumn` where there is none.
+    std::vector<std::uint32_t> sensorPixels() const;
 };
 
 LinePlan planLine(const DesignSettings& settings, const CameraTraits& camera);

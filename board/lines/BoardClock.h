@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdint>
 
 #include "marovine/ClockMode.h"
@@ -13,9 +14,19 @@ namespace virtualboard {
 /// Nanoseconds since the board was inserted.
 using BoardTime = std::int64_t;
 
-/// Runs in real time until another mode is set. A change of the mode makes no jump.
+/// The design's own clock: every time of its parameters is a number of these.
+inline constexpr BoardTime kClockCycle = 8;  // ns
+
+/// A time of the design, given in µs, as whole clock cycles in ns.
+inline BoardTime toCycles(double microseconds) {
+    return std::llround(microseconds * 125) * kClockCycle;
+}
+
+/// Begins at 0. A change of the mode makes no jump.
 class BoardClock {
  public:
+    explicit BoardClock(ClockMode mode) : mode_(mode) {}
+
     BoardTime now() const { return running() ? base_ + sinceStart() : stoodAt_; }
 
     ClockMode mode() const { return mode_; }
@@ -49,7 +60,7 @@ class BoardClock {
     }
 
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-    ClockMode mode_ = ClockMode::RealTime;
+    ClockMode mode_;
     BoardTime base_ = 0;     ///< what the running clock showed at `start_`
     BoardTime stoodAt_ = 0;  ///< what the standing clock shows
 };

@@ -1,92 +1,52 @@
 #pragma once
 
-/// The line pulse generators of the design and the two signal analyzers that watch them.
+/// The two signal analyzers of the design.
 
 #include <array>
 #include <cstdint>
 #include <functional>
 #include <string_view>
 
-#include "board/design/Slot.h"
-#include "board/lines/BoardClock.h"
+#include "board/lines/Signals.h"
 
 namespace virtualboard {
 
-/// A train of pulses at a fixed period from a given moment on.
-struct PulseTrain {
-    BoardTime start = 0;   ///< the first pulse comes one period later
-    BoardTime period = 0;  ///< 0 while nothing pulses
-
-    /// Pulses up to and including `now`.
-    std::int64_t pulses(BoardTime now) const {
-        return period > 0 && now > start ? (now - start) / period : 0;
-    }
-};
-
-/// Follows the settings on the board's clock. The analyzers' read-outs stand in the board's slots and are
-/// brought up to date by `settle`; nothing runs in between.
-class SignalAnalyzers {
+/// Count edges and measure the times between them. A high active analyzer takes the edges that go up, a low
+/// active one those that go down. The read-outs stand in the board's slots and are as new as what `edges` was
+/// told last.
+class SignalAnalyzers : public SignalListener {
  public:
-    // Signals that come one by one, by their number in an analyzer's selector.
-    static constexpr Number kFrameStart = 35;
-    static constexpr Number kFrameEnd = 36;
-
     /// Finds a slot by the parameter's full name; null when the design lacks it.
     using FindSlot = std::function<Slot*(std::string_view)>;
 
     /// Takes the slots of a newly configured board and marks those that act or are live.
-    void attach(const FindSlot& find, BoardTime now);
+    void attach(const FindSlot& find);
 
-    /// Brings the read-outs to `now`. To be called before a live slot is read or an acting one is changed.
-    void settle(BoardTime now);
-
-    /// Follows a change of an acting slot.
-    void changed(const Slot& slot, BoardTime now);
-
-    /// Counts a pulse of a signal that comes one by one.
-    void pulse(Number signal, BoardTime time);
-
-    /// The train that carries lines from the camera or the generator.
-    const PulseTrain& lines() const { return lines_; }
+    void edges(Number signal, bool up, const Pulses& pulses) override;
+    /// Follows a change of an acting slot, or of a read-out that the control interface set.
+    void changed(const Slot& slot);
+    /// Inputs that an analyzer listens to, bit by bit.
+    std::uint32_t inputs() const;
 
  private:
     struct Analyzer {
         Slot* select = nullptr;
+        Slot* invert = nullptr;
         Slot* periodCurrent = nullptr;
         Slot* periodMax = nullptr;
         Slot* periodMin = nullptr;
         Slot* count = nullptr;
-        const PulseTrain* train = nullptr;  ///< null when the selected signal does not pulse
-        std::int64_t counted = 0;           ///< pulses of the present train that are in the count
-        std::int64_t seen = 0;              ///< pulses in a row, from which periods can be told
-        BoardTime lastPulse = 0;            ///< of a signal that comes one by one
+        bool follows = false;  ///< an edge was seen since the last clear or change: periods can be told
+        BoardTime last = 0;    ///< that edge
     };
 
-    const PulseTrain* trainOf(Number signal) const;
-    void restartTrains(BoardTime now);
-    void follow(Analyzer& analyzer, BoardTime now);
-    void clear(BoardTime now);
-    static void count(Analyzer& analyzer, std::int64_t pulses, BoardTime time);
+    void clear();
+    static void take(Analyzer& analyzer, const Pulses& pulses);
     void updateDifference();
 
-    Slot* mode_ = nullptr;
-    Slot* enable_ = nullptr;
-    Slot* period_ = nullptr;
-    Slot* delay_ = nullptr;
-    Slot* pixelClock_ = nullptr;
-    Slot* linkReset_ = nullptr;
-    Slot* cameraTrigger_ = nullptr;
-    Slot* source_ = nullptr;
-    Slot* freeRun_ = nullptr;
-    Slot* clockMode_ = nullptr;
-    Slot* sequence_ = nullptr;
-    Slot* active_ = nullptr;
-    Slot* words_ = nullptr;
     Slot* clear_ = nullptr;
     Slot* difference_ = nullptr;
     std::array<Analyzer, 2> analyzers_;
-    PulseTrain exsync_, exsync2_, lines_;
-    BoardTime exsync2Delay_ = 0;
 };
 
 }  // namespace virtualboard

@@ -1,0 +1,625 @@
+#include "board/lines/LineStream.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+#include <utility>
+
+namespace virtualboard {
+
+namespace {
+
+using imaging::LineSettings;
+
+/// Steps that one call takes at most.
+constexpr int kSteps = 20'000;
+
+/// Leaves out the pulses that come while the one before still lasts, `gap` long.
+Pulses thinned(const Pulses& in, BoardTime gap, BoardTime& busyUntil, std::uint64_t& missed) {
+    const std::uint64_t first = in.after(busyUntil - 1);
+    missed += first - in.begin;
+    if (first >= in.end) return {};
+    Pulses rest = in;
+    rest.begin = first;
+    const auto room = static_cast<double>(gap);
+    if (rest.count() > 1 && rest.shortestGap() < room) {
+        const auto stride = static_cast<std::uint64_t>(std::ceil(room / rest.time.step));
+        rest = rest.every(stride, first);
+        missed += in.end - first - rest.count();
+    }
+    busyUntil = rest.last() + gap;
+    return rest;
+}
+
+/// ns that the generator takes for a line, in whole clock cycles; 0 when no line ever comes.
+BoardTime generatorLineTime(const LineSettings& s) {
+    double cycles = s.generatorSequence;
+    if (s.generatorClockMode == 0)
+        cycles = s.generatorActivePixel != 0 ? cycles * s.generatorLineWords / s.generatorActivePixel : 0;
+    return cycles < 1e15 ? static_cast<BoardTime>(cycles) * kClockCycle : 0;
+}
+
+/// ns that a line of the camera takes on the link.
+BoardTime readoutTime(const LineSettings& s, const imaging::CameraTraits& camera) {
+    if (s.pixelClock == 0) return 0;
+    const double lanes = s.fullMode == 1 ? 10 : 8;
+    double clocks =
+        std::ceil(double{1} * s.tapWidth * (s.tapCount <= 1 ? 1 : s.tapCount - s.dummyTaps) / lanes);
+    if (camera.readout && camera.readout->taps != 0 && camera.readout->pixelsPerClock != 0) {
+        const double width = std::floor(double{1} * camera.sensorWidth / camera.readout->taps);
+        clocks = std::ceil(width / camera.readout->pixelsPerClock);
+    }
+    return std::max<BoardTime>(1, std::llround(std::ceil(clocks * 1000 / s.pixelClock)));
+}
+
+bool sameGenerator(const LineSettings& a, const LineSettings& b) {
+    const auto key = [](const LineSettings& s) {
+        return std::array{s.generatorEnable,     s.generatorFreeRun,     s.generatorValve,
+                          s.generatorFrameLines, s.generatorActiveLines, s.generatorClockMode,
+                          s.generatorSequence,   s.generatorActivePixel, s.generatorLineWords};
+    };
+    return key(a) == key(b);
+}
+
+bool sameDownscaler(const LineSettings& a, const LineSettings& b) {
+    const auto key = [](const LineSettings& s) {
+        return std::array{s.lineTriggerMode, s.exsyncEnable, s.lineDownscaler, s.linePhase};
+    };
+    return key(a) == key(b);
+}
+
+}  // namespace
+
+LineStream::LineStream(SignalListener& listener, FrameCutter& frames) : listener_(listener), frames_(frames) {
+    setEncoder({}, 0);
+}
+
+bool LineStream::cameraListens() const {
+    const bool triggered = settings_.cc1Select == kExsync || settings_.cc1Select == kExsync2;
+    return running_ && triggered && settings_.generatorEnable == 0 && settings_.coreReset == 0 &&
+           settings_.pixelClock != 0;
+}
+
+bool LineStream::freeGenerator() const {
+    return running_ && settings_.generatorEnable != 0 && settings_.generatorFreeRun != 0 && lineTime_ > 0;
+}
+
+// ---- what the stream follows from ----
+
+void LineStream::configure(const LineSettings& settings, BoardTime now) {
+    const bool wasRunning = runsItself(), began = !running_;
+    const LineSettings old = std::exchange(settings_, settings);
+    running_ = true;
+    now_ = std::max(now_, now);
+    const BoardTime oldPeriod = period_;
+    period_ = std::max(kClockCycle, toCycles(settings.exsyncPeriod));
+    exposure_ = toCycles(settings.exsyncExposure);
+    delay_ = toCycles(settings.exsync2Delay);
+    lineTime_ = generatorLineTime(settings);
+    readout_ = settings.generatorEnable != 0 ? std::max<BoardTime>(1, lineTime_ - kClockCycle)
+                                             : readoutTime(settings, camera_);
+    if (began || !sameDownscaler(old, settings)) {
+        skip_ = std::max(settings.linePhase, 1u) - 1;
+        triggers_ = {};
+    }
+    setGenerators(wasRunning, oldPeriod, began || !sameGenerator(old, settings));
+    if (!cameraListens()) {
+        coming_.clear();
+        underWay_ = 0;
+    }
+    linesPerFrame_ = static_cast<std::uint64_t>(std::clamp(framesOwnLines(), 1.0, 1e9));
+    rewire(external() && (began || old.lineTriggerMode == 0 || old.lineTriggerMode == 2));
+}
+
+void LineStream::setGenerators(bool wasRunning, BoardTime oldPeriod, bool sourceChanged) {
+    if (runsItself() && (!wasRunning || oldPeriod != period_)) {
+        // A new period counts from the last pulse, but nothing comes before the next clock cycle.
+        BoardTime first = now_ + kClockCycle;
+        if (wasRunning && lastExsync_) first = std::max(first, *lastExsync_ + period_);
+        generator_ = {
+            .origin = first, .time = {.step = static_cast<double>(period_)}, .end = Pulses::kEndless};
+        triggers_ = {};
+        fetched_ = now_;
+    }
+    if (!freeGenerator()) freeLines_ = {};
+    if (!sourceChanged) return;
+    generatorLine_ = 0;
+    generatorBusy_ = 0;
+    if (!freeGenerator()) return;
+    freeLines_ = {.origin = now_ + kClockCycle,
+                  .time = {.step = static_cast<double>(lineTime_)},
+                  .end = Pulses::kEndless};
+    const std::uint64_t lines = std::max(settings_.generatorActiveLines, 1u);
+    if (settings_.generatorFrameLines > lines) {
+        freeLines_.time.group = freeLines_.way.group = lines;
+        freeLines_.time.groupStep = static_cast<double>(lineTime_) * settings_.generatorFrameLines;
+    }
+}
+
+/// Lines in one frame of the source: the generator's frame, or one scene of the camera.
+double LineStream::framesOwnLines() const {
+    if (settings_.generatorEnable != 0) return settings_.generatorActiveLines;
+    const BeltTravel::Stretch stretch = travel_->at(now_);
+    double way = pixels(std::abs(stretch.speedAt(now_)) * static_cast<double>(period_) / 1e9);
+    if (external()) {
+        constexpr double kPulsesPerPitch[] = {1, 1, 2, 4};
+        way = pixels(travel_->belt().encoderPitch) * std::max(settings_.lineDownscaler, 1u) /
+              kPulsesPerPitch[std::min(settings_.encoderMode, 3u)];
+    }
+    // Whole row pairs; on a belt at rest the scene never ends.
+    return way > 0 ? std::max(2.0, std::round(sceneRows_ / way / 2) * 2) : 1e9;
+}
+
+void LineStream::stop(BoardTime now) {
+    running_ = false;
+    now_ = std::max(now_, now);
+    generator_ = triggers_ = freeLines_ = {};
+    coming_.clear();
+    underWay_ = 0;
+}
+
+void LineStream::setBelt(const imaging::Belt& belt, bool sceneStays, BoardTime now) {
+    const auto usable = [](double value) { return value >= 1e-6 && value <= 1e6; };
+    const auto fast = [](double speed) { return !(std::abs(speed) <= 1e6); };
+    if (!usable(belt.objectPixel)) throw std::invalid_argument("a belt's pixel is 1e-6 to 1e6 mm wide");
+    if (!usable(belt.encoderPitch)) throw std::invalid_argument("an encoder's pitch is 1e-6 to 1e6 mm");
+    if (fast(belt.speed) || std::ranges::any_of(belt.profile, fast, &imaging::SpeedPoint::speed))
+        throw std::invalid_argument("a belt moves at up to 1e6 mm/s, forwards or backwards");
+    double last = 0;
+    for (const imaging::SpeedPoint& point : belt.profile) {
+        if (!(point.at >= last && point.at <= 4e9))
+            throw std::invalid_argument(
+                "the points of a belt's speed profile lie at ascending times, 0 to 4e9 s");
+        last = point.at;
+    }
+    if (belt.profilePeriod != 0 && !(belt.profilePeriod >= 1e-6 && belt.profilePeriod <= 4e9))
+        throw std::invalid_argument("a belt's speed profile repeats after 1e-6 to 4e9 s, or (0) never");
+    const double before = pixels(travel_->position(now));
+    travel_ = std::make_shared<BeltTravel>(belt, now);
+    if (sceneStays) {
+        log_.moveOrigin(before, 0);
+    } else {
+        log_.resetOrigin();
+    }
+    now_ = std::max(now_, now);
+    for (unsigned i = 0; i < kInputs; ++i)
+        if (patterns_[i] != nullptr) inputs_[i] = std::make_shared<PatternLevel>(patterns_[i], travel_);
+    triggers_ = {};
+    fetched_ = now_;
+    linesPerFrame_ = static_cast<std::uint64_t>(std::clamp(framesOwnLines(), 1.0, 1e9));
+    setEncoder(encoder_, now);
+}
+
+void LineStream::setEncoder(const imaging::Encoder& encoder, BoardTime now) {
+    for (const auto& input : {encoder.inputA, encoder.inputB})
+        if (input && *input >= kInputs) throw std::invalid_argument("the board has inputs 0 to 11");
+    if (!(encoder.jitter >= 0 && encoder.jitter <= 0.1) || !(encoder.missing >= 0 && encoder.missing <= 1))
+        throw std::invalid_argument("an encoder's jitter is 0 to 0.1, its missing share 0 to 1");
+    encoder_ = encoder;
+    now_ = std::max(now_, now);
+    const double pitch = travel_->belt().encoderPitch;
+    const auto track = [&](double phase) {
+        return std::make_shared<PatternLevel>(std::make_shared<EncoderTrack>(encoder, pitch, phase), travel_);
+    };
+    trackA_ = track(0);
+    trackB_ = track(0.25);
+    rewire(true);
+}
+
+void LineStream::setCamera(const imaging::CameraTraits& camera, std::uint32_t sceneRows, BoardTime now) {
+    camera_ = camera;
+    sceneRows_ = sceneRows;
+    now_ = std::max(now_, now);
+    if (running_) configure(settings_, now);
+}
+
+void LineStream::setInput(unsigned input, std::shared_ptr<const InputLevel> level, BoardTime now) {
+    now_ = std::max(now_, now);
+    patterns_[input].reset();
+    inputs_[input] = std::move(level);
+    rewire(false);
+}
+
+void LineStream::wireInput(unsigned input, std::shared_ptr<const BeltPattern> pattern, BoardTime now) {
+    setInput(input, std::make_shared<PatternLevel>(pattern, travel_), now);
+    patterns_[input] = std::move(pattern);
+}
+
+std::shared_ptr<const InputLevel> LineStream::levelOf(unsigned input) const {
+    static const auto kLow = std::make_shared<const ConstantLevel>(false);
+    if (input >= kInputs) return kLow;
+    if (inputs_[input] != nullptr) return inputs_[input];
+    // Without wires of its own the encoder reaches the inputs that the line trigger listens to.
+    const auto wired = [&](const std::optional<std::uint32_t>& wire, std::uint32_t listening) {
+        return wire ? *wire == input : running_ && external() && listening == input;
+    };
+    if (wired(encoder_.inputA, settings_.lineSourceA)) return trackA_;
+    if (wired(encoder_.inputB, settings_.lineSourceB)) return trackB_;
+    return kLow;
+}
+
+LineTrigger::Wiring LineStream::wiring() const {
+    LineTrigger::Wiring wiring{
+        .a = levelOf(settings_.lineSourceA), .b = levelOf(settings_.lineSourceB), .travel = travel_};
+    double fastest = std::abs(travel_->belt().speed);
+    for (const imaging::SpeedPoint& point : travel_->belt().profile)
+        fastest = std::max(fastest, std::abs(point.speed));
+    // The filter keeps a track away whose levels last too short.
+    const bool lasts =
+        travel_->belt().encoderPitch / 2 / fastest * 1e9 >= static_cast<double>(lineDebounce(settings_));
+    const bool tracks = wiring.a == trackA_ && (settings_.encoderMode == 0 || wiring.b == trackB_);
+    wiring.straightFromEncoder = tracks && lasts && encoder_.jitter == 0 && encoder_.missing == 0;
+    return wiring;
+}
+
+/// Leads the inputs' levels to those that listen to them. `anew`: the line trigger begins now.
+void LineStream::rewire(bool anew) {
+    if (anew) {
+        trigger_.start(settings_, wiring(), now_);
+    } else {
+        trigger_.configure(settings_, wiring(), now_);
+    }
+    if (external()) {
+        triggers_ = {};
+        fetched_ = now_;
+    }
+    image_.change(levelOf(settings_.imageSelect), toCycles(settings_.imageDebouncing));
+    imageSeen_ = now_;
+    imageChange_.reset();
+    for (unsigned i = 0; i < kInputs; ++i)
+        if (watched_[i]) watched_[i]->change(levelOf(i), lineDebounce(settings_));
+}
+
+void LineStream::watchInputs(std::uint32_t inputs, BoardTime now) {
+    for (unsigned i = 0; i < kInputs; ++i) {
+        const bool wanted = (inputs >> i & 1) != 0;
+        if (wanted == watched_[i].has_value()) continue;
+        watched_[i].reset();
+        if (wanted) watched_[i].emplace().start(levelOf(i), lineDebounce(settings_), now);
+    }
+}
+
+std::uint32_t LineStream::levels(BoardTime time) const {
+    std::uint32_t levels = 0;
+    for (unsigned i = 0; i < kInputs; ++i) levels |= std::uint32_t{levelOf(i)->high(time)} << i;
+    return levels;
+}
+
+void LineStream::beginFrames(BoardTime now) {
+    now_ = std::max(now_, now);
+    frameOrigin_ = started();
+    open_ = false;
+    imageListens_ = false;
+    setGenerators(true, period_, true);
+    pollImageTrigger();
+}
+
+void LineStream::pollImageTrigger() {
+    const bool listened = std::exchange(imageListens_, frames_.listens());
+    if (imageFromInput() && !listened) {
+        image_.start(levelOf(settings_.imageSelect), toCycles(settings_.imageDebouncing), now_);
+        imageSeen_ = now_;
+        imageChange_.reset();
+        imageActive_ = false;
+    }
+    if (!imageListens_) {
+        imageActive_ = false;
+        return;
+    }
+    const bool level = imageFromInput() ? image_.high() : settings_.softwareLevel != 0;
+    setImageActive(level != (settings_.imagePolarity != 0));
+}
+
+void LineStream::setImageActive(bool active) {
+    if (std::exchange(imageActive_, active) != active) frames_.imageTrigger(active, now_, started());
+}
+
+// ---- time ----
+
+bool LineStream::advance(BoardTime until) {
+    int left = kSteps;
+    while (now_ < until && left-- > 0) step(until);
+    followInputs();
+    return now_ >= until;
+}
+
+void LineStream::step(BoardTime until) {
+    BoardTime horizon = until;
+    if (imageFromInput()) {
+        if (!imageChange_ && imageSeen_ <= now_) {
+            const DebouncedInput::Step seen = image_.advance(until, false);
+            imageSeen_ = seen.through;
+            if (seen.kind == DebouncedInput::Step::Kind::Change) imageChange_ = seen;
+        }
+        horizon = std::min(horizon, imageChange_ ? imageChange_->through : imageSeen_);
+    }
+    take(std::max(horizon, now_));
+    flush();
+    if (imageChange_ && now_ >= imageChange_->through) {
+        const bool high = imageChange_->high;
+        imageChange_.reset();
+        setImageActive(high != (settings_.imagePolarity != 0));
+    }
+}
+
+/// The first pulse of a frame comes a clock cycle after it begins, or as the downscaler's phase says.
+void LineStream::restart() {
+    open_ = true;
+    skip_ = std::max(settings_.linePhase, 1u) - 1;
+    if (runsItself()) generator_.origin = now_ + kClockCycle;
+}
+
+/// Takes what the line trigger brings up to a time, or the first part of it.
+void LineStream::take(BoardTime horizon) {
+    std::uint64_t room = Pulses::kEndless;
+    if (gated()) {
+        const std::uint64_t left = frames_.linesLeft(started());
+        if (left == 0) open_ = false;
+        if (left > 0 && !open_) restart();
+        room = left - std::min(left, underWay_);
+    }
+    const BoardTime from = now_;
+    if (triggers_.empty() && fetched_ <= now_) fetch(horizon);
+    Pulses in = triggers_;
+    if (settings_.exsyncEnable == 0 || room == 0) in.end = in.begin;
+    const std::uint64_t most = atOnce(in, room);
+    if (!in.empty() && in.count() > most) {
+        in.end = triggers_.begin = in.begin + most;
+        now_ = std::max(now_, in.last());
+    } else {
+        triggers_ = {};
+        now_ = std::max(now_, fetched_);
+    }
+    if (external() && !in.empty()) in = downscaled(in);
+    exsync(in);
+    if (freeGenerator()) start(freeLines_.between(from, now_));
+    coming_.take(now_, [&](const Pulses& triggers) {
+        underWay_ -= std::min(underWay_, triggers.count());
+        lines(triggers);
+    });
+    // A frame that is full closes the gate, also when the next one begins at once.
+    if (gated() && frames_.linesLeft(started()) == 0) open_ = false;
+}
+
+/// How many triggers can be taken by one rule, so that no more lines start than a frame takes.
+std::uint64_t LineStream::atOnce(const Pulses& in, std::uint64_t room) const {
+    const std::uint64_t factor = external() ? std::max(settings_.lineDownscaler, 1u) : 1;
+    const auto shortest = static_cast<double>(std::max({exposure_, readout_, generatorLineWait()}));
+    const bool even =
+        in.time.group == 1 || (in.divides(factor) && (factor > 1 || in.shortestGap() >= shortest));
+    std::uint64_t most = even || in.count() < 2 ? Pulses::kEndless : 1;
+    if (room < Pulses::kEndless) most = std::min(most, (external() ? skip_ : 0) + (room - 1) * factor + 1);
+    if (settings_.generatorEnable != 0) {
+        // Where edges start lines a frame's gap must be seen; where lines come by themselves its end.
+        const std::uint64_t frame = std::max(settings_.generatorFrameLines, settings_.generatorActiveLines);
+        if (settings_.generatorFreeRun == 0 && settings_.generatorValve == 1)
+            most = std::min(most, std::max<std::uint64_t>(1, frame - generatorLine_));
+        if (gated()) most = 1;
+    }
+    return most;
+}
+
+void LineStream::fetch(BoardTime horizon) {
+    triggers_ = {};
+    fetched_ = horizon;
+    if (external()) {
+        const LineTrigger::Step step = trigger_.advance(horizon);
+        fetched_ = step.through;
+        triggers_ = step.pulses;
+        return;
+    }
+    if (!runsItself() || (gated() && !open_)) return;
+    // Where the belt's speed changes every line has a place of its own.
+    const BeltTravel::Stretch stretch = travel_->at(now_);
+    fetched_ = std::min(horizon, stretch.until);
+    triggers_ = generator_.between(now_, fetched_);
+    if (triggers_.empty()) return;
+    if (!stretch.steady()) {
+        triggers_.end = triggers_.begin + 1;
+        fetched_ = triggers_.first();
+    }
+    triggers_.way.step = stretch.steady() ? pixels(stretch.speed * static_cast<double>(period_) / 1e9) : 0;
+    triggers_.place = pixels(stretch.positionAt(triggers_.first())) -
+                      static_cast<double>(triggers_.way.at(triggers_.begin));
+}
+
+Pulses LineStream::downscaled(const Pulses& in) {
+    const std::uint64_t factor = std::max(settings_.lineDownscaler, 1u), count = in.count();
+    if (skip_ >= count) {
+        skip_ -= count;
+        return {};
+    }
+    const std::uint64_t first = in.begin + skip_;
+    const Pulses passed = in.every(factor, first);
+    skip_ = passed.count() * factor - (in.end - first);
+    return passed;
+}
+
+// ---- from the pulses to the lines ----
+
+void LineStream::exsync(Pulses pulses) {
+    std::uint64_t ignored = 0;
+    BoardTime width = exposure_;
+    if (external()) {
+        pulses = thinned(pulses, exposure_, exsyncBusy_, ignored);
+    } else {
+        width = std::min(exposure_, std::max(period_ - kClockCycle, kClockCycle));
+    }
+    if (pulses.empty()) return;
+    lastExsync_ = pulses.last();
+    const bool inverted = settings_.exsyncPolarity != 0;
+    output(exsyncOut_, pulses, width, inverted);
+    output(exsync2Out_, pulses.delayed(delay_), width, inverted);
+    if (settings_.generatorEnable != 0) {
+        if (settings_.generatorFreeRun == 0 && lineTime_ > 0) generatorLines(pulses);
+    } else if (cameraListens()) {
+        // The camera begins a line when its trigger input goes up.
+        BoardTime later = settings_.cc1Select == kExsync2 ? delay_ : 0;
+        if (inverted != (settings_.cc1Invert != 0)) later += width;
+        underWay_ += pulses.count();
+        coming_.push(pulses.delayed(later));
+    }
+}
+
+void LineStream::output(Output& output, const Pulses& pulses, BoardTime width, bool inverted) {
+    output.up.push(inverted ? pulses.delayed(width) : pulses);
+    output.down.push(inverted ? pulses : pulses.delayed(width));
+}
+
+/// Lines or frames of the pattern generator whose valve waits for edges.
+void LineStream::generatorLines(const Pulses& edges) {
+    const std::uint64_t active = std::max(settings_.generatorActiveLines, 1u);
+    const std::uint64_t frame = std::max<std::uint64_t>(settings_.generatorFrameLines, active);
+    std::uint64_t ignored = 0;
+    const Pulses begun = thinned(edges, generatorLineWait(), generatorBusy_, ignored);
+    if (begun.empty()) return;
+    Pulses lines = begun;
+    if (settings_.generatorValve == 1) {
+        lines.end = lines.begin + std::min(begun.count(), active - std::min(active, generatorLine_));
+        generatorLine_ = (generatorLine_ + begun.count()) % frame;
+    } else {
+        const Rhythm rhythm{
+            .step = static_cast<double>(lineTime_), .groupStep = begun.time.step, .group = active};
+        lines = {.origin = begun.origin,
+                 .time = rhythm,
+                 .begin = begun.begin * active,
+                 .end = begun.end * active,
+                 .place = 0,
+                 .way = {.group = active}};
+    }
+    underWay_ += lines.count();
+    coming_.push(lines);
+}
+
+/// ns for which the generator hears no further edge.
+BoardTime LineStream::generatorLineWait() const {
+    if (settings_.generatorEnable == 0 || settings_.generatorFreeRun != 0) return 0;
+    const std::uint64_t frame = std::max({settings_.generatorFrameLines, settings_.generatorActiveLines, 1u});
+    return settings_.generatorValve == 1 ? lineTime_ : lineTime_ * static_cast<BoardTime>(frame);
+}
+
+void LineStream::lines(const Pulses& triggers) {
+    if (settings_.generatorEnable != 0) {
+        start(triggers);
+    } else {
+        start(thinned(triggers, readout_, cameraBusy_, lost_));
+    }
+}
+
+double LineStream::linePeriod(const Pulses& starts) const {
+    if (!external()) return settings_.exsyncPeriod;
+    if (starts.time.step > 0) return starts.time.step / 1000;
+    return static_cast<double>(starts.first() - lastStart_) / 1000;
+}
+
+void LineStream::start(const Pulses& starts) {
+    if (starts.empty()) return;
+    const std::uint64_t first = started();
+    const BoardTime begin = starts.first();
+    const double exposure = imaging::exposureTime(settings_, linePeriod(starts));
+    const double speed = travel_->at(begin).speedAt(begin);
+    log_.append({.starts = starts,
+                 .readout = readout_,
+                 .exposure = exposure,
+                 .way = imaging::Motion::stepOf(pixels(speed * exposure * 1e-6))});
+    lastStart_ = starts.last();
+    const Pulses ends = starts.delayed(readout_);
+    ends_.push(ends);
+    output(lineValid_, starts, readout_, false);
+    output(lineStart_, starts, kClockCycle, false);
+    output(lineEnd_, ends, kClockCycle, false);
+    // Frame valid: from the first line of the source's frame to the end of its last one.
+    const std::uint64_t length = linesPerFrame_, place = (first - frameOrigin_) % length;
+    const auto every = [&](std::uint64_t from, DelayLine& edge, BoardTime later) {
+        if (starts.begin + from >= starts.end) return;
+        Pulses lines = starts;
+        if (lines.count() <= from + length) {
+            lines.begin += from;
+            lines.end = lines.begin + 1;
+        } else if (lines.divides(length)) {
+            lines = lines.every(length, lines.begin + from);
+        } else {
+            return;
+        }
+        edge.push(lines.delayed(later));
+    };
+    if (first >= frameOrigin_) {
+        every((length - place) % length, frameValid_.up, 0);
+        every(length - 1 - place, frameValid_.down, readout_);
+    }
+}
+
+/// Tells the listener of all edges that have come by now.
+void LineStream::flush() {
+    ends_.take(now_, [&](const Pulses& ends) { completed_ += ends.count(); });
+    for (Output* output : {&exsyncOut_, &exsync2Out_, &lineValid_, &frameValid_, &lineStart_, &lineEnd_}) {
+        for (const bool up : {true, false}) {
+            (up ? output->up : output->down).take(now_, [&](const Pulses& pulses) {
+                listener_.edges(output->signal, up, pulses);
+            });
+        }
+    }
+}
+
+void LineStream::followInputs() {
+    using Kind = DebouncedInput::Step::Kind;
+    for (unsigned i = 0; i < kInputs; ++i) {
+        if (!watched_[i]) continue;
+        for (int left = kSteps; left > 0; --left) {
+            const DebouncedInput::Step step = watched_[i]->advance(now_, true);
+            if (step.kind == Kind::Train) {
+                listener_.edges(kFirstInput + i, true, step.rising);
+                listener_.edges(kFirstInput + i, false, step.rising.delayed(step.width));
+            } else if (step.kind == Kind::Change) {
+                const bool ruled = step.high && !step.rising.empty();
+                listener_.edges(kFirstInput + i, step.high, ruled ? step.rising : Pulses::one(step.through));
+            } else if (step.through >= now_) {
+                break;
+            }
+        }
+    }
+}
+
+// ---- what is to come ----
+
+std::optional<BoardTime> LineStream::imageTriggerNotBefore() const {
+    if (!imageFromInput()) return std::nullopt;
+    if (imageChange_) return imageChange_->through;
+    const auto next = image_.notBefore();
+    return next ? std::optional(std::max(*next, now_ + 1)) : std::nullopt;
+}
+
+std::optional<BoardTime> LineStream::completeNotBefore(std::uint64_t line) const {
+    if (const LineRun* run = log_.find(line)) return run->startOf(line) + run->readout;
+    if (line < started()) return now_;
+    std::uint64_t missing = line - started();  // lines before this one
+    if (freeGenerator()) {
+        const std::uint64_t next = freeLines_.after(now_);
+        return freeLines_.at(next + missing) + readout_;
+    }
+    if (underWay_ > missing && !coming_.empty()) return std::max(coming_.next(), now_ + 1);
+    missing -= std::min(missing, underWay_);
+    const bool brings = settings_.generatorEnable != 0 ? lineTime_ > 0 : cameraListens();
+    if (!running_ || !brings || settings_.exsyncEnable == 0 || (gated() && frames_.linesLeft(started()) == 0))
+        return std::nullopt;
+    // Lines lie apart as far as the slowest link in the chain says.
+    double gap = static_cast<double>(std::max({exposure_ * (external() ? 1 : 0), readout_, kClockCycle}));
+    if (settings_.generatorEnable != 0) gap = static_cast<double>(lineTime_);
+    std::optional<BoardTime> first;
+    if (external()) {
+        first = trigger_.notBefore();
+        gap = std::max(gap, trigger_.shortestGap() * std::max(settings_.lineDownscaler, 1u));
+        if (!triggers_.empty()) first = std::max(triggers_.first(), now_ + 1);
+    } else {
+        if (!open_ && gated()) return now_ + kClockCycle;
+        first = generator_.at(generator_.after(now_));
+        if (settings_.generatorEnable == 0)
+            gap = std::ceil(gap / static_cast<double>(period_)) * static_cast<double>(period_);
+    }
+    if (!first) return std::nullopt;
+    const double wait =
+        std::min(gap * static_cast<double>(missing), static_cast<double>(BoardClock::kLatest));
+    return std::max(now_ + 1, *first + static_cast<BoardTime>(wait) + readout_);
+}
+
+}  // namespace virtualboard
