@@ -3,6 +3,7 @@
 /// The acquisition side of a board: cuts the line stream into pictures and brings them into the host's ring.
 
 #include <algorithm>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -13,16 +14,18 @@
 #include <set>
 #include <string_view>
 #include <thread>
+#include <vector>
 
 #include "board/imaging/FrameRenderer.h"
 #include "board/imaging/FrameSequencer.h"
 #include "board/imaging/Settings.h"
 #include "board/lines/BoardClock.h"
-#include "board/lines/ImageTriggerInput.h"
-#include "board/lines/LineTimeline.h"
-#include "board/lines/SignalAnalyzers.h"
+#include "board/lines/LineStream.h"
+#include "board/machine/BoardSignals.h"
 #include "board/machine/FrameRing.h"
+#include "board/world/World.h"
 #include "marovine/Image.h"
+#include "marovine/Truth.h"
 
 namespace virtualboard {
 
@@ -34,17 +37,15 @@ namespace virtualboard {
 ///
 /// The board's lock guards all of it; the caller holds it. Functions that take the lock give it up while
 /// they wait.
-class Acquisition {
+class Acquisition : private FrameCutter {
  public:
     using Lock = std::unique_lock<std::mutex>;
     using FindSlot = std::function<Slot*(std::string_view)>;
     using ReadSettings = std::function<imaging::DesignSettings()>;
 
-    Acquisition(std::mutex& mutex, BoardClock& clock, SignalAnalyzers& analyzers)
-        : mutex_(mutex), clock_(clock), analyzers_(analyzers) {}
-    Acquisition(const Acquisition&) = delete;
-    Acquisition& operator=(const Acquisition&) = delete;
-    ~Acquisition();
+    Acquisition(std::mutex& mutex, BoardClock& clock, BoardSignals& signals)
+        : mutex_(mutex), clock_(clock), signals_(signals), stream_(signals, *this) {}
+    ~Acquisition() override;
 
     /// Takes the slots of a newly configured board and marks those that are live and those of the image
     /// trigger. `readSettings` is asked whenever a slot that drives pictures changes. No acquisition may run.
@@ -55,7 +56,14 @@ class Acquisition {
     /// A null scene is the built-in chart.
     void setScene(std::shared_ptr<const imaging::Image> scene, std::uint32_t fieldWidth);
     void setCamera(const imaging::CameraTraits& camera);
+    /// Throw `std::invalid_argument` for values that make no sense, and change nothing then.
     void setBelt(const imaging::Belt& belt);
+    void setEncoder(const imaging::Encoder& encoder);
+    void setInput(unsigned input, std::shared_ptr<const InputLevel> level);
+    void wireInput(unsigned input, std::shared_ptr<const BeltPattern> pattern);
+    void setLight(const imaging::Light& light);
+    /// Camera, light, belt and all that lies on it at once.
+    void setWorld(std::shared_ptr<const world::World> world);
     /// Threads that render a large picture, from the next acquisition on; 0: one for each usable core.
     void setRenderThreads(unsigned threads) { renderThreads_ = threads; }
 
@@ -66,8 +74,12 @@ class Acquisition {
     int acquire(std::int64_t pictures, std::shared_ptr<FrameRing> ring, const void* owner);
     int stop(Lock& lock, const dma_mem* memory);
     std::int64_t lastPicture(const dma_mem* memory);
-    std::int64_t lastPictureBlocking(Lock& lock, std::int64_t picture, int timeout, const dma_mem* memory);
+    std::int64_t lastPictureBlocking(Lock& lock, std::int64_t picture, std::chrono::milliseconds timeout,
+                                     const dma_mem* memory);
     std::int64_t status(int parameter, std::int64_t data, const dma_mem* memory);
+    /// What one of the last `kMostShown` pictures shows of the world that it was taken in: nothing without a
+    /// world. 0 or a code.
+    int truth(Lock& lock, std::int64_t number, const dma_mem* memory, PictureTruth& truth) const;
 
     /// Ends what `owner` started, or whatever runs when it is null.
     void end(Lock& lock, const void* owner);
@@ -75,10 +87,12 @@ class Acquisition {
     // ---- the board's side ----
 
     bool running() const { return running_; }
-    /// Queues what is due by now and brings the read-outs up to date.
+    /// Follows the lines up to now, queues the pictures that are due and brings the read-outs up to date.
     void settle(BoardTime now);
-    /// Follows a change of a slot that drives pictures.
+    /// Follows a change of a slot that acts or drives pictures.
     void changed(const Slot& slot, BoardTime now);
+    /// Somebody began or ceased to wait for events.
+    void listenersChanged();
     /// The clock was moved or changed its mode.
     void clockChanged() { work_.notify_one(); }
 
@@ -87,12 +101,21 @@ class Acquisition {
     struct Snapshot {
         imaging::DesignSettings settings;
         std::shared_ptr<const imaging::SensorScene> scene;
-        imaging::Belt belt;
+        std::shared_ptr<const world::World> world;  ///< null where a picture lies on the belt
     };
     struct DuePicture {
-        imaging::FramePosition position;
-        std::shared_ptr<const Snapshot> taken;  ///< as things stood when it was complete
+        imaging::FramePosition position{};
+        std::shared_ptr<const Snapshot> taken{};  ///< as things stood when it was complete
+        imaging::Motion motion{};
+        FrameMemoryPictureInfo info{};
+        std::uint64_t bytes = 0;  ///< that it takes of the board's memory
     };
+
+    struct ShownPicture {
+        DuePicture from;
+        std::uint32_t width, height;
+    };
+    static constexpr std::size_t kMostShown = 4096;
 
     int check(const dma_mem* memory) const;
     std::int64_t unread() const { return std::max<std::int64_t>(0, delivered_ - done_); }
@@ -100,9 +123,25 @@ class Acquisition {
     std::int64_t filled() const { return static_cast<std::int64_t>(due_.size()) + unread(); }
     bool isComplete() const { return pictures_ >= 0 && accepted_ >= pictures_; }
     std::optional<BoardTime> nextDue() const;
-    void accept(const imaging::FramePosition& position, std::uint64_t end);
+    // As the lines' own numbers have it.
+    std::uint64_t linesLeft(std::uint64_t line) const override;
+    bool listens() const override { return running_ && sequencer_.listens(); }
+    void imageTrigger(bool active, BoardTime at, std::uint64_t line) override;
+
+    void triggered(BoardTime at, FramePictureTrigger cause, bool begun);
+    bool cutNext();
+    void tellFlashes();
+    void accept(const imaging::FramePosition& position);
+    std::uint64_t memoryBytes() const;
+    imaging::Motion motionOf(const imaging::FramePosition& position) const;
+    FrameMemoryPictureInfo describe(const imaging::FramePosition& position);
+    std::uint32_t sceneRows() const;
+    void readLineSettings(BoardTime now);
+    BoardTime startOf(std::uint64_t line) const;
+    BoardTime endOf(std::uint64_t line) const;
     template <typename Change>
     void changeSurroundings(Change change);
+    std::shared_ptr<const imaging::SensorScene> makeScene() const;
     void reconfigure(BoardTime now);
     void updateReadOuts(BoardTime now);
     void queueDue(BoardTime now);
@@ -114,21 +153,38 @@ class Acquisition {
 
     std::mutex& mutex_;
     BoardClock& clock_;
-    SignalAnalyzers& analyzers_;
+    BoardSignals& signals_;
+    LineStream stream_;
     std::condition_variable work_;  ///< for the board's thread
     std::condition_variable wake_;  ///< for the host's threads: they look for themselves what happened
 
     ReadSettings readSettings_;
-    ImageTriggerInput trigger_;
+    struct NumberSlot {
+        const Slot* slot;
+        std::uint32_t imaging::LineSettings::*member;
+    };
+    struct RealSlot {
+        const Slot* slot;
+        double imaging::LineSettings::*member;
+    };
+    std::vector<NumberSlot> lineNumbers_;  ///< what the line stream follows, found once
+    std::vector<RealSlot> lineReals_;
+    bool hasLines_ = false;  ///< the design has all of it
+    Slot* softwarePulse_ = nullptr;
+    Slot* inputStatus_ = nullptr;
+    Slot* compensation_ = nullptr;
     Slot* busy_ = nullptr;
     Slot* overflowed_ = nullptr;
     Slot* fillLevel_ = nullptr;
     Slot* dmaStatus_ = nullptr;
+    const Slot* ramAddress_ = nullptr;
+    const Slot* ramData_ = nullptr;
 
-    std::shared_ptr<const imaging::Image> picture_;  ///< on the belt
+    std::shared_ptr<const world::World> world_;      ///< or nothing, then
+    std::shared_ptr<const imaging::Image> picture_;  ///< on the belt; without either it is the chart
     std::uint32_t fieldWidth_ = 0;
     imaging::CameraTraits camera_;
-    imaging::Belt belt_;
+    imaging::Light light_;
     std::shared_ptr<const imaging::SensorScene> scene_;  ///< made when first needed
     std::shared_ptr<const Snapshot> snapshot_;           ///< a new one for each change
 
@@ -152,10 +208,23 @@ class Acquisition {
     std::multiset<std::int64_t> awaited_;  ///< pictures that threads of the host wait for
     bool polled_ = false;                  ///< the host has asked since the last picture whether there is one
     bool overflow_ = false;
-    bool active_ = false;  ///< the image trigger's level
-    LineTimeline timeline_;
     imaging::FrameSequencer sequencer_;
-    std::deque<DuePicture> due_;  ///< the first one is being rendered
+    std::uint64_t base_ = 0;              ///< the stream's number of the acquisition's first line
+    std::optional<std::int64_t> origin_;  ///< where the belt was then: there the scene begins
+    bool frameTold_ = false;              ///< the frame under way was told to have started
+    struct Trigger {
+        std::uint64_t number;
+        BoardTime at;
+        FramePictureTrigger cause;
+    };
+    std::deque<Trigger> triggers_;       ///< of frames that are not complete
+    std::deque<std::uint64_t> flashes_;  ///< lines with a flash that are not over
+    std::deque<std::uint64_t> lit_;      ///< lines with a flash that a picture may still hold
+    bool flashOn_ = false;               ///< the first of `flashes_` has begun
+    std::int64_t lostBefore_ = 0;        ///< pictures lost since the last that found room
+    std::uint64_t waiting_ = 0;          ///< bytes of the pictures in `due_`
+    std::deque<DuePicture> due_;         ///< the first one is being rendered
+    std::deque<ShownPicture> shown_;     ///< the last ones delivered
     unsigned renderThreads_ = 0;
     std::optional<imaging::Crew> crew_;
     std::optional<imaging::FrameRenderer> renderer_;  ///< belongs to whoever is rendering

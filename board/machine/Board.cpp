@@ -86,7 +86,8 @@ void Board::reset() {
         const auto index = design_->indexOf(name);
         return index.has_value() ? &slots_[*index] : nullptr;
     };
-    analyzers_.attach(find, clock_.now());
+    events_.attach([this](std::string_view name) { return findEvent(name); });
+    signals_.attach(find);
     attachAcquisition(find);
 }
 
@@ -255,6 +256,7 @@ void Board::setClockMode(ClockMode mode) {
     settle();
     clock_.setMode(mode);
     acquisition_.clockChanged();
+    events_.reconsider();
 }
 
 void Board::advanceClock(double seconds) {

@@ -13,9 +13,10 @@
 
 #include "board/design/Slot.h"
 #include "board/lines/BoardClock.h"
-#include "board/lines/SignalAnalyzers.h"
 #include "board/machine/Acquisition.h"
+#include "board/machine/BoardSignals.h"
 #include "board/machine/Design.h"
+#include "board/machine/EventQueue.h"
 #include "board/machine/Faults.h"
 #include "marovine/Control.h"
 
@@ -24,6 +25,8 @@ namespace virtualboard {
 /// Every function takes the board's lock; watchers are called without it.
 class Board {
  public:
+    explicit Board(ClockMode clock) : clock_(clock) {}
+
     /// Puts a design onto the board and sets its start values; with `keepValues` a board that already carries
     /// the same design keeps its values. Returns the design the board now carries.
     std::shared_ptr<const Design> configure(std::shared_ptr<const Design> design, bool keepValues);
@@ -49,7 +52,8 @@ class Board {
                 const void* handle);
     int stopAcquisition(const dma_mem* memory);
     std::int64_t lastPicture(const dma_mem* memory);
-    std::int64_t lastPictureBlocking(std::int64_t picture, int timeout, const dma_mem* memory);
+    std::int64_t lastPictureBlocking(std::int64_t picture, std::chrono::milliseconds timeout,
+                                     const dma_mem* memory);
     std::int64_t acquisitionStatus(int parameter, std::int64_t data, const dma_mem* memory);
     /// Ends what this handle started, or whatever runs when it is null.
     void endAcquisition(const void* handle);
@@ -73,7 +77,30 @@ class Board {
     void setScene(std::shared_ptr<const imaging::Image> scene, std::uint32_t fieldWidth);
     void setCamera(const imaging::CameraTraits& camera);
     void setBelt(const imaging::Belt& belt);
+    void setEncoder(const imaging::Encoder& encoder);
+    void playInput(unsigned input, imaging::InputSignal signal);
+    void wireInput(unsigned input, std::shared_ptr<const BeltPattern> pattern);
+    void setLight(const imaging::Light& light);
+    void setWorld(std::shared_ptr<const world::World> world);
+    /// 0 or a code of BoardCodes.h.
+    int truth(const dma_mem* memory, std::int64_t number, PictureTruth& truth);
     void setRenderThreads(unsigned threads);
+    BoardTime time();
+
+    // ---- events ----
+
+    /// Begins to collect the events of a mask, `room` of them at most.
+    std::shared_ptr<PendingEvents> subscribe(std::uint64_t mask, std::size_t room);
+    void unsubscribe(const std::shared_ptr<PendingEvents>& pending);
+    /// Ends all subscriptions.
+    void endEvents();
+    /// The next event, waited for at most `seconds` of the machine's time: 0, `kTimeout`, or
+    /// `kUnknownSubscription` once the subscription has ended.
+    int waitEvent(PendingEvents& pending, double seconds, VirtualBoardEvent& event);
+    /// Lets an event happen now. `kUnknownEvent` when the design has none of this number.
+    int raiseEvent(unsigned number, std::int64_t payload);
+    /// Number of an event by the design's name; nothing when it has none of that name.
+    std::optional<unsigned> eventNumber(std::string_view name);
 
  private:
     using Lock = std::unique_lock<std::mutex>;
@@ -93,6 +120,9 @@ class Board {
     int load(const Slot& slot, void* value, FgParamTypes type) const;
     int loadField(const Slot& slot, void* value, FgParamTypes type) const;
     void applyNamedFaults();
+    std::optional<unsigned> findEvent(std::string_view name) const;
+    /// When one of these sources may next have an event, as things stand.
+    std::optional<BoardTime> nextEvent(std::uint64_t sources) const;
     void setNamedFault(std::map<std::string, int, std::less<>>& faults, std::string_view name, int code);
     /// Brings the values that the board itself changes up to date.
     void settle();
@@ -102,12 +132,11 @@ class Board {
     template <typename Store>
     int change(Slot& slot, Store store) {
         const BoardTime now = clock_.now();
-        if (slot.acts || slot.live) analyzers_.settle(now);
-        if (slot.drivesPictures || slot.live) acquisition_.settle(now);
+        acquisition_.settle(now);
         const int code = store();
         if (code != 0) return code;
-        if (slot.acts || slot.live) analyzers_.changed(slot, now);
-        if (slot.drivesPictures) acquisition_.changed(slot, now);
+        acquisition_.changed(slot, now);
+        events_.reconsider();
         return code;
     }
     void updateNoticed() { noticed_ = recording_ || watcher_ != nullptr || faults_.any(); }
@@ -120,8 +149,9 @@ class Board {
     std::vector<std::vector<std::uint32_t>> fields_;
     std::vector<std::uint64_t> registers_;
     BoardClock clock_;
-    SignalAnalyzers analyzers_;
-    Acquisition acquisition_{mutex_, clock_, analyzers_};
+    EventQueue events_;
+    BoardSignals signals_{events_};
+    Acquisition acquisition_{mutex_, clock_, signals_};
 
     bool noticed_ = false;  ///< somebody records, watches or refuses: a write takes the long way
     bool recording_ = false;

@@ -12,8 +12,9 @@ namespace virtualboard {
 
 namespace {
 
-constexpr unsigned kInputs = 12;  // eight, and four at the front
-constexpr const char* kInputStatus = "Device1_Process1_Trigger_Inputs_InputStatus_Status";
+void checkInput(unsigned input) {
+    if (input >= kInputs) throw std::invalid_argument("the board has inputs 0 to 11");
+}
 
 /// Reads the image path's values from the slots. Whatever it has been asked for drives pictures.
 class SlotReader : public imaging::ValueReader {
@@ -60,9 +61,7 @@ void Board::attachAcquisition(const std::function<Slot*(std::string_view)>& find
 }
 
 void Board::settle() {
-    const BoardTime now = clock_.now();
-    analyzers_.settle(now);
-    acquisition_.settle(now);
+    acquisition_.settle(clock_.now());
 }
 
 int Board::acquire(const Design* design, std::int64_t pictures, std::shared_ptr<FrameRing> memory,
@@ -86,7 +85,8 @@ std::int64_t Board::lastPicture(const dma_mem* memory) {
     return acquisition_.lastPicture(memory);
 }
 
-std::int64_t Board::lastPictureBlocking(std::int64_t picture, int timeout, const dma_mem* memory) {
+std::int64_t Board::lastPictureBlocking(std::int64_t picture, std::chrono::milliseconds timeout,
+                                        const dma_mem* memory) {
     Lock lock(mutex_);
     return acquisition_.lastPictureBlocking(lock, picture, timeout, memory);
 }
@@ -101,15 +101,36 @@ void Board::endAcquisition(const void* handle) {
     acquisition_.end(lock, handle);
 }
 
-void Board::setInput(unsigned input, bool high) {
-    if (input >= kInputs) throw std::invalid_argument("the board has inputs 0 to 11");
+BoardTime Board::time() {
     const Lock lock(mutex_);
-    Slot& status = named(kInputStatus);
-    const Number bit = Number{1} << input;
-    change(status, [&] {
-        status.value = high ? status.value | bit : status.value & ~bit;
-        return int{kOk};
-    });
+    return clock_.now();
+}
+
+void Board::setInput(unsigned input, bool high) {
+    checkInput(input);
+    const Lock lock(mutex_);
+    acquisition_.setInput(input, std::make_shared<ConstantLevel>(high));
+    events_.reconsider();
+}
+
+void Board::playInput(unsigned input, imaging::InputSignal signal) {
+    checkInput(input);
+    const Lock lock(mutex_);
+    acquisition_.setInput(input, std::make_shared<PlayedLevel>(std::move(signal), clock_.now()));
+    events_.reconsider();
+}
+
+void Board::wireInput(unsigned input, std::shared_ptr<const BeltPattern> pattern) {
+    checkInput(input);
+    const Lock lock(mutex_);
+    acquisition_.wireInput(input, std::move(pattern));
+    events_.reconsider();
+}
+
+void Board::setEncoder(const imaging::Encoder& encoder) {
+    const Lock lock(mutex_);
+    acquisition_.setEncoder(encoder);
+    events_.reconsider();
 }
 
 void Board::setScene(std::shared_ptr<const imaging::Image> scene, std::uint32_t fieldWidth) {
@@ -125,6 +146,21 @@ void Board::setCamera(const imaging::CameraTraits& camera) {
 void Board::setBelt(const imaging::Belt& belt) {
     const Lock lock(mutex_);
     acquisition_.setBelt(belt);
+}
+
+void Board::setLight(const imaging::Light& light) {
+    const Lock lock(mutex_);
+    acquisition_.setLight(light);
+}
+
+void Board::setWorld(std::shared_ptr<const world::World> world) {
+    const Lock lock(mutex_);
+    acquisition_.setWorld(std::move(world));
+}
+
+int Board::truth(const dma_mem* memory, std::int64_t number, PictureTruth& truth) {
+    Lock lock(mutex_);
+    return acquisition_.truth(lock, number, memory, truth);
 }
 
 void Board::setRenderThreads(unsigned threads) {

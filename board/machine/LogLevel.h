@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "marovine/EnvironmentVariables.h"
+
 namespace virtualboard {
 
 /// A level that silences every line; also what counts when nothing is asked for.
@@ -14,7 +16,7 @@ inline constexpr unsigned kLogFailure = 5;
 
 /// The environment variable MAROVINE_LOG_LEVEL, 0 (everything) to 7 (nothing); nothing else counts.
 inline unsigned logLevel() {
-    const char* text = std::getenv("MAROVINE_LOG_LEVEL");
+    const char* text = std::getenv(marovine::environment::kLogLevel);
     if (text == nullptr || std::strlen(text) != 1 || *text < '0' || *text > '7') return kLogSilent;
     return static_cast<unsigned>(*text - '0');
 }

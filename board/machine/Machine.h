@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "board/machine/Board.h"
+#include "board/machine/EventWaiter.h"
 #include "board/machine/FrameRing.h"
 
 namespace virtualboard {
@@ -77,7 +78,7 @@ class Registry {
     std::map<Key*, std::shared_ptr<Thing>> things_;
 };
 
-/// The boards, designs, handles and picture memories of this process. Thread-safe.
+/// The boards, designs, handles, picture memories and subscriptions of this process. Thread-safe.
 class Machine {
  public:
     static Machine& instance();
@@ -86,6 +87,7 @@ class Machine {
     Registry<fpga_design, const Design> designs;
     Registry<Fg_Struct, Handle> handles;
     Registry<dma_mem, FrameRing> memories;
+    Registry<VirtualBoardSubscription, EventWaiter> subscriptions;
 
     /// Loads a design; one that is like the last one loaded is read no more. With a type other than 0 the
     /// design must be of it. Null when the control interface refuses it; throws `std::invalid_argument`

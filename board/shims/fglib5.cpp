@@ -247,8 +247,9 @@ int64_t Fg_getLastPicNumberEx(Fg_Struct* record, unsigned dmaIndex, dma_mem* mem
 
 int64_t Fg_getLastPicNumberBlockingEx(Fg_Struct* record, int64_t picture, unsigned dmaIndex, int timeout,
                                       dma_mem* memory) {
-    return onDma(record, dmaIndex,
-                 [&](Handle& handle) { return handle.board->lastPictureBlocking(picture, timeout, memory); });
+    return onDma(record, dmaIndex, [&](Handle& handle) {
+        return handle.board->lastPictureBlocking(picture, std::chrono::seconds(timeout), memory);
+    });
 }
 
 int64_t Fg_getStatusEx(Fg_Struct* record, int parameter, int64_t data, unsigned dmaIndex, dma_mem* memory) {

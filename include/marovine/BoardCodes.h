@@ -1,13 +1,19 @@
-#pragma once
+/**
+ * The virtual board's result codes. 0 is success; every refusal has its own negative number, so that a host's
+ * log tells them apart. Usable from C and C++.
+ */
+#ifndef VIRTUALBOARD_BOARDCODES_H
+#define VIRTUALBOARD_BOARDCODES_H
 
-/// The virtual board's result codes. 0 is success; every refusal has its own negative number, so that a
-/// host's log tells them apart.
-
+#ifdef __cplusplus
 #include <array>
 
 namespace virtualboard {
 
 enum Code : int {
+#else
+enum VirtualBoardCode {
+#endif
     kOk = 0,
     kInvalidHandle = -31001,
     kUnknownParameter = -31002,
@@ -40,7 +46,15 @@ enum Code : int {
     kNoMorePictures = -31029,
     kPictureGone = -31030,
     kUnknownStatus = -31031,
+    kWrongArgument = -31032,
+    kWrongRecord = -31033,
+    kWrongWorld = -31034,
+    kUnknownEvent = -31035,
+    kUnknownSubscription = -31036,
+    kBufferInUse = -31037,
+    kNoBuffer = -31038
 };
+#ifdef __cplusplus
 
 struct CodeMeaning {
     int code;
@@ -75,11 +89,19 @@ inline constexpr std::array kCodeMeanings{
     CodeMeaning{kForeignMemory, "the acquisition takes its pictures into another memory"},
     CodeMeaning{kMemoryInUse, "another acquisition takes its pictures into this memory"},
     CodeMeaning{kMemoryTooSmall, "the memory's buffers are smaller than a picture"},
-    CodeMeaning{kTimeout, "the picture did not come in time"},
+    CodeMeaning{kTimeout, "the picture or event did not come in time"},
     CodeMeaning{kStopped, "the acquisition was stopped before the picture came"},
     CodeMeaning{kNoMorePictures, "the acquisition ends before this picture"},
     CodeMeaning{kPictureGone, "the memory does not hold this picture, or no longer"},
     CodeMeaning{kUnknownStatus, "the board has no status read-out of this number"},
+    CodeMeaning{kWrongArgument, "an argument lies outside what the function takes"},
+    CodeMeaning{kWrongRecord,
+                "the record's size is not that of any version, or a field of it is unknown here"},
+    CodeMeaning{kWrongWorld, "the world makes no sense; the board keeps the one it has"},
+    CodeMeaning{kUnknownEvent, "the design has no event of this number or name"},
+    CodeMeaning{kUnknownSubscription, "nobody is subscribed under this handle, or no longer"},
+    CodeMeaning{kBufferInUse, "the buffer is queued already or being filled"},
+    CodeMeaning{kNoBuffer, "there is no memory for another picture"},
 };
 
 /// The meaning of one of the board's codes; null for a code that is not the board's.
@@ -91,3 +113,6 @@ constexpr const char* codeMeaning(int code) {
 }
 
 }  // namespace virtualboard
+#endif
+
+#endif

@@ -1,13 +1,20 @@
 #pragma once
 
 /// The control interface of the virtual board: what a developer can see and do that a real board does not
-/// offer. It watches writes, reads and forces design values, injects faults and sets the read-outs.
+/// offer. It watches writes, reads and forces design values, injects faults and sets the read-outs. It covers
+/// the C interface of VirtualBoard.h with C++ types; codes arrive as exceptions with the text that says what
+/// was wrong: `std::out_of_range` for a name that is not there, `std::runtime_error` where there is no
+/// memory, else `std::invalid_argument`.
 ///
 /// Names are full names: "Device1_Process0_Trigger_Trigger_ExsyncPeriod" for a parameter of the design,
 /// "FG_TIMEOUT" (600), "FG_CAMSTATUS_EXTENDED" (2050) and so on for the runtime's own parameters.
 
+#include <chrono>
 #include <cstdint>
+#include <filesystem>
 #include <functional>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -15,7 +22,10 @@
 
 #include "marovine/ClockMode.h"
 #include "marovine/Image.h"
+#include "marovine/Truth.h"
+#include "marovine/VirtualBoard.h"
 #include "marovine/World.h"
+#include "marovine/WorldError.h"
 #include "marovine/marovine.h"
 
 #pragma GCC visibility push(default)
@@ -36,8 +46,37 @@ struct Write {
     int result = 0;                ///< what the runtime answered: 0 or a negative code
 };
 
+/// An event that happened. Its own header says what the payload is.
+using Event = VirtualBoardEvent;
+
+/// Waits for events from its construction to its destruction, or has a function called with them. May be
+/// moved, also when the board is gone.
+class EventSubscription {
+ public:
+    EventSubscription() = default;
+    /// Takes over a subscription of the C interface.
+    explicit EventSubscription(VirtualBoardSubscription* subscription) : subscription_(subscription) {}
+
+    /// The next event, waited for at most `seconds` of the machine's time, without end where they are
+    /// infinite; nothing when none came in time. Throws `std::invalid_argument` when nothing comes any more,
+    /// because the board is gone, or when a function is called instead.
+    std::optional<Event> next(double seconds);
+    /// Ends it. A call that is under way has returned then, unless it is that one which ends it.
+    void end() { subscription_.reset(); }
+
+ private:
+    struct End {
+        void operator()(VirtualBoardSubscription* subscription) const {
+            VirtualBoardUnsubscribe(subscription);
+        }
+    };
+    std::unique_ptr<VirtualBoardSubscription, End> subscription_;
+};
+
 /// Puts a new board into the machine; it holds no design yet. Boards are independent of each other.
 GXdevice* insertBoard();
+/// The same with a clock that stands at 0, so that every run on it is like the other.
+GXdevice* insertStandingBoard();
 /// Takes a board out and ends its acquisition. No applet may still be open on it.
 void removeBoard(GXdevice* board);
 
@@ -96,26 +135,71 @@ class Control {
     /// Moves the clock forward by 0 to 1e9 seconds; throws `std::invalid_argument` for anything else. After
     /// 4e9 seconds in all further steps move it no more.
     void advanceClock(double seconds);
+    /// Board time: nanoseconds since the board was inserted.
+    std::int64_t time() const;
+
+    // ---- pictures ----
+
+    /// What Fg_getLastPicNumberBlockingEx does and answers, with a finer timeout: for hosts that must look
+    /// after something else while they wait.
+    std::int64_t waitForPicture(dma_mem* memory, std::int64_t picture, std::chrono::milliseconds timeout);
 
     // ---- what stands around the board; a running acquisition follows from its next picture on ----
 
     /// What lies on the belt, endlessly repeated. `fieldWidth` is the number of sensor pixels over which the
     /// optics spread it; 0 shows one scene pixel per sensor pixel. Throws `std::invalid_argument` for a field
     /// of more than 65536 pixels in width or 2^28 in all.
-    void setScene(imaging::Image scene, std::uint32_t fieldWidth = 0);
+    void setScene(const imaging::Image& scene, std::uint32_t fieldWidth = 0);
     /// Lays the built-in chart on the belt, as at first.
     void showTestChart();
-    /// The belt's speed, the pixel pitch on it and the encoder on its drive.
+    /// The belt's speed, the pixel pitch on it and the encoder on its drive. The scene goes on from where it
+    /// is. Throws `std::invalid_argument`, and changes nothing, for a pixel or pitch outside of 1e-6 to 1e6
+    /// mm, a speed beyond 1e6 mm/s or a profile whose times do not ascend.
     void setBelt(const imaging::Belt& belt);
-    /// The camera.
+    /// How the encoder's tracks reach the board, and what it gets wrong. Throws `std::invalid_argument` for
+    /// an input that is not there and for values outside of their ranges.
+    void setEncoder(const imaging::Encoder& encoder);
+    /// The camera. Throws `std::invalid_argument` for values outside of their ranges.
     void setCamera(const imaging::CameraTraits& camera);
+    /// The light on the belt. Throws `std::invalid_argument` for values outside of their ranges.
+    void setLight(const imaging::Light& light);
+    /// Everything at once, from a world file: belt, encoder, inputs, parts, camera and light (docs/WORLD.md).
+    /// Throws `WorldError`, whose text has a line for each fault; then all stays as it was. A scene that is
+    /// set later takes the place of the parts, a camera or light that of the world's; with another belt the
+    /// parts come anew.
+    void loadWorld(const std::filesystem::path& file);
+    /// Likewise from the text of a world file; names of files in it are relative to `folder`.
+    void setWorld(std::string_view json, const std::filesystem::path& folder);
+    /// The ground truth of one of the last 4096 pictures that the acquisition brought into `memory`: the
+    /// parts and defects in it, in its own pixels, of the world that it was taken in. Without a world and
+    /// with the pattern generator there are none. Throws `std::out_of_range` for another picture and
+    /// `std::invalid_argument` for another memory.
+    PictureTruth pictureTruth(dma_mem* memory, std::int64_t number) const;
+    /// Likewise as JSON (docs/WORLD.md).
+    std::string truth(dma_mem* memory, std::int64_t number) const;
     /// Threads that render a large picture, from the next acquisition on; 0, as at first: one for each core
     /// that the process may use. Pictures look the same and come in order, whatever their number.
     void setRenderThreads(unsigned threads);
-    /// The level at an input: 0 to 7 are the inputs, 8 to 11 the front inputs. An image trigger that listens
-    /// to it takes a rising edge (a falling one where it is low active) as a trigger, and the level as a
-    /// gate. Throws `std::invalid_argument` for another input.
+    /// The level at an input from now on: 0 to 7 are the inputs, 8 to 11 the front inputs. Throws
+    /// `std::invalid_argument` for another input.
     void setInput(unsigned input, bool high);
+    /// A signal at an input, in the place of what was there. Throws `std::invalid_argument`, saying why, for
+    /// another input, for edges whose times do not ascend and for trains that are none.
+    void playInput(unsigned input, const imaging::InputSignal& signal);
+
+    // ---- events; a board whose clock does not run in real time has them when its clock is moved ----
+
+    /// Number of an event of the design, by the design's name; its mask, as Fg_getEventMask gives it, is 1
+    /// shifted left by it. Throws `std::out_of_range` naming it.
+    unsigned eventNumber(std::string_view name) const;
+    /// Collects from now on the events of a mask, or of several joined by "or". Up to `room` events wait;
+    /// while there is no room further ones are lost and counted.
+    EventSubscription waitEvents(std::uint64_t mask, std::uint32_t room = 1024);
+    /// Calls a function with each event, from a thread of its own. Should it throw, it gets no more events.
+    EventSubscription onEvents(std::uint64_t mask, std::function<void(const Event&)> function,
+                               std::uint32_t room = 1024);
+    /// Lets an event happen now, such as an alarm that nothing on the board brings about.
+    void raiseEvent(unsigned number, std::int64_t payload = 0);
 
     // ---- how the next opening behaves, on whichever board of this process ----
 
