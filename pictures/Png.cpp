@@ -4,7 +4,6 @@
 
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "pictures/SafeFile.h"
 
@@ -25,18 +24,16 @@ struct PngFile : png_image {
     PngFile& operator=(const PngFile&) = delete;
 };
 
-std::vector<char> encode(const std::filesystem::path& file, const ImageView& picture) {
-    PngFile png;
-    png.width = picture.width;
-    png.height = picture.height;
-    png.format = PNG_FORMAT_BGR;
-    png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(png);
-    std::vector<char> bytes(size);
-    if (!png_image_write_to_memory(&png, bytes.data(), &size, 0, picture.bytes.data(), 0, nullptr)) {
-        fail("write", file, png.message);
+/// Reads a file's header.
+void begin(PngFile& png, const std::filesystem::path& file) {
+    if (!png_image_begin_read_from_file(&png, file.c_str())) fail("read", file, png.message);
+    // A small file can hold a picture that fills the memory.
+    if (std::uint64_t{png.width} * png.height > kMostPixels) {
+        fail("read", file,
+             "it has " + std::to_string(png.width) + " x " + std::to_string(png.height) +
+                 " pixels; at most " + std::to_string(kMostPixels) + " are taken, as in 8192 x 8192");
     }
-    bytes.resize(size);
-    return bytes;
+    png.flags |= PNG_IMAGE_FLAG_16BIT_sRGB;  // else 16 bits without a colour chunk count as linear light
 }
 
 }  // namespace
@@ -49,15 +46,8 @@ bool fitsPng(std::uint64_t width, std::uint64_t height) {
 
 Image readPng(const std::filesystem::path& file) {
     PngFile png;
-    if (!png_image_begin_read_from_file(&png, file.c_str())) fail("read", file, png.message);
-    // A small file can hold a picture that fills the memory.
-    if (std::uint64_t{png.width} * png.height > kMostPixels) {
-        fail("read", file,
-             "it has " + std::to_string(png.width) + " x " + std::to_string(png.height) +
-                 " pixels; at most " + std::to_string(kMostPixels) + " are taken, as in 8192 x 8192");
-    }
+    begin(png, file);
     png.format = PNG_FORMAT_BGR;
-    png.flags |= PNG_IMAGE_FLAG_16BIT_sRGB;  // else 16 bits without a colour chunk count as linear light
     Image picture(png.width, png.height);
     const png_color white{255, 255, 255};
     if (!png_image_finish_read(&png, &white, picture.pixels.data(), 0, nullptr))
@@ -65,9 +55,29 @@ Image readPng(const std::filesystem::path& file) {
     return picture;
 }
 
+CutOut readCutOut(const std::filesystem::path& file) {
+    PngFile png;
+    begin(png, file);
+    png.format = PNG_FORMAT_BGRA;
+    std::vector<std::uint8_t> bytes(PNG_IMAGE_SIZE(png));
+    if (!png_image_finish_read(&png, nullptr, bytes.data(), 0, nullptr)) fail("read", file, png.message);
+    CutOut result{Image(png.width, png.height)};
+    result.cover.reserve(result.picture.pixels.size());
+    for (std::size_t i = 0; i < result.picture.pixels.size(); ++i) {
+        const std::uint8_t* pixel = &bytes[4 * i];
+        result.picture.pixels[i] = {pixel[0], pixel[1], pixel[2]};
+        result.cover.push_back(pixel[3]);
+    }
+    return result;
+}
+
 void writePng(const std::filesystem::path& file, const ImageView& picture) {
-    if (picture.width == 0 || picture.height == 0) fail("write", file, "the picture is empty");
-    const std::vector<char> bytes = encode(file, picture);
+    std::vector<char> bytes;
+    try {
+        bytes = encodePng(picture);
+    } catch (const std::runtime_error& error) {
+        fail("write", file, error.what());
+    }
     writeSafely(file, {bytes.data(), bytes.size()});
 }
 

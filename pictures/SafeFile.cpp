@@ -15,6 +15,8 @@
 #include <tuple>
 #include <utility>
 
+#include "pictures/Descriptor.h"
+
 namespace virtualboard::imaging {
 
 namespace fs = std::filesystem;
@@ -40,38 +42,6 @@ thread_local Holds holds;
 [[noreturn]] void fail(const fs::path& file, int reason) {
     fail(file, std::generic_category().message(reason));
 }
-
-/// An open file, closed on every way out.
-class Descriptor {
- public:
-    explicit Descriptor(int number) : number_(number) {}
-    Descriptor(const fs::path& file, int flags, mode_t mode = 0)
-        : number_(open(file.c_str(), flags | O_CLOEXEC, mode)) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (number_ >= 0) ::close(number_);
-    }
-
-    int number() const { return number_; }
-
-    /// 0, or the reason why not everything could be written.
-    int write(std::string_view content) const {
-        while (!content.empty()) {
-            const ssize_t count = ::write(number_, content.data(), content.size());
-            if (count < 0 && errno == EINTR) continue;
-            if (count < 0) return errno;
-            content.remove_prefix(static_cast<std::size_t>(count));
-        }
-        return 0;
-    }
-
-    /// 0, or the reason why what was written is lost.
-    int close() { return ::close(std::exchange(number_, -1)) == 0 ? 0 : errno; }
-
- private:
-    int number_;
-};
 
 /// The path of a regular file behind all links, whether it exists or not; nothing for what can only be
 /// written through: pipes, devices, folders, and the descriptors that the kernel shows as links.
@@ -116,6 +86,10 @@ void writeThrough(const fs::path& target, std::string_view content) {
 }
 
 }  // namespace
+
+bool isReplaceable(const fs::path& target) {
+    return regularTarget(target).has_value();
+}
 
 SignalHold::SignalHold() {
     if (holds.count++ > 0) return;

@@ -53,6 +53,10 @@ class SafeFile {
     bool committed_ = false;
 };
 
+/// Whether the target is or becomes a regular file; a pipe or a device can only be written through. Throws
+/// `std::runtime_error` for links that lead in a circle.
+bool isReplaceable(const std::filesystem::path& target);
+
 /// Writes a whole file: safely where the target is or becomes a regular file, straight through to a pipe, a
 /// device or an open descriptor such as /dev/stdout. Throws `std::runtime_error` when it cannot.
 void writeSafely(const std::filesystem::path& target, std::string_view content);
