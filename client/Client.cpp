@@ -5,11 +5,15 @@
 #include <cstring>
 #include <functional>
 #include <iterator>
+#include <limits>
 #include <set>
+#include <tuple>
 #include <utility>
 
 #include "base/IgnoreCase.h"
-#include "client/Names.h"
+#include "base/Names.h"
+#include "client/ConfigFile.h"
+#include "client/Snapshot.h"
 
 namespace marovine::host {
 
@@ -55,8 +59,14 @@ Applet::Applet(std::shared_ptr<const Library> library, std::unique_ptr<Device> d
 }
 
 std::unique_ptr<Applet> Applet::twin() const {
+    return twinOf(steps());
+}
+
+std::unique_ptr<Applet> Applet::twinOf(const std::vector<Step>& steps) const {
     auto other = std::make_unique<Applet>(library_, device_->another(), options_);
-    for (const Step& step : steps_) {
+    other->checkFile_ = checkFile_;
+    other->shortenAt_ = std::numeric_limits<std::size_t>::max();  // it does not live long enough
+    for (const Step& step : steps) {
         if (const auto* load = std::get_if<LoadStep>(&step)) {
             other->load(load->file);
             continue;
@@ -69,6 +79,57 @@ std::unique_ptr<Applet> Applet::twin() const {
         }
     }
     return other;
+}
+
+void Applet::remember(Step step) {
+    {
+        const std::lock_guard lock(stepsMutex_);
+        steps_.push_back(std::move(step));
+        if (steps_.size() < shortenAt_) return;
+        shortenAt_ = 2 * steps_.size();  // should they not get fewer
+    }
+    // A program may set a few parameters for days.
+    shortenSteps();
+}
+
+void Applet::shortenSteps() {
+    const std::unique_lock alone(shorteningMutex_, std::try_to_lock);
+    if (!alone) return;
+    const std::vector<Step> many = steps();
+    std::vector<Step> few = lastOnes(many);
+    if (few.size() == many.size()) return;
+    try {
+        if (!changesBetween(Snapshot(*twinOf(many)), Snapshot(*twinOf(few))).empty()) return;
+    } catch (const Failure&) {
+        return;  // some set needs one that was left out
+    }
+    const std::lock_guard lock(stepsMutex_);
+    // What was remembered meanwhile stays.
+    few.insert(few.end(), steps_.begin() + static_cast<std::ptrdiff_t>(many.size()), steps_.end());
+    steps_ = std::move(few);
+    shortenAt_ = steps_.size() + kManySteps;
+}
+
+std::vector<Applet::Step> Applet::lastOnes(const std::vector<Step>& steps) {
+    std::vector<Step> result;
+    std::set<std::tuple<std::string, std::uint32_t, std::size_t>> later;  // name, first element, elements
+    for (auto step = steps.rbegin(); step != steps.rend(); ++step) {
+        if (const auto* set = std::get_if<SetStep>(&*step)) {
+            const auto* field = std::get_if<Field>(&set->value);
+            const std::size_t size = field != nullptr ? field->size() : 1;
+            if (!later.emplace(set->name, set->firstElement, size).second) continue;
+        } else {
+            later.clear();
+        }
+        result.push_back(*step);
+    }
+    std::ranges::reverse(result);
+    return result;
+}
+
+std::vector<Applet::Step> Applet::steps() const {
+    const std::lock_guard lock(stepsMutex_);
+    return steps_;
 }
 
 void Applet::readTree() {
@@ -155,17 +216,23 @@ std::vector<Event> Applet::events() {
 }
 
 Applet::Standing Applet::standing(std::string_view name) {
-    const Known& wanted = known(name);
-    Standing result;
-    if (wanted.node != nullptr) {
-        result.range = rangeIn(*wanted.node);
-        result.writable = (wanted.node->accessFlags & 2) != 0;
-    }
+    Standing result{.value = {}, .range = range(name), .writable = writable(name)};
     try {
         result.value = get(name);
     } catch (const Refused&) {
     }
     return result;
+}
+
+std::optional<Range> Applet::range(std::string_view name) const {
+    const Known& wanted = known(name);
+    return wanted.node != nullptr ? rangeIn(*wanted.node) : std::nullopt;
+}
+
+bool Applet::writable(std::string_view name) const {
+    const Known& wanted = known(name);
+    if (wanted.node == nullptr) return false;
+    return (__atomic_load_n(&wanted.node->accessFlags, __ATOMIC_RELAXED) & 2) != 0;
 }
 
 Value Applet::get(std::string_view name) {
@@ -221,8 +288,10 @@ int Applet::trySet(std::string_view name, const Value& value) {
             }
         },
         own);
+    if (const auto* file = std::get_if<std::string>(&own); file && !file->empty() && checkFile_)
+        checkFile_(*file);
     const int result = library_->set(record(), wanted.id, data, 0, typeCodeOf(wanted.kind()));
-    if (result == 0 && options_.rememberSteps) steps_.push_back(SetStep{std::string(name), own, 0});
+    if (result == 0 && options_.rememberSteps) remember(SetStep{std::string(name), own, 0});
     return result;
 }
 
@@ -238,12 +307,12 @@ int Applet::trySetElements(std::string_view name, std::uint32_t first, const Fie
                                 .count = static_cast<std::uint32_t>(copy.size()),
                                 .values = copy.data()};
     const int result = library_->set(record(), known(name).id, &access, 0, FG_TYPE_FIELD_ACCESS);
-    if (result == 0 && options_.rememberSteps)
-        steps_.push_back(SetStep{std::string(name), std::move(copy), first});
+    if (result == 0 && options_.rememberSteps) remember(SetStep{std::string(name), std::move(copy), first});
     return result;
 }
 
 std::optional<Value> Applet::lastSet(std::string_view name) const {
+    const std::lock_guard lock(stepsMutex_);
     for (auto step = steps_.rbegin(); step != steps_.rend(); ++step) {
         const auto* set = std::get_if<SetStep>(&*step);
         if (set == nullptr) return std::nullopt;
@@ -252,7 +321,20 @@ std::optional<Value> Applet::lastSet(std::string_view name) const {
     return std::nullopt;
 }
 
+std::vector<std::string> Applet::filesInSteps() const {
+    std::vector<std::string> files;
+    for (const Step& step : steps()) {
+        if (const auto* load = std::get_if<LoadStep>(&step)) {
+            files.push_back(load->file);
+        } else if (const auto* text = std::get_if<std::string>(&std::get<SetStep>(step).value)) {
+            files.push_back(*text);
+        }
+    }
+    return files;
+}
+
 std::vector<std::string> Applet::tablesSet() const {
+    const std::lock_guard lock(stepsMutex_);
     std::set<std::string_view> set;
     for (const auto& step : steps_)
         if (const auto* one = std::get_if<SetStep>(&step); one && std::holds_alternative<Field>(one->value))
@@ -269,9 +351,13 @@ void Applet::save(const std::filesystem::path& file) {
 }
 
 void Applet::load(const std::filesystem::path& file) {
+    if (checkFile_) {
+        const ConfigFile read = ConfigFile::read(file);
+        for (const auto* named : filesNamedIn(read)) checkFile_(named->value);
+    }
     const int result = library_->loadConfig(record(), file.c_str());
     if (result != 0) throw Refused(result, "loading the configuration " + file.string());
-    if (options_.rememberSteps) steps_.push_back(LoadStep{.file = file});
+    if (options_.rememberSteps) remember(LoadStep{.file = file});
 }
 
 std::string Applet::xml() {

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <span>
 #include <string>
@@ -36,7 +37,7 @@ struct OpenOptions {
 };
 
 /// An applet instance on a device of its own; both end with the object. Codes of the applet arrive as
-/// `Refused`, names that it does not know as `UnknownName`.
+/// `Refused`, names that it does not know as `UnknownName`. Several threads may use one instance.
 class Applet {
  public:
     Applet(std::shared_ptr<const Library> library, std::unique_ptr<Device> device, OpenOptions options = {});
@@ -47,6 +48,7 @@ class Applet {
     std::unique_ptr<Applet> twin() const;
 
     const Library& library() const { return *library_; }
+    const std::shared_ptr<const Library>& sharedLibrary() const { return library_; }
     Fg_Struct* record() { return &instance_.record; }
     Device& device() const { return *device_; }
 
@@ -69,6 +71,10 @@ class Applet {
     std::string description(std::string_view name);
     std::vector<Event> events();
 
+    /// Has `check` asked before the applet is given the name of a file, which every text that is set is, also
+    /// by a load; it throws what says why not. Twins made later ask as well.
+    void guardFiles(std::function<void(const std::string& file)> check) { checkFile_ = std::move(check); }
+
     // ---- values ----
 
     /// What decides over later sets, without the texts around it: quick to take and to compare.
@@ -80,6 +86,10 @@ class Applet {
         bool operator==(const Standing&) const = default;
     };
     Standing standing(std::string_view name);
+    /// The range as it is now; nothing for parameters without one.
+    std::optional<Range> range(std::string_view name) const;
+    /// Whether the parameter is reported as writable now.
+    bool writable(std::string_view name) const;
 
     Value get(std::string_view name);
     /// Elements `first` to `first + count - 1` of a field.
@@ -91,6 +101,11 @@ class Applet {
     /// The value given to a whole parameter by the last remembered set of it, which it may not read back as;
     /// nothing when there was none or a load came later.
     std::optional<Value> lastSet(std::string_view name) const;
+    /// Forgets remembered sets that a later one of the same parameter took the place of, when a twin made
+    /// without them is in the same state. Happens by itself after some thousand sets.
+    void shortenSteps();
+    /// The files that remembered steps name.
+    std::vector<std::string> filesInSteps() const;
     /// The fields that remembered steps have set, in list order.
     std::vector<std::string> tablesSet() const;
     /// Sets a run of a field's elements.
@@ -113,6 +128,8 @@ class Applet {
         std::filesystem::path file;
     };
     using Step = std::variant<SetStep, LoadStep>;
+    /// From so many new steps on it is tried whether fewer lead to the same state.
+    static constexpr std::size_t kManySteps = 65536;
 
     struct Known {
         std::int32_t id;
@@ -140,7 +157,11 @@ class Applet {
     };
 
     void readTree();
+    void remember(Step step);
+    static std::vector<Step> lastOnes(const std::vector<Step>& steps);
+    std::vector<Step> steps() const;
     const Known& known(std::string_view name) const;
+    std::unique_ptr<Applet> twinOf(const std::vector<Step>& steps) const;
     int trySetElements(std::string_view name, std::uint32_t first, const Field& elements);
 
     std::shared_ptr<const Library> library_;
@@ -150,7 +171,11 @@ class Applet {
     std::vector<std::string> names_;
     std::vector<std::string> displayOrder_;
     std::unordered_map<std::string, Known, NameHash, std::equal_to<>> known_;
+    mutable std::mutex stepsMutex_;
     std::vector<Step> steps_;
+    std::function<void(const std::string& file)> checkFile_;
+    std::size_t shortenAt_ = kManySteps;
+    std::mutex shorteningMutex_;
 };
 
 }  // namespace marovine::host

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "base/AppletIdentity.h"
-#include "client/Names.h"
+#include "base/Names.h"
 #include "client/SkippedValues.h"
 #include "files/ConfigHeader.h"
 #include "files/Fg_ConfigFileParser.h"

@@ -195,15 +195,20 @@ std::string misreadText(const Parameter& parameter, const ConfigLine& line) {
     return "the file says " + inQuotes(writtenText(line)) + ", read as " + inQuotes(*text);
 }
 
-std::vector<const ConfigLine*> linesWithMissingFiles(const ConfigFile& file) {
+std::vector<const ConfigLine*> filesNamedIn(const ConfigFile& file) {
     std::vector<const ConfigLine*> result;
     for (const auto& row : sdkParameters) {
         const auto* line = row.type == ValueType::Text && isRead(row) ? file.find(row.name) : nullptr;
-        std::error_code unknown;
-        if (line != nullptr && !line->value.empty() && !fs::exists(line->value, unknown))
-            result.push_back(line);
+        if (line != nullptr && !line->value.empty()) result.push_back(line);
     }
     return result;
+}
+
+std::vector<const ConfigLine*> linesWithMissingFiles(const ConfigFile& file) {
+    auto lines = filesNamedIn(file);
+    std::error_code unknown;
+    std::erase_if(lines, [&](const ConfigLine* line) { return fs::exists(line->value, unknown); });
+    return lines;
 }
 
 std::string missingFileText(const ConfigLine& line) {

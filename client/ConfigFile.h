@@ -74,9 +74,13 @@ bool readsAsWritten(const Parameter& parameter, const ConfigLine& line);
 /// 'the file says "xyz", read as 0'.
 std::string misreadText(const Parameter& parameter, const ConfigLine& line);
 
-/// The lines that a load takes the name of a file from that does not exist. A relative name is looked for in
+/// The lines that a load takes the name of a file from.
+std::vector<const ConfigLine*> filesNamedIn(const ConfigFile& file);
+std::vector<const ConfigLine*> filesNamedIn(ConfigFile&& file) = delete;  // the lines would be gone
+/// Those of them whose file does not exist. A relative name is looked for in
 /// the current folder, as the applet does.
 std::vector<const ConfigLine*> linesWithMissingFiles(const ConfigFile& file);
+std::vector<const ConfigLine*> linesWithMissingFiles(ConfigFile&& file) = delete;
 /// 'FG_LUT_CUSTOM_FILE names "x.lut", which is not found from /home'
 std::string missingFileText(const ConfigLine& line);
 

@@ -244,6 +244,38 @@ Explanation explain(const Applet& state, const Setting& setting, int code) {
     return result;
 }
 
+std::string Remedy::text() const {
+    std::string text;
+    for (const auto& [parameter, value] : settings)
+        text.append(text.empty() ? "" : ", then ").append(parameter).append(" = ").append(value);
+    return text;
+}
+
+std::vector<Remedy> remediesFor(const Applet& state, const Setting& setting, const Explanation& why) {
+    std::vector<Remedy> candidates;
+    for (const auto& value : why.nearest) candidates.push_back({{{why.parameter, value}}});
+    for (std::size_t i = 0; i < std::min(why.causes.size(), kNamedCauses); ++i) {
+        const Cause& cause = why.causes[i];
+        Remedy way;
+        if (cause.together && i > 0 && !why.causes[i - 1].remedies.empty())
+            way.settings.emplace_back(why.causes[i - 1].parameter, why.causes[i - 1].remedies.front());
+        for (const auto& value : cause.remedies) {
+            candidates.push_back(way);
+            candidates.back().settings.emplace_back(cause.parameter, value);
+            candidates.back().settings.emplace_back(why.parameter, textOf(setting.value, true));
+        }
+    }
+    Rehearsal rehearsal(state);
+    std::erase_if(candidates, [&](const Remedy& remedy) {
+        rehearsal.reset();
+        return !std::ranges::all_of(remedy.settings, [&](const auto& step) {
+            const Parameter parameter = rehearsal.twin().parameter(step.first);
+            return rehearsal.twin().trySet(step.first, parameter.parse(step.second)) == 0;
+        });
+    });
+    return candidates;
+}
+
 std::vector<Narrowing> narrowings(const Applet& state, const std::string& name) {
     const Parameter parameter = state.parameter(name);
     const auto widest = widestRange(parameter);

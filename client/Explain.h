@@ -3,12 +3,21 @@
 /// Why the applet refuses a value, and what it would take instead.
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "client/Client.h"
 #include "client/Rehearsal.h"
 
 namespace marovine::host {
+
+/// A way out of a refusal: settings that are taken in this order, the wanted one or one near it last.
+struct Remedy {
+    std::vector<std::pair<std::string, std::string>> settings;  ///< parameter and value, as text
+
+    /// "FG_XOFFSET = 12280, then FG_WIDTH = 4104"
+    std::string text() const;
+};
 
 /// A refusal with its reason. Every value named as accepted was accepted by a second instance in the same
 /// state, and every cause was found by changing that parameter alone.
@@ -29,6 +38,10 @@ struct Explanation {
 
 /// Explains why `state` refused `setting` with `code`. `state` must remember its steps.
 Explanation explain(const Applet& state, const Setting& setting, int code);
+
+/// Ways out of an explained refusal of `setting`, the nearest first. Each was taken by a second instance in
+/// the same state.
+std::vector<Remedy> remediesFor(const Applet& state, const Setting& setting, const Explanation& why);
 
 /// One end of a range that is narrower than the applet's widest, with what narrows it.
 struct Narrowing {

@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "client/Failure.h"
+#include "marovine/Control.h"
 
 namespace marovine::host {
 
@@ -15,19 +16,17 @@ namespace {
 constexpr const char* kLibraryName = "libMarovine.so";
 constexpr const char* kDispatcher = "lib64/libcommon-logging-dispatcher.so";
 
-fs::path folderOfProgram() {
-    std::error_code failed;
-    return fs::read_symlink("/proc/self/exe", failed).parent_path();
-}
-
-/// The file to load when none is named: in a build all lies in one folder, in an installation the program in
-/// bin and the library beside it in lib64 or lib.
+/// The file to load when none is named. The board's library, which this one is linked with, knows the way: in
+/// a build the applet lies beside it, in an installation in a folder below.
 fs::path findLibrary() {
-    const fs::path program = folderOfProgram();
+    Dl_info board{};
     std::error_code failed;
-    for (const char* folder : {".", "../lib64", "../lib"}) {
-        fs::path file = (program / folder / kLibraryName).lexically_normal();
-        if (fs::exists(file, failed)) return file;
+    if (dladdr(reinterpret_cast<void*>(&virtualboard::insertBoard), &board) != 0) {
+        for (const char* folder : {".", APPLET_FOLDER}) {
+            const fs::path beside = fs::path(board.dli_fname).parent_path();
+            fs::path file = (beside / folder / kLibraryName).lexically_normal();
+            if (fs::exists(file, failed)) return file;
+        }
     }
     return kLibraryName;
 }

@@ -13,8 +13,8 @@ namespace marovine::host {
 /// A loaded applet library. Keep it as long as an instance of the applet lives.
 class Library {
  public:
-    /// Loads libMarovine.so: `file`, or without one the library beside the running program, beside its
-    /// folder's lib64 or lib neighbour, or else the one that the dynamic loader finds. Throws `Failure` when
+    /// Loads libMarovine.so: `file`, or without one the library that belongs to the board's, in a build
+    /// or an installation, or else the one that the dynamic loader finds. Throws `Failure` when
     /// it cannot be loaded or lacks an export.
     static std::shared_ptr<const Library> load(const std::filesystem::path& file = {});
 

@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "base/IgnoreCase.h"
+#include "base/Names.h"
 #include "client/Failure.h"
-#include "client/Names.h"
 
 namespace marovine::host {
 

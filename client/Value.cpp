@@ -88,10 +88,10 @@ std::optional<Value> valueLike(const Value& like, long double number) {
             if constexpr (std::is_same_v<T, double>) {
                 return static_cast<double>(number);
             } else if constexpr (std::is_integral_v<T>) {
-                using Range = std::numeric_limits<T>;
+                using Limits = std::numeric_limits<T>;
                 // A comparison with not-a-number is false, so it fails here as well.
-                const bool fits = number >= static_cast<long double>(Range::min()) &&
-                                  number <= static_cast<long double>(Range::max());
+                const bool fits = number >= static_cast<long double>(Limits::min()) &&
+                                  number <= static_cast<long double>(Limits::max());
                 if (!fits || std::trunc(number) != number) return std::nullopt;
                 return static_cast<T>(number);
             } else {

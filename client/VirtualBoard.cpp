@@ -2,9 +2,8 @@
 
 namespace marovine::host {
 
-VirtualBoard::VirtualBoard() : device_(virtualboard::insertBoard()), control_(device_) {
-    control_.setClockManual();
-}
+VirtualBoard::VirtualBoard()
+    : board_(virtualboard::insertStandingBoard(), virtualboard::removeBoard), control_(board_.get()) {}
 
 virtualboard::Control& boardOf(const Applet& applet) {
     auto* board = dynamic_cast<VirtualBoard*>(&applet.device());

@@ -8,19 +8,19 @@
 
 namespace marovine::host {
 
-/// A board of its own, whose clock stands still at first: in real time the read-outs would depend on how long
-/// the opening takes.
+/// A board that is in the machine until the last copy of the object ends. Its clock stands still at first: in
+/// real time the read-outs would depend on how long the opening takes.
 class VirtualBoard final : public Device {
  public:
     VirtualBoard();
-    ~VirtualBoard() override { virtualboard::removeBoard(device_); }
+    VirtualBoard(const VirtualBoard& other) : board_(other.board_), control_(other.control_) {}
 
-    GXdevice* handle() const override { return device_; }
+    GXdevice* handle() const override { return board_.get(); }
     std::unique_ptr<Device> another() const override { return std::make_unique<VirtualBoard>(); }
     virtualboard::Control& control() { return control_; }
 
  private:
-    GXdevice* device_;
+    std::shared_ptr<GXdevice> board_;
     virtualboard::Control control_;
 };
 
