@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "command/Session.h"
-
 namespace marovine::host {
 
 namespace {
@@ -15,6 +13,8 @@ void add(Table& table, const Change& change) {
                change.before + " -> " + change.after + (bare ? "" : " " + change.unit)});
 }
 
+}  // namespace
+
 Json jsonOf(const Change& change) {
     return {{"parameter", change.parameter},
             {"aspect", nameOf(change.aspect)},
@@ -22,12 +22,10 @@ Json jsonOf(const Change& change) {
             {"after", change.after}};
 }
 
-}  // namespace
-
 void addTraceOption(CommandLine command, TraceOption& option) {
     command.option("--trace", &option.text,
                    "Print every design write in order; with FILE.json or FILE.csv, keep them there",
-                   {.type = "[FILE]"});
+                   {.type = "[FILE]", .file = FileRole::Written});
 }
 
 std::filesystem::path TraceOption::file() const {
@@ -37,7 +35,7 @@ std::filesystem::path TraceOption::file() const {
     return text;
 }
 
-ChangeReport::ChangeReport(Applet& applet, TraceOption trace, Scope scope)
+ChangeReport::ChangeReport(Applet& applet, TraceOption trace, ChangeScope scope)
     : applet_(applet), option_(std::move(trace)), before_(applet), scope_(scope) {
     static_cast<void>(option_.file());  // a name without meaning is told before anything is set
     if (option_.wanted()) trace_.emplace(applet_);
@@ -63,8 +61,9 @@ void ChangeReport::finish() {
     after_.emplace(applet_);
     changes_ = changesBetween(before_, failed_ ? *beforeFailure_ : *after_);
     if (failed_) leftByRefusal_ = changesBetween(*beforeFailure_, *after_);
-    if (scope_ == Scope::Settings)
-        std::erase_if(changes_, [](const Change& change) { return isReadOut(change.parameter); });
+    if (scope_ == ChangeScope::Settings)
+        for (auto* changes : {&changes_, &leftByRefusal_})
+            std::erase_if(*changes, [](const Change& change) { return isReadOut(change.parameter); });
     if (trace_ && !option_.file().empty()) trace_->save(option_.file());
 }
 

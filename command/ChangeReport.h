@@ -13,6 +13,7 @@
 #include "command/CommandLine.h"
 #include "command/Console.h"
 #include "command/Json.h"
+#include "command/Session.h"
 #include "command/Trace.h"
 
 namespace marovine::host {
@@ -26,16 +27,16 @@ struct TraceOption {
     std::filesystem::path file() const;
 };
 
+/// One thing that moved.
+Json jsonOf(const Change& change);
+
 void addTraceOption(CommandLine command, TraceOption& option);
 
-/// Watches an applet while settings are changed, on a board whose clock stands still: running counters would
-/// be taken for changes.
+/// Watches an applet while settings are changed. On a board whose clock runs, counters would be taken for
+/// changes: there only settings are told.
 class ChangeReport {
  public:
-    /// Which parameters may be told to have moved.
-    enum class Scope { All, Settings };
-
-    ChangeReport(Applet& applet, TraceOption trace, Scope scope = Scope::All);
+    ChangeReport(Applet& applet, TraceOption trace, ChangeScope scope);
 
     /// A setting was made; `value` as the user wrote it.
     void done(const std::string& parameter, const std::string& value);
@@ -65,7 +66,7 @@ class ChangeReport {
     std::optional<Snapshot> after_;
     std::optional<Trace> trace_;
     std::vector<Setting> settings_;
-    Scope scope_;
+    ChangeScope scope_;
     std::vector<Change> changes_;
     bool failed_ = false;
     std::optional<Snapshot> beforeFailure_;  ///< after the last setting that was taken

@@ -4,7 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <filesystem>
-#include <iostream>
+#include <map>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -13,11 +13,33 @@
 
 #include <CLI/CLI.hpp>
 
-#include "client/Names.h"
+#include "base/Names.h"
 #include "command/Console.h"
 #include "command/Session.h"
 
 namespace marovine::host {
+
+/// The texts that options allow, for those that allow only some.
+using Choices = std::map<const CLI::Option*, std::vector<std::string>>;
+
+struct ProgramParts {
+    struct FileOption {
+        const CLI::Option* option;
+        NamedFile file;
+    };
+    BeforeCommand before;
+    std::vector<FileOption> files;
+    Choices choices;
+
+    /// Whether the command that was parsed is to run here.
+    bool enters() const {
+        if (!before) return true;
+        std::vector<NamedFile> named;
+        for (const auto& [option, file] : files)
+            if (!option->empty() && !file.name().empty()) named.push_back(file);
+        return before(named);
+    }
+};
 
 namespace {
 
@@ -35,12 +57,13 @@ std::string numberFault(const std::string& text, const Rules& rules) {
     return {};
 }
 
-void applyRules(CLI::Option& option, const Rules& rules) {
+void applyRules(CLI::Option& option, const Rules& rules, const ProgramParts& parts) {
     if (rules.required) option.required();
     if (rules.exists) {
         // Not the command line is wrong but the file: a failure, not a usage error.
         option.check(
-            [](const std::string& name) {
+            [&parts](const std::string& name) {
+                if (parts.before) return std::string();
                 if (!std::filesystem::exists(name) || std::filesystem::is_directory(name))
                     throw Failure("there is no file " + name);
                 return std::string();
@@ -77,21 +100,51 @@ std::string defaultText(const Target& target, const Rules& rules) {
         target);
 }
 
-CLI::Option& add(CLI::App& app, const char* names, const Target& target, const std::string& help,
-                 const Rules& rules) {
+CLI::Option& add(CLI::App& app, ProgramParts& parts, const char* names, const Target& target,
+                 const std::string& help, const Rules& rules) {
     const std::string before = rules.required ? std::string() : defaultText(target, rules);
     const std::string described = before.empty() ? help : help + " (default: " + before + ")";
     CLI::Option& option =
         *std::visit([&](auto* place) { return app.add_option(names, *place, described); }, target);
     if (isNumber(target))
         option.check([rules](const std::string& text) { return numberFault(text, rules); }, "");
-    applyRules(option, rules);
+    applyRules(option, rules, parts);
+    if (rules.file != FileRole::None || std::holds_alternative<std::filesystem::path*>(target))
+        parts.files.push_back({&option, {rules.file, target}});
     return option;
 }
 
 bool takesMany(const Target& target) {
     return std::holds_alternative<std::vector<std::string>*>(target) ||
            std::holds_alternative<std::vector<double>*>(target);
+}
+
+OptionText textOf(const CLI::Option& option, const Choices& choices) {
+    OptionText text{.names = {},
+                    .type = option.get_type_size() == 0 ? "" : option.get_type_name(),
+                    .help = option.get_description(),
+                    .choices = {},
+                    .isArgument = option.get_positional(),
+                    .required = option.get_required()};
+    if (text.isArgument) text.names.push_back(option.get_name(true));
+    for (const auto& name : option.get_snames()) text.names.push_back("-" + name);
+    for (const auto& name : option.get_lnames()) text.names.push_back("--" + name);
+    if (const auto found = choices.find(&option); found != choices.end()) text.choices = found->second;
+    return text;
+}
+
+CommandText textOf(const CLI::App& app, const Choices& choices) {
+    CommandText text{.name = app.get_name(),
+                     .summary = app.get_description(),
+                     .footer = app.get_footer(),
+                     .options = {},
+                     .commands = {}};
+    for (const auto* option : app.get_options()) text.options.push_back(textOf(*option, choices));
+    std::stable_partition(text.options.begin(), text.options.end(),
+                          [](const OptionText& option) { return option.isArgument; });
+    for (const auto* command : app.get_subcommands([](const CLI::App*) { return true; }))
+        text.commands.push_back(textOf(*command, choices));
+    return text;
 }
 
 /// Help in lines that fit; what belongs to an option stays in its column.
@@ -117,17 +170,33 @@ class FoldingFormatter : public CLI::Formatter {
 
 }  // namespace
 
+std::string NamedFile::name() const {
+    const auto* path = std::get_if<std::filesystem::path*>(&target_);
+    const std::string text = path != nullptr ? (*path)->string() : **std::get_if<std::string*>(&target_);
+    return text == "-" ? std::string() : text;  // what stands for no file at all
+}
+
+void NamedFile::rename(const std::filesystem::path& file) const {
+    if (auto* const* path = std::get_if<std::filesystem::path*>(&target_)) {
+        **path = file;
+    } else {
+        **std::get_if<std::string*>(&target_) = file.string();
+    }
+}
+
 void CommandLine::flag(const char* names, bool& target, const char* help) {
     app_->add_flag(names, target, help);
 }
 
 void CommandLine::option(const char* names, Target target, const char* help, const Rules& rules) {
-    CLI::Option& added = add(*app_, names, target, help, rules);
+    CLI::Option& added = add(*app_, *parts_, names, target, help, rules);
+    if (!rules.choices.empty()) parts_->choices.emplace(&added, rules.choices);
     if (takesMany(target)) added.allow_extra_args(false);
 }
 
 void CommandLine::argument(const char* shownAs, Target target, const char* help, const Rules& rules) {
-    CLI::Option& added = add(*app_, shownAs, target, help, rules);
+    CLI::Option& added = add(*app_, *parts_, shownAs, target, help, rules);
+    if (!rules.choices.empty()) parts_->choices.emplace(&added, rules.choices);
     if (rules.type == nullptr) added.type_name("");
 }
 
@@ -146,19 +215,24 @@ void CommandLine::footer(std::string_view text) {
 }
 
 void CommandLine::action(std::function<void()> run) {
-    app_->callback(std::move(run));
+    app_->callback([run = std::move(run), parts = parts_] {
+        if (parts->enters()) run();
+    });
 }
 
 CommandLine CommandLine::command(const char* name, const char* summary) {
-    return CommandLine(*app_->add_subcommand(name, summary)->group("Commands"));
+    return {*app_->add_subcommand(name, summary)->group("Commands"), *parts_};
 }
 
 void CommandLine::requireCommand() {
     app_->require_subcommand(1);
 }
 
-Program::Program(const ProgramTexts& texts)
-    : app_(std::make_unique<CLI::App>(texts.about, texts.name)), whereToBegin_(texts.whereToBegin) {
+Program::Program(const ProgramTexts& texts, std::ostream& out)
+    : parts_(std::make_unique<ProgramParts>()),
+      app_(std::make_unique<CLI::App>(texts.about, texts.name)),
+      out_(out),
+      whereToBegin_(texts.whereToBegin) {
     app_->formatter(std::make_shared<FoldingFormatter>());  // which the commands take over
     app_->set_version_flag("--version", std::string(texts.name) + ' ' + texts.version,
                            "Print the version and exit");
@@ -169,13 +243,28 @@ Program::Program(const ProgramTexts& texts)
     auto words = std::make_shared<std::vector<std::string>>();
     CommandLine help = top().command("help", "The help of a command");
     help.argument("COMMAND", words.get(), "The command; without one, the help of the program");
-    help.action([this, words] { printHelp(*words); });
+    // It needs no board, so nobody carries it out elsewhere.
+    help.app_->callback([this, words] { printHelp(*words); });
 }
 
 Program::~Program() = default;
 
+std::function<CommandText()> CommandLine::program() const {
+    const CLI::App* top = app_;
+    while (top->get_parent() != nullptr) top = top->get_parent();
+    return [top, parts = parts_] { return textOf(*top, parts->choices); };
+}
+
 CommandLine Program::top() {
-    return CommandLine(*app_);
+    return {*app_, *parts_};
+}
+
+CommandText Program::text() const {
+    return textOf(*app_, parts_->choices);
+}
+
+void Program::intercept(BeforeCommand before) {
+    parts_->before = std::move(before);
 }
 
 void Program::printHelp(const std::vector<std::string>& words) const {
@@ -190,7 +279,7 @@ void Program::printHelp(const std::vector<std::string>& words) const {
     }
     // The parser's own way would lead to the command that runs, which is `help`.
     path += (path.empty() ? "" : " ") + command->get_name();
-    std::cout << app_->get_formatter()->make_help(command, path, CLI::AppFormatMode::Normal);
+    out_ << app_->get_formatter()->make_help(command, path, CLI::AppFormatMode::Normal);
 }
 
 std::string Program::unknownCommand(const CLI::App& parent, const std::string& word) {
@@ -209,7 +298,7 @@ std::optional<int> Program::run(std::vector<std::string> arguments) {
         return std::nullopt;
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) {
-            app_->exit(error);  // prints the help
+            app_->exit(error, out_, out_);  // prints the help
             return kSuccess;
         }
         if (app_->get_subcommands().empty()) {

@@ -29,8 +29,9 @@ class Console {
  public:
     /// Writes to standard output. `Auto` colours a terminal unless NO_COLOR says something.
     explicit Console(Colour colour = Colour::Auto);
-    /// Writes to a stream, without colour, in lines of at most `width` columns (0: as long as they are).
-    Console(std::ostream& out, std::size_t width) : out_(&out), width_(width) {}
+    /// Writes to a stream, in lines of at most `width` columns (0: as long as they are).
+    Console(std::ostream& out, std::size_t width, bool coloured = false)
+        : out_(&out), width_(width), coloured_(coloured) {}
 
     /// Writes to standard error, without colour.
     static Console forErrors();

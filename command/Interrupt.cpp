@@ -1,6 +1,7 @@
 #include "command/Interrupt.h"
 
 #include <array>
+#include <atomic>
 #include <csignal>
 
 namespace marovine::host {
@@ -8,7 +9,9 @@ namespace marovine::host {
 namespace {
 
 constexpr std::array kSignals{SIGINT, SIGTERM, SIGHUP};
-volatile std::sig_atomic_t received = 0;
+/// Also set by other threads, so more than what a handler may write to.
+std::atomic<int> received = 0;
+static_assert(std::atomic<int>::is_always_lock_free);
 std::array<struct sigaction, kSignals.size()> before;
 
 void note(int signal) {
@@ -33,8 +36,17 @@ Interrupt::~Interrupt() {
     for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], &before[i], nullptr);
 }
 
+void Interrupt::pretend(int signal) {
+    received = signal;
+}
+
 int Interrupt::signal() const {
-    return received;
+    if (received != 0) return received;
+    sigset_t pending;
+    sigpending(&pending);
+    for (const int held : kSignals)
+        if (sigismember(&pending, held) == 1) return held;
+    return 0;
 }
 
 }  // namespace marovine::host

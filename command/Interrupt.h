@@ -13,8 +13,10 @@ class Interrupt {
     Interrupt& operator=(const Interrupt&) = delete;
     ~Interrupt();
 
-    /// The signal that came; 0 for none.
+    /// The signal that came, also while it is held back until a file is complete; 0 for none.
     int signal() const;
+    /// Ends the work of the one that lives, in whatever thread, as a signal would.
+    static void pretend(int signal);
 };
 
 }  // namespace marovine::host

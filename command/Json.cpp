@@ -5,6 +5,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "client/Failure.h"
+
 namespace marovine::host {
 
 namespace {
@@ -28,6 +30,25 @@ JsonLibrary converted(const Json& json) {
             }
         },
         json.content());
+}
+
+Json converted(const JsonLibrary& json) {
+    if (json.is_array()) {
+        Json array = Json::array();
+        for (const auto& element : json) array.push_back(converted(element));
+        return array;
+    }
+    if (json.is_object()) {
+        Json object = Json::object();
+        for (const auto& [name, member] : json.items()) object[name] = converted(member);
+        return object;
+    }
+    if (json.is_boolean()) return json.get<bool>();
+    if (json.is_number_unsigned()) return json.get<std::uint64_t>();
+    if (json.is_number_integer()) return json.get<std::int64_t>();
+    if (json.is_number_float()) return json.get<double>();
+    if (json.is_string()) return json.get<std::string>();
+    return {};
 }
 
 /// The text that an element begins with when it is a pair of a name and something.
@@ -65,6 +86,23 @@ Json& Json::operator[](std::string_view name) {
     for (auto& [known, member] : members)
         if (known == name) return member;
     return members.emplace_back(std::string(name), Json()).second;
+}
+
+const Json* Json::find(std::string_view name) const {
+    const auto* members = std::get_if<Object>(&content_);
+    if (members == nullptr) return nullptr;
+    const auto found = std::ranges::find(*members, name, &std::pair<std::string, Json>::first);
+    return found != members->end() ? &found->second : nullptr;
+}
+
+std::optional<double> Json::number() const {
+    return std::visit(
+        []<class T>(const T& content) -> std::optional<double> {
+            if constexpr (std::is_arithmetic_v<T> && !std::is_same_v<T, bool>)
+                return static_cast<double>(content);
+            return std::nullopt;
+        },
+        content_);
 }
 
 std::size_t Json::size() const {
@@ -125,6 +163,24 @@ Json jsonOf(const Parameter& parameter) {
 
 std::string printed(const Json& document) {
     return converted(document).dump(2, ' ', false, JsonLibrary::error_handler_t::replace);
+}
+
+std::string printedOnOneLine(const Json& document) {
+    return converted(document).dump(-1, ' ', false, JsonLibrary::error_handler_t::replace);
+}
+
+Json parsedJson(std::string_view text) {
+    constexpr int kDeepest = 16;
+    const auto refuseDepth = [](int depth, JsonLibrary::parse_event_t, const JsonLibrary&) {
+        if (depth > kDeepest) throw Failure("no JSON here goes deeper than 16 levels");
+        return true;
+    };
+    try {
+        return converted(JsonLibrary::parse(text, refuseDepth));
+    } catch (const JsonLibrary::exception& error) {
+        const std::string_view what = error.what();  // "[json.exception.parse_error.101] parse error at ..."
+        throw Failure("no JSON: " + std::string(what.substr(std::min(what.find(']') + 2, what.size()))));
+    }
 }
 
 }  // namespace marovine::host

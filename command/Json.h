@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -58,6 +59,16 @@ class Json {
     /// Elements of an array or members of an object; 0 for anything else.
     std::size_t size() const;
 
+    /// The member of a name; null when there is none, or for what is no object.
+    const Json* find(std::string_view name) const;
+    /// What it holds, as one of the kinds of `Content`; null for another.
+    template <class T>
+    const T* as() const {
+        return std::get_if<T>(&content_);
+    }
+    /// A number of whatever type; nothing for what is none.
+    std::optional<double> number() const;
+
     const Content& content() const { return content_; }
 
  private:
@@ -74,5 +85,10 @@ Json jsonOf(const Parameter& parameter);
 
 /// The text of a document, indented; bytes that are no UTF-8 are replaced.
 std::string printed(const Json& document);
+/// The same on one line.
+std::string printedOnOneLine(const Json& document);
+
+/// Reads a document. Throws `Failure`, which says where it makes no sense; also for more than 16 levels.
+Json parsedJson(std::string_view text);
 
 }  // namespace marovine::host

@@ -1,6 +1,7 @@
 #include "command/Session.h"
 
 #include <charconv>
+#include <iostream>
 
 #include "client/ConfigCheck.h"
 #include "client/VirtualBoard.h"
@@ -31,6 +32,11 @@ SettingText parseSetting(std::string_view text) {
     return setting;
 }
 
+Session::Session(const Seat& seat)
+    : seat_(&seat),
+      console_(Console(seat.out, seat.width, seat.coloured)),
+      errors_(Console(seat.errors, seat.width)) {}
+
 const Console& Session::console() {
     if (!console_)
         console_.emplace(options.colour == "always"  ? Colour::Always
@@ -39,7 +45,23 @@ const Console& Session::console() {
     return *console_;
 }
 
+std::ostream& Session::out() const {
+    return seat_ != nullptr ? seat_->out : std::cout;
+}
+
+const Console& Session::errors() {
+    if (!errors_) errors_ = Console::forErrors();
+    return *errors_;
+}
+
+void Session::refuseShared(const char* command) const {
+    if (isShared())
+        throw UsageError(std::string(command) +
+                         " opens applets of its own and touches no other; leave out --at");
+}
+
 std::shared_ptr<const Library> Session::library() {
+    if (seat_ != nullptr) return seat_->applet.sharedLibrary();
     if (!library_) {
         if (options.logLevel) switchLogOn(*options.logLevel, options.library);
         library_ = Library::load(options.library);
@@ -48,12 +70,31 @@ std::shared_ptr<const Library> Session::library() {
 }
 
 Applet& Session::applet() {
-    if (applet_) return *applet_;
-    applet_ = std::make_unique<Applet>(library(), std::make_unique<VirtualBoard>(),
-                                       OpenOptions{.writeDefaults = !options.attach, .rememberSteps = true});
+    if (applet_ != nullptr) return *applet_;
+    if (seat_ != nullptr && (options.attach || !options.library.empty() || options.logLevel))
+        throw UsageError("--attach, --applet and --log decide how an applet is opened; with --at it is open");
+    if (seat_ != nullptr && !options.world.empty())
+        throw UsageError(
+            "a world is put around a studio's board when it starts: marovine studio --world FILE.json");
+    applet_ = seat_ != nullptr ? &seat_->applet : &open();
+    if (!options.world.empty()) loadWorld();
     if (!options.config.empty()) loadConfig();
     for (const auto& text : options.settings) apply(parseSetting(text));
     return *applet_;
+}
+
+Applet& Session::open() {
+    own_ = std::make_unique<Applet>(library(), std::make_unique<VirtualBoard>(),
+                                    OpenOptions{.writeDefaults = !options.attach, .rememberSteps = true});
+    return *own_;
+}
+
+void Session::loadWorld() {
+    try {
+        boardOf(*applet_).loadWorld(options.world);
+    } catch (const virtualboard::WorldError& error) {
+        throw Failure(options.world.string() + " is no world:\n" + error.what());
+    }
 }
 
 void Session::loadConfig() {
@@ -61,9 +102,8 @@ void Session::loadConfig() {
     loadConfiguration(*applet_, options.config);
     const LoadReport left(*before, options.config);
     if (left.empty()) return;
-    const Console errors = Console::forErrors();
-    errors.paragraph("marovine: --config " + options.config.string() + " does not do all that it says");
-    left.print(errors);
+    errors().paragraph("marovine: --config " + options.config.string() + " does not do all that it says");
+    left.print(errors());
     if (left.hasSkipped()) status = kFailed;
 }
 

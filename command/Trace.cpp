@@ -75,15 +75,24 @@ Trace::Trace(Applet& applet) : applet_(applet) {
 }
 
 void Trace::collect(const std::string& cause) {
-    for (auto& write : boardOf(applet_).takeWrites()) {
-        TracedWrite traced{.cause = cause, .write = std::move(write), .before = {}};
-        const auto held = values_.find(traced.write.name);
-        if (held != values_.end()) {
-            traced.before = partOf(held->second, traced.write);
-            if (traced.write.result == 0) carryOut(traced.write, held->second);
-        }
-        writes_.push_back(std::move(traced));
+    for (auto& write : boardOf(applet_).takeWrites()) add(std::move(write), cause);
+}
+
+void Trace::add(virtualboard::Write write, const std::string& cause) {
+    TracedWrite traced{.cause = cause, .write = std::move(write), .before = {}};
+    const auto held = values_.find(traced.write.name);
+    if (held != values_.end()) {
+        traced.before = partOf(held->second, traced.write);
+        if (traced.write.result == 0) carryOut(traced.write, held->second);
     }
+    writes_.push_back(std::move(traced));
+}
+
+void Trace::keepNewest(std::size_t count) {
+    if (writes_.size() <= count) return;
+    const std::size_t surplus = writes_.size() - count;
+    writes_.erase(writes_.begin(), writes_.begin() + static_cast<std::ptrdiff_t>(surplus));
+    forgotten_ += surplus;
 }
 
 void Trace::print(const Console& console, std::size_t indent) const {
@@ -107,28 +116,28 @@ void Trace::print(const Console& console, std::size_t indent) const {
     table.print(console, indent);
 }
 
-Json Trace::json() const {
+Json Trace::json(std::size_t first) const {
     Json list = Json::array();
-    for (const auto& traced : writes_) list.push_back(jsonOfWrite(traced, list.size() + 1));
+    for (std::size_t i = std::max(first, forgotten_); i < count(); ++i)
+        list.push_back(jsonOfWrite(writes_[i - forgotten_], i + 1));
     return list;
 }
 
-void Trace::save(const std::filesystem::path& file) const {
+std::string Trace::csv() const {
     std::ostringstream out;
-    if (file.extension() == ".csv") {
-        out << "order,cause,name,id,firstIndex,value,before,result\n";
-        std::size_t order = 0;
-        for (const auto& traced : writes_) {
-            const auto& write = traced.write;
-            out << ++order << ',' << csvField(traced.cause) << ',' << csvField(write.name) << ',' << write.id
-                << ',' << write.firstIndex << ',' << csvField(textOf(write.value, true)) << ','
-                << (traced.before ? csvField(textOf(*traced.before, true)) : "") << ',' << write.result
-                << '\n';
-        }
-    } else {
-        out << printed(json()) << '\n';
+    out << "order,cause,name,id,firstIndex,value,before,result\n";
+    std::size_t order = forgotten_;
+    for (const auto& traced : writes_) {
+        const auto& write = traced.write;
+        out << ++order << ',' << csvField(traced.cause) << ',' << csvField(write.name) << ',' << write.id
+            << ',' << write.firstIndex << ',' << csvField(textOf(write.value, true)) << ','
+            << (traced.before ? csvField(textOf(*traced.before, true)) : "") << ',' << write.result << '\n';
     }
-    virtualboard::imaging::writeSafely(file, out.str());
+    return out.str();
+}
+
+void Trace::save(const std::filesystem::path& file) const {
+    virtualboard::imaging::writeSafely(file, file.extension() == ".csv" ? csv() : printed(json()) + '\n');
 }
 
 }  // namespace marovine::host

@@ -28,12 +28,20 @@ class Trace {
 
     /// Takes in what was written since the last call, under a cause.
     void collect(const std::string& cause);
+    /// Takes in one write that was carried out.
+    void add(virtualboard::Write write, const std::string& cause);
+    /// Forgets all but the newest writes; those that stay keep their numbers.
+    void keepNewest(std::size_t count);
+    /// Writes taken in so far, forgotten ones counted.
+    std::size_t count() const { return forgotten_ + writes_.size(); }
     const std::vector<TracedWrite>& writes() const { return writes_; }
 
     /// Prints a numbered list: name, value, and the value before where it differs.
     void print(const Console& console, std::size_t indent = 0) const;
-    /// All writes as an array of objects.
-    Json json() const;
+    /// The writes from the `first` on as an array of objects; 0 is the first ever taken in.
+    Json json(std::size_t first = 0) const;
+    /// All writes as CSV.
+    std::string csv() const;
     /// Writes all to a file, as JSON or CSV by its ending (.json, .csv), as `writeSafely` does.
     void save(const std::filesystem::path& file) const;
 
@@ -41,6 +49,7 @@ class Trace {
     Applet& applet_;
     std::map<std::string, Value> values_;  ///< what the design holds as far as this trace has seen
     std::vector<TracedWrite> writes_;
+    std::size_t forgotten_ = 0;
 };
 
 }  // namespace marovine::host

@@ -51,7 +51,8 @@ void run(const Options& options, Session& session) {
 
 void defineCheck(CommandLine command, Session& session) {
     auto options = std::make_shared<Options>();
-    command.argument("FILE.mcf", &options->file, "The configuration", {.required = true});
+    command.argument("FILE.mcf", &options->file, "The configuration",
+                     {.required = true, .file = FileRole::Read});
     command.flag("--json", options->json, "As a JSON array");
     command.footer(
         "Names, line by line, what a load would fail on, skip in silence, misread, not keep or ignore.\n"

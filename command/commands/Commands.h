@@ -12,13 +12,16 @@ namespace marovine::host::commands {
 
 /// Adds a command's options and arguments to its parser and sets what it does.
 void defineCheck(CommandLine command, Session& session);
+void defineCompletion(CommandLine command, Session& session);
 void defineContactSheet(CommandLine command, Session& session);
 void defineDebug(CommandLine command, Session& session);
 void defineDefaults(CommandLine command, Session& session);
 void defineDemo(CommandLine command, Session& session);
 void defineDescribe(CommandLine command, Session& session);
 void defineDiff(CommandLine command, Session& session);
+void defineDocs(CommandLine command, Session& session);
 void defineEvents(CommandLine command, Session& session);
+void defineGentl(CommandLine command, Session& session);
 void defineGet(CommandLine command, Session& session);
 void defineGrab(CommandLine command, Session& session);
 void defineInfo(CommandLine command, Session& session);
@@ -28,8 +31,10 @@ void defineLut(CommandLine command, Session& session);
 void defineSave(CommandLine command, Session& session);
 void defineSet(CommandLine command, Session& session);
 void defineStatus(CommandLine command, Session& session);
+void defineStudio(CommandLine command, Session& session);
 void defineTree(CommandLine command, Session& session);
 void defineWiring(CommandLine command, Session& session);
+void defineWorld(CommandLine command, Session& session);
 void defineXml(CommandLine command, Session& session);
 
 struct Command {
@@ -58,8 +63,13 @@ inline constexpr std::array all{
     Command{"check", "What a load of a configuration would skip or fail on, line by line", defineCheck},
     Command{"diff", "Compare configurations by meaning, or one with the applet as it is", defineDiff},
     Command{"grab", "Take pictures with the virtual board's camera", defineGrab},
+    Command{"studio", "Work with the board in a browser, and let programs share it", defineStudio},
+    Command{"world", "Check a world file, draw its signals, print its schema", defineWorld},
     Command{"contact-sheet", "Show in one picture what settings do to pictures", defineContactSheet},
+    Command{"gentl", "Where the GenTL producer lies, and whether it works", defineGentl},
     Command{"xml", "The XML description of all parameters", defineXml},
+    Command{"docs", "The reference documents and manual pages", defineDocs},
+    Command{"completion", "The script with which a shell completes this command", defineCompletion},
 };
 
 }  // namespace marovine::host::commands

@@ -19,6 +19,7 @@ struct Options {
 };
 
 void run(const Options& options, Session& session) {
+    session.refuseShared("contact-sheet");
     const auto sheet = contactSheet(session.library());
     virtualboard::imaging::writePng(options.output, sheet);
     const Console& console = session.console();

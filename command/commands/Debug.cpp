@@ -150,7 +150,7 @@ void run(const Options& options, Session& session) {
     const auto settings = settingsOf(options, chosen);
     if (settings.empty()) return printAll(points, options.json, console);
 
-    ChangeReport report(applet, options.trace);
+    ChangeReport report(applet, options.trace, session.changeScope());
     for (const auto& [name, value] : settings) {
         applyAndCompare(session, name, value);
         report.done(name, value);
@@ -175,7 +175,8 @@ void defineDebug(CommandLine command, Session& session) {
     auto options = std::make_shared<Options>();
     const Rules onOff{.type = "on|off", .choices = {"on", "off"}};
     command.option("--point", &options->point, "Select a debug point", {.type = "NUMBER|NAME"});
-    command.option("--file", &options->file, "File of injection data", {.type = "FILE"});
+    command.option("--file", &options->file, "File of injection data",
+                   {.type = "FILE", .file = FileRole::Read});
     command.option("--inject", &options->inject, "Switch injection", onOff);
     command.option("--monitor", &options->monitor, "Switch the monitor", onOff);
     command.flag("--insert", options->insert, "Insert the file's picture");

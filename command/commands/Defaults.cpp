@@ -1,3 +1,5 @@
+#include "client/Defaults.h"
+
 #include <memory>
 #include <string>
 
@@ -14,43 +16,28 @@ struct Options {
     bool json = false;
 };
 
-/// A default in the type of its parameter.
-Value defaultOf(const SdkParameter& row, const Parameter& parameter) {
-    return std::visit(
-        [&]<class T>(const T& value) -> Value {
-            if constexpr (std::is_same_v<T, const char*>) {
-                return std::string(value);
-            } else if constexpr (std::is_arithmetic_v<T>) {
-                return valueLike(parameter.emptyValue(), value).value_or(parameter.emptyValue());
-            } else {
-                return parameter.emptyValue();
-            }
-        },
-        row.defaultValue);
-}
-
 void run(const Options& options, Session& session) {
     Applet& applet = session.applet();
     Table table({"", "parameter", "default", "now"});
     Json document = Json::array();
     std::size_t differing = 0;
     for (const auto& row : sdkParameters) {
-        if (std::holds_alternative<std::monostate>(row.defaultValue)) continue;
         const Parameter parameter = applet.parameter(row.name);
-        const Value value = defaultOf(row, parameter);
+        const auto value = defaultOf(parameter);
+        if (!value) continue;
         const Value now = applet.get(row.name);
-        const bool differs = value != now;
+        const bool differs = *value != now;
         differing += differs ? 1 : 0;
         if (options.changed && !differs) continue;
         if (options.json) {
             document.push_back({{"name", row.name},
-                                {"default", jsonOf(parameter, value)},
+                                {"default", jsonOf(parameter, *value)},
                                 {"now", jsonOf(parameter, now)},
                                 {"differs", differs}});
         } else {
-            table.add(
-                {differs ? "*" : "", row.name, parameter.textOf(value), differs ? parameter.textOf(now) : ""},
-                differs ? Style::Accent : Style::Plain);
+            table.add({differs ? "*" : "", row.name, parameter.textOf(*value),
+                       differs ? parameter.textOf(now) : ""},
+                      differs ? Style::Accent : Style::Plain);
         }
     }
     if (options.json) {

@@ -160,6 +160,7 @@ constexpr std::array sections{
 };
 
 void run(const DemoOutput& output, Session& session) {
+    session.refuseShared("demo");
     if (!output.folder.empty() && !std::filesystem::is_directory(output.folder))
         throw Failure("there is no folder " + output.folder.string() + " for the pictures");
     const Console& console = session.console();

@@ -5,7 +5,7 @@
 #include <variant>
 #include <vector>
 
-#include "client/Names.h"
+#include "base/Names.h"
 #include "command/Json.h"
 #include "command/commands/Commands.h"
 

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "client/Names.h"
+#include "base/Names.h"
 #include "command/Json.h"
 #include "command/commands/Commands.h"
 

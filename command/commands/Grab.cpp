@@ -1,19 +1,23 @@
 #include <algorithm>
 #include <filesystem>
-#include <iostream>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "client/Grabber.h"
 #include "client/VirtualBoard.h"
+#include "command/GrabReport.h"
 #include "command/Interrupt.h"
 #include "command/Json.h"
 #include "command/PictureView.h"
 #include "command/Progress.h"
 #include "command/commands/Commands.h"
+#include "marovine/PicturePlan.h"
+#include "pictures/PictureFormats.h"
+#include "pictures/PictureStream.h"
 #include "pictures/Png.h"
+#include "pictures/SafeFile.h"
 
 namespace marovine::host::commands {
 
@@ -21,44 +25,108 @@ namespace {
 
 namespace fs = std::filesystem;
 using virtualboard::ClockMode;
+using virtualboard::PicturePlan;
 using virtualboard::imaging::ImageView;
+using virtualboard::imaging::PictureEncoder;
+using virtualboard::imaging::PictureFormat;
+using virtualboard::imaging::PictureStream;
 
 constexpr int kMostPictures = 100'000;
+constexpr int kMostShared = 100;
+constexpr int kLongestShared = 30;  ///< s that others wait for a picture
 
 struct Options {
     fs::path output;
+    std::string format;
     fs::path scene;
+    fs::path truth;
     double speed = 0;  // mm/s; 0 leaves the belt as it is
-    int count = 1;
+    int count = 1;     // 0: without end
     int patience = 5;  // s
     bool trigger = false;
     bool realTime = false;
     bool view = false;
     bool json = false;
+
+    bool toStandardOutput() const { return output == "-"; }
 };
 
 /// "belt.png" as "belt-007.png" where there are several.
-fs::path numbered(const fs::path& file, int number, int count) {
+fs::path numbered(const fs::path& file, std::int64_t number, int count) {
     if (count == 1) return file;
+    constexpr int kEndless = 999'999;
     const std::string digits = std::to_string(number);
-    const std::string padding(std::to_string(count).size() - digits.size(), '0');
+    const std::size_t width = std::to_string(count != 0 ? count : kEndless).size();
+    const std::string padding(std::max(width, digits.size()) - digits.size(), '0');
     fs::path result = file;
     result.replace_filename(file.stem().string() + "-" + padding + digits + file.extension().string());
     return result;
 }
 
+/// Whether all pictures go to one place, one behind the other.
+bool isOneStream(const Options& options, PictureFormat format) {
+    return format == PictureFormat::Y4m || options.toStandardOutput() ||
+           !virtualboard::imaging::isReplaceable(options.output);
+}
+
+PictureFormat formatOf(const Options& options) {
+    if (!options.format.empty()) return *virtualboard::imaging::pictureFormatNamed(options.format);
+    if (const auto format = virtualboard::imaging::pictureFormatOf(options.output)) return *format;
+    if (isOneStream(options, PictureFormat::Png)) return PictureFormat::Png;
+    throw UsageError(options.output.string() +
+                     " does not end in .png, .ppm, .raw or .y4m; say with --format what to write");
+}
+
 /// What can be told before the first picture is taken.
 void check(const Options& options) {
-    if (options.output.empty() && !options.view)
-        throw UsageError(
-            "nothing to do with the pictures; write them with -o FILE.png or show them with --view");
-    if (!options.output.empty() && options.output.extension() != ".png")
-        throw UsageError(options.output.string() +
-                         " does not end in .png, the only kind of picture there is");
+    if (options.output.empty() && (!options.view || options.count == 0))
+        throw UsageError("nothing to do with the pictures; write them with -o FILE" +
+                         std::string(options.count == 0 ? "" : ".png or show them with --view"));
     const fs::path folder = options.output.parent_path();
     if (!folder.empty() && !fs::is_directory(folder))
         throw Failure("there is no folder " + folder.string() + " for the pictures");
+    if (!options.output.empty()) formatOf(options);
 }
+
+/// Where the pictures go: one stream, a file each, or nowhere.
+class Output {
+ public:
+    Output(const Options& options, double secondsPerPicture, const Interrupt& interrupt) : options_(options) {
+        if (options.output.empty()) return;
+        encoder_.emplace(formatOf(options), secondsPerPicture);
+        if (isOneStream(options, encoder_->format()))
+            stream_.emplace(options.output, [&interrupt] { return interrupt.signal() != 0; });
+    }
+
+    /// Writes a picture; nothing when nobody reads any more, else the file that it went to.
+    std::optional<std::string> write(const ImageView& picture, std::int64_t number) {
+        if (!encoder_.has_value()) return std::string();
+        const fs::path file =
+            stream_.has_value() ? options_.output : numbered(options_.output, number, options_.count);
+        std::string_view bytes;
+        try {
+            bytes = encoder_->encode(picture);
+        } catch (const std::runtime_error& error) {
+            throw Failure(file.string() + " cannot be written: " + error.what());
+        }
+        if (!stream_.has_value()) {
+            virtualboard::imaging::writeSafely(file, bytes);
+        } else if (!stream_->write(bytes)) {
+            return std::nullopt;
+        }
+        return file.string();
+    }
+
+    /// Whatever was written whole stays.
+    void finish() {
+        if (stream_.has_value()) stream_->finish();
+    }
+
+ private:
+    const Options& options_;
+    std::optional<PictureEncoder> encoder_;
+    std::optional<PictureStream> stream_;
+};
 
 virtualboard::imaging::Belt beltOf(const Options& options) {
     virtualboard::imaging::Belt belt;
@@ -68,9 +136,10 @@ virtualboard::imaging::Belt beltOf(const Options& options) {
 
 void prepare(const Options& options, Applet& applet) {
     auto& board = boardOf(applet);
-    if (!options.output.empty()) refuseWhatNoPngHolds(applet);
+    if (!options.output.empty() && formatOf(options) == PictureFormat::Png) refuseWhatNoPngHolds(applet);
     if (!options.scene.empty()) board.setScene(virtualboard::imaging::readPng(options.scene));
-    board.setBelt(beltOf(options));
+    // A world has a belt of its own.
+    if (options.speed > 0) board.setBelt(beltOf(options));
     board.setClockMode(options.realTime ? ClockMode::RealTime : ClockMode::AsFastAsPossible);
 }
 
@@ -84,120 +153,97 @@ bool await(Grabber& grabber, Applet& applet, const Wait& wait, const Interrupt& 
     throw Failure(whyNoPicture(applet, wait));
 }
 
-struct Size {
-    std::uint32_t width = 0;
-    std::uint32_t height = 0;
-    bool operator==(const Size&) const = default;
-
-    std::string text() const { return std::to_string(width) + " x " + std::to_string(height) + " pixels"; }
-};
-
-struct Result {
-    std::vector<std::string> files{};
-    std::vector<Size> sizes{};  ///< of the pictures taken
-    std::int64_t lost = 0;
-
-    /// The number of pictures from one on that share its size.
-    std::size_t alike(std::size_t first) const {
-        const auto from = sizes.begin() + static_cast<std::ptrdiff_t>(first);
-        const auto to = std::find_if(from, sizes.end(), [&](const Size& size) { return size != *from; });
-        return static_cast<std::size_t>(to - from);
-    }
-};
-
-void takePictures(const Options& options, Session& session, const Interrupt& interrupt, Result& result) {
+/// Takes pictures until there are enough, nobody reads them any more or an interrupt comes.
+void takePictures(const Options& options, Session& session, const Interrupt& interrupt, Output& output,
+                  GrabReport& report, std::vector<std::string>& truth) {
     Applet& applet = session.applet();
-    prepare(options, applet);
-    const Wait wait{.seconds = options.patience,
+    const Wait wait{.seconds = static_cast<double>(options.patience),
                     .sentTriggers = options.trigger,
                     .realTime = options.realTime,
                     .attached = session.options.attach,
                     .belt = beltOf(options)};
-    const auto count = static_cast<std::size_t>(options.count);
-    Grabber grabber(applet, options.count);
-    Progress progress(count, "pictures");
-    while (result.sizes.size() < count) {
+    const bool endless = options.count == 0;
+    const Console& told = session.console();
+    Grabber grabber(applet, endless ? -1 : options.count,
+                    options.realTime ? Grabber::generousBuffers(applet) : Grabber::kBuffers);
+    std::optional<Progress> progress;
+    if (!session.isShared() && !endless)
+        progress.emplace(static_cast<std::size_t>(options.count), "pictures");
+    while (endless || report.taken() < options.count) {
         if (options.trigger) applet.set("FG_SENDSOFTWARETRIGGER", std::int32_t{1});
         if (!await(grabber, applet, wait, interrupt)) break;
         const ImageView picture = grabber.next();
-        const std::size_t number = result.sizes.size() + 1;
-        if (!options.output.empty()) {
-            const fs::path file = numbered(options.output, static_cast<int>(number), options.count);
-            virtualboard::imaging::writePng(file, picture);
-            result.files.push_back(file.string());
-        }
-        result.sizes.push_back({picture.width, picture.height});
-        progress.reached(number);
-        if (options.view && number == count) showPicture(session.console(), picture);
+        const auto file = output.write(picture, report.taken() + 1);
+        if (!file.has_value()) break;
+        report.add(*file, picture, grabber.info());
+        report.lost(grabber.lost());
+        if (!options.truth.empty()) truth.push_back(grabber.truth());
+        if (endless && options.json)
+            told.out() << printedOnOneLine(jsonOf(*file, picture, grabber.info())) << std::endl;
+        if (progress) progress->reached(static_cast<std::size_t>(report.taken()));
+        if (options.view && report.taken() == options.count) showPicture(told, picture);
     }
-    result.lost = grabber.lost();
 }
 
 /// What was taken until the end or an interrupt.
-Result grab(const Options& options, Session& session, const Interrupt& interrupt) {
-    Result result;
+GrabReport grab(const Options& options, Session& session, const Interrupt& interrupt,
+                std::vector<std::string>& truth) {
+    GrabReport report(options.json && options.count != 0);
     try {
-        takePictures(options, session, interrupt, result);
+        prepare(options, session.applet());
+        const auto plan = virtualboard::picturePlan(boardOf(session.applet()), beltOf(options));
+        Output output(options, plan.start == PicturePlan::Start::FreeRun ? plan.seconds : 0, interrupt);
+        try {
+            takePictures(options, session, interrupt, output, report, truth);
+        } catch (...) {
+            output.finish();
+            throw;
+        }
+        output.finish();
     } catch (const std::runtime_error&) {
         // A pipe that was waited for cannot be opened any more: that is the interrupt, told by the caller.
         if (interrupt.signal() == 0) throw;
     }
-    return result;
+    return report;
 }
 
-void print(const Console& console, const Result& result) {
-    auto& out = console.out();
-    const auto& files = result.files;
-    const auto& sizes = result.sizes;
-    const std::size_t taken = sizes.size();
-    if (taken == 1) {
-        out << (files.empty() ? "" : files.front() + ": ") << sizes.front().text() << '\n';
-    } else if (taken > 0 && result.alike(0) == taken) {
-        out << taken << " pictures of " << sizes.front().text();
-        if (!files.empty()) out << " in " << files.front() << " to " << files.back();
-        out << '\n';
-    } else {
-        for (std::size_t i = 0, count = 0; i < taken; i += count) {
-            count = result.alike(i);
-            const auto name = [&](std::size_t at) {
-                return files.empty() ? "picture " + std::to_string(at + 1) : files[at];
-            };
-            out << name(i) << (count > 1 ? " to " + name(i + count - 1) : "") << ": " << sizes[i].text()
-                << '\n';
-        }
-    }
-    if (result.lost > 0)
-        out << result.lost << " pictures were lost: this host was slower than the camera; leave out "
-            << "--real-time\n";
-}
-
-/// Width and height stand for all pictures; they are null where those differ.
-Json jsonOf(const Result& result) {
-    const bool same = result.sizes.empty() || result.alike(0) == result.sizes.size();
-    const Size size = result.sizes.empty() ? Size{} : result.sizes.front();
-    Json sizes = Json::array();
-    for (const auto& [width, height] : result.sizes) sizes.push_back({{"width", width}, {"height", height}});
-    return {{"files", result.files},
-            {"pictures", result.sizes.size()},
-            {"width", same ? Json(size.width) : Json()},
-            {"height", same ? Json(size.height) : Json()},
-            {"sizes", std::move(sizes)},
-            {"lost", result.lost}};
+/// Writes the truth of all pictures as an array, one picture to a line.
+void writeTruth(const fs::path& file, const std::vector<std::string>& pictures) {
+    std::string text = "[";
+    for (const auto& picture : pictures) text += (text.size() > 1 ? ",\n " : "") + picture;
+    virtualboard::imaging::writeSafely(file, text + "]\n");
 }
 
 void run(const Options& options, Session& session) {
+    if (session.isShared() && options.toStandardOutput())
+        throw UsageError("a board that others use has no standard output for pictures: name a file");
+    if (session.isShared() && (options.count == 0 || options.count > kMostShared))
+        throw UsageError("a board that others use takes at most " + std::to_string(kMostShared) +
+                         " pictures at a time");
+    if (session.isShared() && options.patience > kLongestShared)
+        throw UsageError("a board that others use waits at most " + std::to_string(kLongestShared) +
+                         " s for a picture");
+    if (options.toStandardOutput()) session.keepOutputFree();
     check(options);
+    if (!options.truth.empty() && session.options.world.empty())
+        throw UsageError("--truth tells of a world: give one with --world FILE.json");
+    if (!options.truth.empty() && options.count == 0)
+        throw UsageError("--truth is written at the end: say with -n how many pictures");
     const Interrupt interrupt;
-    const Result result = grab(options, session, interrupt);
-    if (options.json) {
-        session.console().out() << printed(jsonOf(result)) << '\n';
+    std::vector<std::string> truth;
+    const GrabReport report = grab(options, session, interrupt, truth);
+    if (!options.truth.empty()) writeTruth(options.truth, truth);
+    const Console& told = session.console();
+    if (!options.json) {
+        report.print(told);
     } else {
-        print(session.console(), result);
+        told.out() << (options.count != 0 ? printed(report.json()) : printedOnOneLine(report.json())) << '\n';
     }
     if (interrupt.signal() == 0) return;
     session.status = 128 + interrupt.signal();
-    std::cerr << "marovine: interrupted after " << result.sizes.size() << " of " << options.count
-              << " pictures\n";
+    session.errors().out() << "marovine: interrupted after " << report.taken()
+                           << (options.count != 0 ? " of " + std::to_string(options.count) : "")
+                           << " pictures\n";
 }
 
 }  // namespace
@@ -205,13 +251,20 @@ void run(const Options& options, Session& session) {
 void defineGrab(CommandLine command, Session& session) {
     auto options = std::make_shared<Options>();
     command.option("-o,--output", &options->output,
-                   "Write the picture to this file; of several, the numbers stand before the ending",
-                   {.type = "FILE.png"});
+                   "Write to this file, by its ending PNG, PPM, raw or Y4M; of several pictures the numbers "
+                   "stand before the ending, while a Y4M file, a pipe and - (standard output) take them all",
+                   {.type = "FILE", .file = FileRole::Written});
+    command.option("--format", &options->format, "Write this, whatever the file's ending; PNG without one",
+                   {.type = "FORMAT", .choices = {"png", "ppm", "pnm", "raw", "y4m"}});
     command.flag("--view", options->view, "Show the last picture in the terminal");
-    command.option("-n,--count", &options->count, "Take this many pictures",
-                   {.type = "N", .minimum = 1, .maximum = kMostPictures});
+    command.option("-n,--count", &options->count,
+                   "Take this many pictures; 0: until an interrupt, or until nobody reads them",
+                   {.type = "N", .minimum = 0, .maximum = kMostPictures});
+    command.option("--truth", &options->truth,
+                   "Write what the pictures show of the world (--world) to this file",
+                   {.type = "FILE.json", .file = FileRole::Written});
     command.option("--scene", &options->scene, "Lay this picture on the belt instead of the test chart",
-                   {.type = "FILE.png", .exists = true});
+                   {.type = "FILE.png", .exists = true, .file = FileRole::Read});
     command.option("--speed", &options->speed, "Speed of the belt; 500 mm/s and 200 us per line fit together",
                    {.type = "MM_PER_S", .minimum = 0.001, .maximum = 1e6});
     command.flag("--trigger", options->trigger, "Send a software trigger for every picture");
@@ -223,6 +276,8 @@ void defineGrab(CommandLine command, Session& session) {
     command.footer(
         "The settings of --config and --set decide what the pictures look like. Trigger by software with\n"
         "--set FG_IMGTRIGGERMODE=ASYNC_TRIGGER --set FG_IMGTRIGGERINSRC=TRGINSOFTWARE --trigger.\n"
+        "PPM holds red, green, blue, raw as the board blue, green, red; both without padding. Y4M is 4:4:4,\n"
+        "BT.601 at full range. Where the pictures go to standard output, the report goes to standard error.\n"
         "An interrupt (Ctrl-C) ends the run after the picture that is being written.");
     command.action([options, &session] { run(*options, session); });
 }

@@ -1,10 +1,9 @@
-#include <array>
-#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <memory>
 #include <string>
 
+#include "client/About.h"
 #include "command/Json.h"
 #include "command/commands/Commands.h"
 #include "pictures/SafeFile.h"
@@ -19,40 +18,11 @@ struct Options {
     bool json = false;
 };
 
-struct Question {
-    int selector;
-    const char* name;
-};
-/// Selectors that answer with a text.
-constexpr std::array kTexts{Question{MAROVINE_INFO_NAME, "name"},
-                            Question{MAROVINE_INFO_VERSION, "version"},
-                            Question{MAROVINE_INFO_BUILD, "build"},
-                            Question{MAROVINE_INFO_CATEGORY, "category"},
-                            Question{MAROVINE_INFO_TAGS, "tags"},
-                            Question{MAROVINE_INFO_DESIGN_UID, "design identifier"},
-                            Question{MAROVINE_INFO_BITSTREAM_UID, "bitstream identifier"}};
-/// Other selectors that answer with a number. What they ask for is known to the host's runtime alone.
-constexpr std::array kNumbers{848,  1040, 1045, 1792, 1872, 1888, 2048, 2160, 2192, 2560,
-                              2816, 3072, 3328, 4608, 4624, 4640, 4656, 4672, 4688, 4704};
-
-std::string answerText(const Library& library, int selector) {
-    void* text = nullptr;
-    if (library.info(selector, 0, 0, nullptr, &text) != 0 || text == nullptr) return {};
-    return static_cast<const char*>(text);
-}
-
-/// A block of bytes inside the library.
-std::string_view answerBytes(const Library& library, int selector) {
-    std::size_t size = 0;
-    void* bytes = nullptr;
-    if (library.info(selector, 0, 0, &size, &bytes) != 0 || bytes == nullptr) return {};
-    return {static_cast<const char*>(bytes), size};
-}
-
 void run(const Options& options, Session& session) {
     const auto library = session.library();
-    const auto icon = answerBytes(*library, MAROVINE_INFO_ICON);
-    const auto design = answerBytes(*library, MAROVINE_INFO_DESIGN_IMAGE);
+    const About about = aboutLibrary(*library);
+    const auto icon = about.icon;
+    const auto design = about.designImage;
     if (!options.icon.empty()) virtualboard::imaging::writeSafely(options.icon, icon);
     if (!options.design.empty()) virtualboard::imaging::writeSafely(options.design, design);
 
@@ -60,10 +30,9 @@ void run(const Options& options, Session& session) {
     const std::size_t events = session.applet().events().size();
     Json document = Json::object();
     Table table;
-    for (const auto& question : kTexts) {
-        const std::string text = answerText(*library, question.selector);
-        document[question.name] = text;
-        table.add({question.name, text});
+    for (const auto& [name, text] : about.texts) {
+        document[name] = text;
+        table.add({name, text});
     }
     table.add({"icon", std::to_string(icon.size()) + " bytes"});
     table.add({"design image", std::to_string(design.size()) + " bytes"});
@@ -76,13 +45,12 @@ void run(const Options& options, Session& session) {
     document["events"] = events;
     document["library"] = library->file().string();
 
-    const auto number = [&](int selector) { return library->info(selector, 0, 0, nullptr, nullptr); };
-    table.add({"design type", std::to_string(number(MAROVINE_INFO_DESIGN_TYPE))});
-    document["design type"] = number(MAROVINE_INFO_DESIGN_TYPE);
+    table.add({"design type", std::to_string(about.designType)});
+    document["design type"] = about.designType;
     std::map<int, std::string> selectorsOf;  // by answer
-    for (const int selector : kNumbers) {
-        document["capabilities"][std::to_string(selector)] = number(selector);
-        std::string& selectors = selectorsOf[number(selector)];
+    for (const auto& [selector, answer] : about.capabilities) {
+        document["capabilities"][std::to_string(selector)] = answer;
+        std::string& selectors = selectorsOf[answer];
         selectors += (selectors.empty() ? "" : ", ") + std::to_string(selector);
     }
     for (const auto& [answer, selectors] : selectorsOf)
@@ -99,9 +67,9 @@ void run(const Options& options, Session& session) {
 void defineInfo(CommandLine command, Session& session) {
     auto options = std::make_shared<Options>();
     command.option("--icon", &options->icon, "Write the icon, a PNG picture, to this file",
-                   {.type = "FILE.png"});
+                   {.type = "FILE.png", .file = FileRole::Written});
     command.option("--design", &options->design, "Write the embedded design image to this file",
-                   {.type = "FILE.hap"});
+                   {.type = "FILE.hap", .file = FileRole::Written});
     command.flag("--json", options->json, "As a JSON object");
     command.action([options, &session] { run(*options, session); });
 }

@@ -2,6 +2,8 @@
 #include <optional>
 #include <string>
 
+#include "client/Defaults.h"
+#include "client/Snapshot.h"
 #include "command/Json.h"
 #include "command/commands/Commands.h"
 
@@ -34,6 +36,11 @@ void run(const Options& options, Session& session) {
         const auto value = readOrNothing(applet, name);
         if (options.json) {
             Json entry = jsonOf(parameter);
+            entry["readOut"] = isReadOut(name);
+            if (const auto before = defaultOf(parameter)) {
+                entry["default"] = jsonOf(parameter, *before);
+                entry["differs"] = value != before;
+            }
             entry["value"] = value ? jsonOf(parameter, *value) : Json();
             document.push_back(std::move(entry));
             continue;

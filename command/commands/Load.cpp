@@ -22,7 +22,7 @@ void run(const Options& options, Session& session) {
     Applet& applet = session.applet();
     const auto before = applet.twin();
     // A load starts the analyzers again; what they count then is no change of the file's.
-    ChangeReport report(applet, options.trace, ChangeReport::Scope::Settings);
+    ChangeReport report(applet, options.trace, ChangeScope::Settings);
     loadConfiguration(applet, options.file);
     report.note("loading " + options.file.string());
     report.finish();
@@ -46,7 +46,8 @@ void run(const Options& options, Session& session) {
 
 void defineLoad(CommandLine command, Session& session) {
     auto options = std::make_shared<Options>();
-    command.argument("FILE.mcf", &options->file, "The configuration", {.required = true});
+    command.argument("FILE.mcf", &options->file, "The configuration",
+                     {.required = true, .file = FileRole::Read});
     addTraceOption(command, options->trace);
     command.flag("--json", options->json, "Report as JSON");
     command.footer(

@@ -121,7 +121,7 @@ void requireTables(const fs::path& file) {
 void load(const LoadOptions& options, Session& session) {
     requireTables(options.file);
     Applet& applet = session.applet();
-    ChangeReport report(applet, options.trace);
+    ChangeReport report(applet, options.trace, session.changeScope());
     for (const auto& [name, value] :
          {std::pair<const char*, std::string>("FG_LUT_CUSTOM_FILE", options.file.string()),
           std::pair<const char*, std::string>("FG_LUT_TYPE", "LUT_TYPE_CUSTOM")}) {
@@ -183,7 +183,7 @@ void defineLut(CommandLine command, Session& session) {
     auto showOptions = std::make_shared<ShowOptions>();
     CommandLine showing = command.command("show", "Draw the curves");
     showing.option("-o,--output", &showOptions->picture, "Draw the three curves into this picture instead",
-                   {.type = "FILE.png"});
+                   {.type = "FILE.png", .file = FileRole::Written});
     showing.flag("--values", showOptions->values, "All entries as a table");
     showing.flag("--json", showOptions->json, "All entries as JSON");
     showing.footer("For instance: marovine lut show --set FG_PROCESSING_GAMMA=2.2");
@@ -191,14 +191,16 @@ void defineLut(CommandLine command, Session& session) {
 
     auto loadOptions = std::make_shared<LoadOptions>();
     CommandLine loading = command.command("load", "Load tables from a file and switch to them");
-    loading.argument("FILE.lut", &loadOptions->file, "The tables", {.required = true});
+    loading.argument("FILE.lut", &loadOptions->file, "The tables",
+                     {.required = true, .file = FileRole::Read});
     addTraceOption(loading, loadOptions->trace);
     loading.flag("--json", loadOptions->json, "Report as JSON, with all entries");
     loading.action([loadOptions, &session] { load(*loadOptions, session); });
 
     auto saveOptions = std::make_shared<SaveOptions>();
     CommandLine saving = command.command("save", "Save the tables to a file");
-    saving.argument("FILE.lut", &saveOptions->target, "Where to save", {.required = true});
+    saving.argument("FILE.lut", &saveOptions->target, "Where to save",
+                    {.required = true, .file = FileRole::Written});
     saving.flag("--json", saveOptions->json, "As a JSON object");
     saving.footer("Writes beside the file, reads it back, compares, and only then replaces what was there.");
     saving.action([saveOptions, &session] { save(*saveOptions, session); });

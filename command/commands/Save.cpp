@@ -111,7 +111,8 @@ void run(const Options& options, Session& session) {
 
 void defineSave(CommandLine command, Session& session) {
     auto options = std::make_shared<Options>();
-    command.argument("FILE.mcf", &options->target, "Where to save", {.required = true});
+    command.argument("FILE.mcf", &options->target, "Where to save",
+                     {.required = true, .file = FileRole::Written});
     command.flag("--json", options->json, "As a JSON object");
     command.footer(
         "Writes beside the file, reads it back, compares, and only then replaces what was there.\n"

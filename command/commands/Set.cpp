@@ -19,18 +19,59 @@ struct Options {
     bool json = false;
 };
 
-Json jsonOf(const Explanation& explanation) {
+/// What a refusal was explained with.
+struct Reasons {
+    Explanation why;
+    std::vector<Remedy> remedies;
+};
+
+/// The reasons that can be found; nothing when the refused value cannot be told.
+std::optional<Reasons> reasonsFor(Session& session, const Refused& refusal) {
+    const auto why = explained(session, refusal);
+    if (!why) return std::nullopt;
+    Applet& applet = session.applet();
+    const Value value = applet.parameter(refusal.parameter).parse(refusal.value);
+    return Reasons{*why, remediesFor(applet, {refusal.parameter, value}, *why)};
+}
+
+Json jsonOf(const std::vector<Remedy>& remedies) {
+    Json list = Json::array();
+    for (const auto& remedy : remedies) {
+        Json settings = Json::array();
+        for (const auto& [parameter, value] : remedy.settings)
+            settings.push_back({{"parameter", parameter}, {"value", value}});
+        list.push_back({{"text", remedy.text()}, {"settings", std::move(settings)}});
+    }
+    return list;
+}
+
+Json jsonOf(const Reasons& reasons) {
+    const Explanation& explanation = reasons.why;
     Json causes = Json::array();
     for (const auto& cause : explanation.causes)
         causes.push_back({{"parameter", cause.parameter},
                           {"value", cause.value},
                           {"together", cause.together},
                           {"advice", remedyText(cause)}});
-    return {{"parameter", explanation.parameter}, {"value", explanation.value},
-            {"code", explanation.code},           {"meaning", meaningOf(explanation.code)},
-            {"rule", explanation.rule},           {"nearest", explanation.nearest},
-            {"causes", std::move(causes)},        {"accepted", explanation.accepted},
-            {"sentence", explanation.sentence()}};
+    return {{"parameter", explanation.parameter},
+            {"value", explanation.value},
+            {"code", explanation.code},
+            {"meaning", meaningOf(explanation.code)},
+            {"rule", explanation.rule},
+            {"nearest", explanation.nearest},
+            {"causes", std::move(causes)},
+            {"accepted", explanation.accepted},
+            {"sentence", explanation.sentence()},
+            {"advice", explanation.advice()},
+            {"remedies", jsonOf(reasons.remedies)}};
+}
+
+/// A refusal of which no more is known.
+Json jsonOf(const Refused& refusal) {
+    return {{"parameter", refusal.parameter}, {"value", refusal.value},
+            {"code", refusal.code},           {"meaning", meaningOf(refusal.code)},
+            {"sentence", refusal.what()},     {"nearest", Json::array()},
+            {"causes", Json::array()},        {"remedies", Json::array()}};
 }
 
 void run(const Options& options, Session& session) {
@@ -43,7 +84,7 @@ void run(const Options& options, Session& session) {
         applet.parameter(settings.back().name).parse(settings.back().value);
     }
 
-    ChangeReport report(applet, options.trace);
+    ChangeReport report(applet, options.trace, session.changeScope());
     std::optional<Refused> refusal;
     for (const auto& setting : settings) {
         try {
@@ -63,7 +104,8 @@ void run(const Options& options, Session& session) {
     }
     Json document = report.json();
     if (refusal) {
-        if (const auto explanation = explained(session, *refusal)) document["refused"] = jsonOf(*explanation);
+        const auto reasons = reasonsFor(session, *refusal);
+        document["refused"] = reasons ? jsonOf(*reasons) : jsonOf(*refusal);
         session.status = kFailed;
     }
     session.console().out() << printed(document) << '\n';

@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 void defineXml(CommandLine command, Session& session) {
     auto file = std::make_shared<fs::path>();
     command.option("-o,--output", file.get(), "Write to this file instead of standard output",
-                   {.type = "FILE.xml"});
+                   {.type = "FILE.xml", .file = FileRole::Written});
     command.action([file, &session] {
         const std::string document = session.applet().xml();
         if (file->empty()) {
