@@ -1,0 +1,42 @@
+#pragma once
+
+/// Waits that an interrupt ends: in slices, with a look at Python's signals between them.
+
+#include <atomic>
+#include <chrono>
+#include <optional>
+
+#include "python/native/Applet.h"
+
+namespace marovine::python {
+
+/// Asks `next`, without the interpreter's lock, for something that comes within a moment, until it has come,
+/// it is over, or the time is up. Nothing when it is over; `TimeoutError`, with what `why` says, when the
+/// time is up or `interrupted` was set meanwhile.
+template <class Next, class IsOver, class Why>
+auto waitFor(std::optional<double> timeout, std::atomic<bool>& interrupted, const Next& next,
+             const IsOver& isOver, const Why& why) -> decltype(next(std::chrono::milliseconds())) {
+    using Clock = std::chrono::steady_clock;
+    constexpr std::chrono::milliseconds kSlice{50};
+    if (timeout && !(*timeout >= 0))
+        raise(PyExc_ValueError, "a timeout is a number of seconds, 0 or more, or None");
+    const auto begin = Clock::now();
+    interrupted = false;
+    while (true) {
+        std::chrono::milliseconds slice = kSlice;
+        bool last = false;
+        if (timeout) {
+            const std::chrono::duration<double> left =
+                std::chrono::duration<double>(*timeout) - (Clock::now() - begin);
+            last = left <= kSlice;
+            if (last) slice = std::max(slice.zero(), std::chrono::ceil<std::chrono::milliseconds>(left));
+        }
+        if (auto found = unlocked([&] { return next(slice); })) return found;
+        if (isOver()) return std::nullopt;
+        if (PyErr_CheckSignals() != 0) throw nb::python_error();
+        if (interrupted) raise(PyExc_TimeoutError, "the wait was ended");
+        if (last) raise(PyExc_TimeoutError, unlocked(why));
+    }
+}
+
+}  // namespace marovine::python
