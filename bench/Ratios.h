@@ -1,7 +1,8 @@
 #pragma once
 
 /// Prints each benchmark beside its floor: what the same work costs without the applet, measured in the same
-/// run. On a noisy machine the ratio is what can be compared.
+/// run. Times are of the processor, which others on a busy machine disturb less; the ratio is what can be
+/// compared.
 
 #include <benchmark/benchmark.h>
 
@@ -31,7 +32,7 @@ class RatioReporter : public benchmark::ConsoleReporter {
             const bool median = run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
             if (median || run.repetitions <= 1)
                 times_[run.run_name.function_name] =
-                    run.GetAdjustedRealTime() * 1e9 / benchmark::GetTimeUnitMultiplier(run.time_unit);
+                    run.GetAdjustedCPUTime() * 1e9 / benchmark::GetTimeUnitMultiplier(run.time_unit);
         }
     }
 
@@ -45,7 +46,7 @@ class RatioReporter : public benchmark::ConsoleReporter {
             std::printf("%-24s %12.1f %12.1f %8.2f", row, times_[row], floor,
                         floor > 0 ? times_[row] / floor : 0.0);
             if (aim > 0)
-                std::printf(" %6.1f\n", aim);
+                std::printf(" %6g\n", aim);
             else
                 std::printf(" %6s\n", "-");
         }

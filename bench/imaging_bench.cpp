@@ -128,12 +128,12 @@ void picture(benchmark::State& state, void (*change)(DesignSettings&)) {
     settings.tapWidth = settings.xLength = kWidth;
     settings.generatorActiveWords = kWidth / 8;
     change(settings);
-    FrameRenderer renderer(std::make_shared<SensorScene>(testChart(), CameraTraits{}), Belt{});
+    FrameRenderer renderer(std::make_shared<SensorScene>(testChart(), CameraTraits{}));
     renderer.configure(settings);
     Image out(kWidth, kHeight);
     std::uint64_t line = 0;
     for ([[maybe_unused]] auto turn : state) {
-        renderer.render({0, line, kHeight, kHeight}, out.bytes());
+        renderer.render({0, line, kHeight, kHeight}, Motion{}, out.bytes());
         benchmark::ClobberMemory();
         line += kHeight;
     }

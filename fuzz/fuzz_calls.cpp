@@ -10,7 +10,7 @@
 
 #include "base/ErrorCodes.h"
 #include "fuzz/OpenOnce.h"
-#include "tables/SdkParameterTable.h"
+#include "tables/SdkParameterSearch.h"
 
 namespace {
 
@@ -94,7 +94,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (index >= marovine::sdkParameterCount) {
             // Ids that may be anything, the routes past the SDK parameters among them.
             const auto id = input.take<std::int32_t>();
-            if (marovine::findSdkParameter(id) == nullptr && id <= 2000000)
+            if (!marovine::positionOf(id) && id <= 2000000)
                 Fg_getParameterWithType(record, id, room().data(), choice, type);
             continue;
         }

@@ -1,5 +1,7 @@
 /// The board takes pictures: through the exports, as a host does it.
 
+#include <array>
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <thread>
@@ -254,6 +256,92 @@ TEST_F(ManualClockTest, AHostThatDoesNotReadLosesPictures) {
     EXPECT_EQ(0, read("FG_FILLLEVEL"));
 }
 
+TEST_F(ManualClockTest, QueuedBuffersAreFilledInTheirOrderAndHandedBack) {
+    constexpr std::size_t bytes = std::size_t{64} * 100 * 3;
+    struct Buffer {
+        std::vector<std::uint8_t> pixels = std::vector<std::uint8_t>(bytes);
+        int row = -1;  ///< of the scene, in the middle of the picture
+    };
+    std::array<Buffer, 3> buffers;
+    std::atomic<int> finished = 0;
+    const auto note = [](void* context, void* tag, const FrameMemoryPicture* picture,
+                         const FrameMemoryPictureInfo*) {
+        auto& buffer = *static_cast<Buffer*>(tag);
+        if (picture->pixels == buffer.pixels.data() && picture->height == 100)
+            buffer.row = picture->pixels[bytes / 2];
+        ++*static_cast<std::atomic<int>*>(context);
+    };
+    const auto waitForFinished = [&](int count) {
+        for (int i = 0; i < 100 * kSeconds && finished < count; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        ASSERT_EQ(count, finished);
+    };
+    dma_mem* memory = FrameMemoryCreateQueued(bytes, note, &finished);
+    const auto queue = [&](Buffer& buffer) {
+        return FrameMemoryQueue(memory, buffer.pixels.data(), bytes, &buffer);
+    };
+    EXPECT_EQ(kMemoryTooSmall, FrameMemoryQueue(memory, buffers[0].pixels.data(), bytes - 1, &buffers[0]));
+    EXPECT_EQ(kNullPointer, FrameMemoryQueue(memory, nullptr, bytes, &buffers[0]));
+    for (const int i : {2, 0, 1}) ASSERT_EQ(0, queue(buffers[i]));
+    EXPECT_EQ(kBufferInUse, queue(buffers[0]));
+    EXPECT_EQ(0, FrameMemoryTakeBack(memory, &buffers[0]));
+    EXPECT_EQ(kUnknownMemory, FrameMemoryTakeBack(memory, &buffers[0]));
+
+    ASSERT_EQ(0, Fg_AcquireEx(applet.record(), 0, -1, 0, memory));
+    pass(300);  // two find a buffer, the third none
+    waitForFinished(2);
+    EXPECT_EQ(50, buffers[2].row);
+    EXPECT_EQ(150, buffers[1].row);
+    EXPECT_EQ(1, Fg_getStatusEx(applet.record(), FRAME_STATUS_LOST, 0, 0, memory));
+    ASSERT_EQ(0, queue(buffers[0]));
+    pass(100);
+    waitForFinished(3);
+    EXPECT_EQ(350 % 256, buffers[0].row);
+    ASSERT_EQ(0, queue(buffers[0]));
+    EXPECT_EQ(0, Fg_stopAcquireEx(applet.record(), 0, memory, 0));
+    EXPECT_EQ(0, FrameMemoryFree(memory));
+    EXPECT_EQ(kUnknownMemory, queue(buffers[1]));
+    EXPECT_EQ(3, finished);
+}
+
+TEST_F(ManualClockTest, ABoardWhoseMemoryIsFullLosesPictures) {
+    const FrameMemory memory(8, 64 * 100 * 3);
+    // 1024 words of 128 bits hold two pictures of 64 x 100 pixels.
+    applet.board().force("Device1_Process0_Buffer_0_DRAM_A_0_RamAddressWidth", 10u);
+    ASSERT_EQ(0, acquire(memory));
+    pass(300);
+    EXPECT_EQ(1, status(memory, FRAME_STATUS_LOST));
+    EXPECT_EQ(1, read("FG_OVERFLOW"));
+    ASSERT_EQ(2, waitFor(memory, 2));
+    pass(100);
+    ASSERT_EQ(3, waitFor(memory, 3));
+    FrameMemoryPictureInfo info{};
+    info.size = sizeof info;
+    ASSERT_EQ(0, FrameMemoryDescribe(memory.get(), 3, &info));
+    EXPECT_EQ(1, info.lostBefore);
+    EXPECT_EQ(3, info.frame);
+    EXPECT_EQ(300, info.firstLine);
+    // Eight clocks of the link after the last line's start.
+    EXPECT_EQ(99 * 200'000 + 95, info.lastLineTime - info.firstLineTime);
+}
+
+TEST_F(ManualClockTest, AFlashLightsTheLineItIsGivenFor) {
+    applet.board().setScene(Image(64, 4, grey(200)));
+    applet.board().setLight({.flashShare = 0.75});
+    set("FG_STROBEPULSEDELAY", 2u);
+    set("FG_SIGNAL_ANALYZER_0_SOURCE", "FG_SIGNAL_CAM0_FLASH");
+    set("FG_SIGNAL_ANALYZER_CLEAR", 1);
+    const FrameMemory memory(2, 64 * 100 * 3);
+    ASSERT_EQ(0, acquire(memory));
+    pass(200);
+    ASSERT_LE(1, waitFor(memory, 1));
+    // The middle of the lit line's pixels is its own; around it the interpolation mixes.
+    EXPECT_EQ(grey(50), copyOf(memory.picture(1)).at(10, 50));
+    EXPECT_EQ(200, copyOf(memory.picture(1)).at(10, 2).red);
+    EXPECT_EQ(2u, applet.get<std::uint32_t>("FG_SIGNAL_ANALYZER_0_PULSE_COUNT"));
+    EXPECT_EQ(20000.0, applet.get<double>("FG_SIGNAL_ANALYZER_0_PERIOD_CURRENT"));
+}
+
 TEST_F(ManualClockTest, ANewLinePeriodCountsOnFromTheLineThatRuns) {
     const FrameMemory memory(4, 64 * 100 * 3);
     ASSERT_EQ(0, acquire(memory));
@@ -368,6 +456,8 @@ TEST_F(ManualClockTest, AnInputTriggersAndGates) {
         applet.board().setInput(3, true);  // another input
         EXPECT_EQ(0, read("FG_IMGTRIGGER_IS_BUSY"));
         applet.board().setInput(10, c.level);
+        EXPECT_EQ(0, read("FG_IMGTRIGGER_IS_BUSY")) << "it may still bounce";
+        applet.board().advanceClock(112e-9);
         EXPECT_EQ(1, read("FG_IMGTRIGGER_IS_BUSY"));
         pass(40);
         applet.board().setInput(10, !c.level);
@@ -382,6 +472,7 @@ TEST_F(ManualClockTest, AnInputTriggersAndGates) {
     ASSERT_EQ(0, acquire(memory));
     EXPECT_EQ(0, read("FG_IMGTRIGGER_IS_BUSY")) << "input 10 is high";
     applet.board().force("Device1_Process0_Trigger_InputSignal_ImgTrgInSource_Input_Select", 64u + 10);
+    pass(1);
     EXPECT_EQ(1, read("FG_IMGTRIGGER_IS_BUSY")) << "no such input: low";
 }
 

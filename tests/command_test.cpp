@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -81,7 +82,7 @@ TEST(Command, EndsWithAStatusThatScriptsCanTrust) {
              Case{"status --after nan", 2, "nan is no finite number"},
              Case{"status --after inf", 2, "inf is no finite number"},
              Case{"grab --speed nan -o x.png", 2, "nan is no finite number"},
-             Case{"grab -n 0 -o x.png", 2, "0 is below the smallest accepted value 1"},
+             Case{"grab --count=-1 -o x.png", 2, "-1 is below the smallest accepted value 0"},
              Case{"grab -o x.jpg", 2, "does not end in .png"},
              Case{"debug --monitor on", 1, "point 0, Camera Input, cannot monitor"},
              Case{"debug --point 1 --monitor on", 0, "FG_DEBUGOUTENABLE = FG_ON (was FG_OFF)"},
@@ -247,6 +248,56 @@ TEST(Command, AnswersPrograms) {
         const Json error = parsed(arguments)["error"];
         EXPECT_FALSE(error["message"].get<std::string>().empty()) << arguments;
         EXPECT_EQ(code, error["code"]) << arguments;
+    }
+}
+
+TEST(Command, PrintsEventsAsTheyCome) {
+    const auto outcome =
+        run("--set FG_HEIGHT=256 events --wait 'FG_*FRAME*' FG_START_OF_LINE_CAM_PORT_0 -n 1000 --seconds 60 "
+            "--json");
+    ASSERT_EQ(0, outcome.status) << outcome.errors;
+    std::istringstream lines(outcome.output);
+    std::map<std::string, std::int64_t> counts;
+    std::int64_t before = 0;
+    for (std::string line; std::getline(lines, line);) {
+        const Json event = Json::parse(line);
+        ASSERT_EQ(0, event["lost"]) << line;
+        EXPECT_LE(before, event["time"]) << line;
+        before = event["time"];
+        EXPECT_EQ(++counts[event["name"]], event["count"]) << line;
+        EXPECT_EQ(event["count"], event["payload"].get<std::int64_t>() + 1) << line;
+    }
+    // 256 lines in a frame: 4 starts, 3 ends.
+    EXPECT_EQ((std::map<std::string, std::int64_t>{{"FG_START_OF_LINE_CAM_PORT_0", 993},
+                                                   {"FG_START_OF_FRAME_CAM_PORT_0", 4},
+                                                   {"FG_END_OF_FRAME_CAM_PORT_0", 3}}),
+              counts);
+    const auto none = run("events --wait FG_OVERFLOW_CAM0 -n 1 --seconds 0.2");
+    EXPECT_EQ(1, none.status);
+    EXPECT_THAT(joined(none.errors), HasSubstr("only 0 of 1 events came"));
+    EXPECT_THAT(joined(run("events FG_OVERFLOW").errors), HasSubstr("perhaps FG_OVERFLOW_CAM0"));
+    EXPECT_EQ(2, run("events -n 3").status);
+}
+
+TEST(Command, TellsWhatIsKnownOfEachPicture) {
+    const Json taken = Json::parse(
+        run("--set FG_HEIGHT=64 --set FG_WIDTH=64 --set FG_IMG_SELECT_PERIOD=2 grab -n 3 -o /dev/null --json")
+            .output)["taken"];
+    ASSERT_EQ(3U, taken.size());
+    const std::int64_t frame = 64 * 200'000;  // ns
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(i + 1, taken[i]["number"]);
+        EXPECT_EQ("none", taken[i]["trigger"]);
+        EXPECT_EQ(0, taken[i]["lostBefore"]);
+        if (i == 0) continue;
+        const auto step = [&](const char* key) {
+            return taken[i][key].get<std::int64_t>() - taken[i - 1][key].get<std::int64_t>();
+        };
+        EXPECT_EQ(2, step("frame"));
+        EXPECT_EQ(2 * 64, step("firstLine"));
+        EXPECT_EQ(2 * 64, step("encoderPosition"));
+        EXPECT_EQ(2 * frame, step("firstLineTime"));
+        EXPECT_EQ(2 * frame, step("lastLineTime"));
     }
 }
 

@@ -36,7 +36,7 @@ grep -q '(RPATH)' <<<"$dynamic" && fail "has an RPATH"
 
 # An empty element of a run path is the current folder, where anybody may have put a library.
 astray=$(find "$(dirname "$library")" -name CMakeFiles -prune -o -type f -perm -u+x -exec readelf -d {} + 2>/dev/null |
-    grep -E '\(R(UN)?PATH\)' | grep -vE '\[\$ORIGIN(:\$ORIGIN/\.\./lib64)?\]') &&
+    grep -E '\(R(UN)?PATH\)' | grep -vE '\[\$ORIGIN(:\$ORIGIN/[^]:]+)*\]') &&
     fail "run paths that lead astray: $astray"
 
 for file in "${@:3}"; do

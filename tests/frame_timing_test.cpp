@@ -1,85 +1,15 @@
-// When the virtual board's lines come and how they become pictures.
+// How lines become pictures.
 
 #include <gtest/gtest.h>
 
 #include <functional>
 
 #include "board/imaging/FrameSequencer.h"
-#include "board/imaging/LineClock.h"
 
 namespace virtualboard::imaging {
 namespace {
 
 using Change = std::function<void(DesignSettings&)>;
-
-// ---- line clock ----
-
-TEST(LineClock, periodsOfBothSources) {
-    struct Case {
-        const char* what;
-        Change change;
-        double period;
-        std::uint64_t lines;
-        double frame;
-    };
-    const auto generator = [](Change more) {
-        return [more](DesignSettings& s) { s.generatorEnable = 1, more(s); };
-    };
-    const Case cases[] = {
-        {"default", [](auto&) {}, 200, 1000, 200000},
-        {"faster lines see more of the belt", [](auto& s) { s.exsyncPeriod = 100; }, 100, 2000, 200000},
-        {"no ExSync", [](auto& s) { s.exsyncEnable = 0; }, 0, 1, 0},
-        {"CC1 at ground", [](auto& s) { s.cc1Select = 0; }, 0, 1, 0},
-        {"CC1 at ExSync 2", [](auto& s) { s.cc1Select = 2; }, 200, 1000, 200000},
-        {"no camera", [](auto& s) { s.pixelClock = 0; }, 0, 1, 0},
-        {"link in reset", [](auto& s) { s.coreReset = 1; }, 0, 1, 0},
-        {"encoder x2, every 4th",
-         [](auto& s) { s.lineTriggerMode = 1, s.encoderMode = 2, s.lineDownscaler = 4; }, 400, 500, 200000},
-        {"12207 cycles", generator([](auto&) {}), 97.656, 1024, 97.656 * 1024},
-        {"frame gap", generator([](auto& s) { s.generatorFrameLines = 1100; }), 97.656, 1024, 97.656 * 1100},
-        {"40 MHz", generator([](auto& s) {
-             s.generatorClockMode = 0, s.generatorActivePixel = 80, s.generatorSequence = 2000;
-         }),
-         25.6, 1024, 25.6 * 1024},
-        {"40 MHz with line gap", generator([](auto& s) {
-             s.generatorClockMode = 0, s.generatorActivePixel = 80, s.generatorSequence = 2000,
-             s.generatorLineWords = 256;
-         }),
-         51.2, 1024, 51.2 * 1024},
-        {"no active pixel", generator([](auto& s) { s.generatorClockMode = 0, s.generatorActivePixel = 0; }),
-         0, 1, 0},
-        {"edges start lines",
-         generator([](auto& s) { s.generatorFreeRun = 0, s.generatorValve = 1, s.exsyncPeriod = 50; }), 100,
-         1024, 102400},
-        {"edges start frames", generator([](auto& s) {
-             s.generatorFreeRun = 0, s.exsyncPeriod = 50, s.generatorActiveLines = 10;
-             s.generatorFrameLines = 10;
-         }),
-         97.656, 10, 1000},
-        {"no edges", generator([](auto& s) { s.generatorFreeRun = 0, s.exsyncEnable = 0; }), 0, 1, 0},
-    };
-    for (const auto& c : cases) {
-        DesignSettings settings;
-        c.change(settings);
-        const LineClock clock = lineClock(settings, Belt{}, 1000);
-        EXPECT_NEAR(clock.linePeriod, c.period, 1e-9) << c.what;
-        EXPECT_EQ(clock.linesPerFrame, c.lines) << c.what;
-        EXPECT_NEAR(clock.framePeriod, c.frame, 1e-6) << c.what;
-    }
-}
-
-TEST(LineClock, timesAndLinesAgree) {
-    const LineClock clock{10, 4, 60};  // four lines, then 20 µs of gap
-    EXPECT_EQ(clock.startOf(5), 70);
-    EXPECT_EQ(clock.timeFor(4), 40);
-    EXPECT_EQ(clock.timeFor(5), 70);
-    for (std::uint64_t lines = 1; lines < 30; ++lines) {
-        EXPECT_EQ(clock.linesBy(clock.timeFor(lines)), lines);
-        EXPECT_EQ(clock.linesBy(clock.timeFor(lines) - 0.01), lines - 1);
-    }
-    for (const double inTheGap : {45.0, 59.9, 69.9}) EXPECT_EQ(clock.linesBy(inTheGap), 4u);
-    EXPECT_EQ(LineClock{}.linesBy(1e9), 0u);
-}
 
 // ---- image trigger ----
 
@@ -99,7 +29,7 @@ struct Sequence : FrameSequencer {
     std::vector<std::array<std::uint64_t, 3>> upTo(std::uint64_t lines) {
         std::vector<std::array<std::uint64_t, 3>> result;
         while (const auto position = next(lines))
-            result.push_back({position->number, position->firstLine, position->rows});
+            if (position->selected) result.push_back({position->number, position->firstLine, position->rows});
         return result;
     }
 };

@@ -1,23 +1,30 @@
 /// `marovine grab` and `marovine contact-sheet`, run as a person runs them.
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
 #include "board/imaging/Scene.h"
 #include "command/Progress.h"
 #include "pictures/Lettering.h"
+#include "pictures/PictureFormats.h"
+#include "pictures/PictureStream.h"
 #include "pictures/Png.h"
 #include "tests/RunCommand.h"
 
@@ -40,6 +47,12 @@ class GrabTest : public testing::Test {
     test::Outcome run(const std::string& arguments, const std::string& before = "") {
         return test::run(arguments, "cd '" + folder.string() + "' && " + before + " ");
     }
+    /// Runs shell text in which $M is the command. The exit status.
+    int shell(const std::string& text) {
+        const int status =
+            std::system(("cd '" + folder.string() + "' && M='" MAROVINE_COMMAND "'; " + text).c_str());
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
     std::vector<std::string> files() const {
         std::vector<std::string> names;
         for (const auto& entry : fs::directory_iterator(folder)) names.push_back(entry.path().filename());
@@ -47,10 +60,18 @@ class GrabTest : public testing::Test {
         return names;
     }
 
+    std::string contentOf(const std::string& name) const {
+        std::ifstream in(folder / name);
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
+
     const fs::path folder = fs::temp_directory_path() / ("grab-test-" + std::to_string(getpid()));
 };
 
 constexpr const char* kSmall = "--set FG_WIDTH=64 --set FG_HEIGHT=8 ";
+/// Of a video of such pictures: eight lines of 200 us each. Nobody knows when triggers come.
+constexpr std::string_view kHeader = "YUV4MPEG2 W64 H8 F625:1 Ip A1:1 C444 XCOLORRANGE=FULL\n";
+constexpr std::string_view kTriggeredHeader = "YUV4MPEG2 W64 H8 F25:1 Ip A1:1 C444 XCOLORRANGE=FULL\n";
 
 TEST_F(GrabTest, WritesWhatTheSettingsSay) {
     const Pixel orange{.blue = 10, .green = 60, .red = 200};
@@ -78,6 +99,111 @@ TEST_F(GrabTest, ShowsThePictureInColoursOrInShades) {
     EXPECT_THAT(files(), ElementsAre());
 }
 
+TEST_F(GrabTest, WritesTheSamePicturesInEveryFormat) {
+    const std::string three = std::string(kSmall) + "grab -n 3 ";
+    ASSERT_EQ("3 pictures of 64 x 8 pixels in p-1.png to p-3.png\n", run(three + "-o p.png").output);
+    ASSERT_EQ("3 pictures of 64 x 8 pixels in p-1.ppm to p-3.ppm\n", run(three + "-o p.ppm").output);
+    ASSERT_EQ("3 pictures of 64 x 8 pixels in p.y4m\n", run(three + "-o p.y4m").output);
+    const test::Outcome raw = run(three + "-o - --format raw");
+    EXPECT_EQ("3 pictures of 64 x 8 pixels in -\n", raw.errors);
+    constexpr std::size_t bytes = 64 * 8 * 3;
+    ASSERT_EQ(3 * bytes, raw.output.size());
+    const std::string video = contentOf("p.y4m");
+    ASSERT_EQ(kHeader, video.substr(0, kHeader.size()));
+    ASSERT_EQ(kHeader.size() + 3 * (6 + bytes), video.size());
+    for (std::size_t n = 0; n < 3; ++n) {
+        const Image png = virtualboard::imaging::readPng(folder / ("p-" + std::to_string(n + 1) + ".png"));
+        const std::string_view shown(reinterpret_cast<const char*>(png.bytes().data()), bytes);
+        EXPECT_EQ(shown, raw.output.substr(n * bytes, bytes));
+        std::string ppm =
+            contentOf("p-" + std::to_string(n + 1) + ".ppm").substr(std::strlen("P6\n64 8\n255\n"));
+        ASSERT_EQ(bytes, ppm.size());
+        for (std::size_t i = 0; i < bytes; i += 3) std::swap(ppm[i], ppm[i + 2]);
+        EXPECT_EQ(shown, ppm);
+        std::vector<std::uint8_t> planes(bytes);
+        virtualboard::imaging::toYCbCr(png, planes);
+        EXPECT_EQ("FRAME\n" + std::string(planes.begin(), planes.end()),
+                  video.substr(kHeader.size() + n * (6 + bytes), 6 + bytes));
+    }
+}
+
+TEST(PictureFormats, ConvertsAsTheStandardSays) {
+    Image colours(256, 3);
+    for (std::uint32_t i = 0; i < 256; ++i) {
+        const auto level = static_cast<std::uint8_t>(i);
+        colours.at(i, 0) = {level, level, level};
+        colours.at(i, 1) = {static_cast<std::uint8_t>(i * 37), static_cast<std::uint8_t>(i * 91), level};
+        colours.at(i, 2) = {i < 128 ? level : std::uint8_t{255}, 0, i < 128 ? std::uint8_t{255} : level};
+    }
+    constexpr std::size_t pixels = 3 * 256;
+    std::vector<std::uint8_t> planes(3 * pixels);
+    virtualboard::imaging::toYCbCr(colours, planes);
+    for (std::size_t i = 0; i < pixels; ++i) {
+        const auto [b, g, r] = colours.pixels[i];
+        EXPECT_NEAR(0.299 * r + 0.587 * g + 0.114 * b, planes[i], 0.51);
+        EXPECT_NEAR(std::min(255.0, 128 + 0.5 * b - 0.168736 * r - 0.331264 * g), planes[pixels + i], 0.51);
+        EXPECT_NEAR(std::min(255.0, 128 + 0.5 * r - 0.418688 * g - 0.081312 * b), planes[2 * pixels + i],
+                    0.51);
+        if (i < 256) {
+            EXPECT_THAT((std::array{planes[i], planes[pixels + i]}), ElementsAre(i, 128));
+        }
+    }
+}
+
+TEST_F(GrabTest, AVideoHoldsPicturesOfOneSize) {
+    const auto cut =
+        run("--set FG_WIDTH=64 --set FG_HEIGHT=8 --set FG_IMGTRIGGERMODE=ASYNC_TRIGGER_MULTIFRAME "
+            "--set FG_IMGTRIGGERINSRC=TRGINSOFTWARE --set FG_IMGTRIGGER_ASYNC_HEIGHT=12 "
+            "grab --trigger -n 2 -o cut.y4m");
+    EXPECT_EQ(1, cut.status);
+    EXPECT_THAT(joined(cut.errors), HasSubstr("pictures of 64 x 8 pixels cannot take one of 64 x 4"));
+    EXPECT_THAT(contentOf("cut.y4m"), testing::SizeIs(kTriggeredHeader.size() + 6 + 64 * 8 * 3))
+        << "what was whole stays";
+}
+
+TEST_F(GrabTest, AnEndlessStreamEndsWithItsReaderOrAnInterrupt) {
+    const std::string endless = std::string(" ") + kSmall + "grab -n 0 ";
+    shell("{ $M" + endless + "-o - --format raw 2>report; echo $? >status; } | head -c 100000 >out");
+    EXPECT_EQ("0\n", contentOf("status"));
+    EXPECT_EQ(100'000u, fs::file_size(folder / "out"));
+    const test::Outcome file = run(endless + "-o p.y4m", "timeout --preserve-status -k 30 1");
+    EXPECT_EQ(128 + SIGTERM, file.status) << file.all();
+    const auto size = fs::file_size(folder / "p.y4m");
+    EXPECT_EQ(0u, (size - kHeader.size()) % (6 + 64 * 8 * 3)) << "only whole pictures";
+    EXPECT_LT(10'000u, size);
+    // A reader that stands still is waited for no longer than a second after the interrupt.
+    ASSERT_EQ(0, mkfifo((folder / "pipe").c_str(), 0600));
+    EXPECT_EQ(128 + SIGTERM, shell("sleep 60 <pipe & timeout --preserve-status -k 30 1 $M" + endless +
+                                   "-o pipe >report 2>&1; s=$?; kill $!; exit $s"));
+}
+
+TEST_F(GrabTest, LosesNothingInRealTime) {
+    const auto grabbed = [&] {
+        shell(
+            "$M --set FG_WIDTH=640 --set FG_HEIGHT=480 --set FG_LINEEXPOSURE=10 --set FG_LINEPERIODE=20.832 "
+            "grab -n 300 --real-time -o - --format y4m 2>report | wc -c >bytes");
+        return contentOf("report");
+    };
+    // A machine that runs other tests beside this one may come too late, but not each time.
+    std::string report = grabbed();
+    for (int again = 0; again < 3 && report.find("lost") != std::string::npos; ++again) report = grabbed();
+    EXPECT_EQ("300 pictures of 640 x 480 pixels in -\n", report);
+    EXPECT_LT(300u * 640 * 480 * 3, std::stoull(contentOf("bytes")));
+}
+
+TEST(PictureStream, LeavesATerminalAlone) {
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_LE(0, terminal);
+    ASSERT_EQ(0, grantpt(terminal) | unlockpt(terminal));
+    try {
+        virtualboard::imaging::PictureStream(ptsname(terminal), [] { return false; });
+        FAIL() << "it was opened";
+    } catch (const std::runtime_error& error) {
+        EXPECT_THAT(error.what(), HasSubstr("is a terminal"));
+    }
+    close(terminal);
+}
+
 TEST_F(GrabTest, TriggersBySoftware) {
     const std::string triggered =
         std::string(kSmall) +
@@ -103,7 +229,9 @@ TEST_F(GrabTest, SaysWhatIsWrong) {
     };
     for (const auto& c :
          {Case{"grab", 2, "-o FILE.png or show them with --view"},
-          Case{"grab -o nowhere/a.png", 1, "no folder nowhere"}, Case{"grab -n 0 -o a.png", 2, "--count"},
+          Case{"grab -o nowhere/a.png", 1, "no folder nowhere"}, Case{"grab -n 0 --view", 2, "-o FILE"},
+          Case{"grab -o a.jpg", 2, ".png, .ppm, .raw or .y4m"},
+          Case{"grab -o a.png --format gif", 2, "--format"},
           Case{"grab --scene missing.png -o a.png", 1, "missing.png"},
           Case{"grab --view --timeout 1 --set FG_EXSYNCON=FG_OFF", 1, "FG_EXSYNCON = FG_OFF"},
           Case{"grab --view --set FG_WIDTH=16384 --set FG_HEIGHT=16777214", 1, "no memory for"},
@@ -156,24 +284,20 @@ TEST_F(GrabTest, AnInterruptEndsWaitingForAPipe) {
 }
 
 TEST_F(GrabTest, TheDemonstrationReplacesNothingElse) {
-    const auto contentOf = [&] {
-        std::ifstream in(folder / "belt.png");
-        return std::string(std::istreambuf_iterator<char>(in), {});
-    };
     for (const char* says : {"written to belt.png", "was written before to belt.png"})
         EXPECT_THAT(run("demo").output, HasSubstr(says));
     EXPECT_THAT(files(), ElementsAre("belt.png", "contact-sheet.png"));
-    const std::string written = contentOf();
+    const std::string written = contentOf("belt.png");
     std::ofstream(folder / "belt.png") << "of another";
     EXPECT_EQ(1, run("demo").status);
-    EXPECT_EQ("of another", contentOf());
+    EXPECT_EQ("of another", contentOf("belt.png"));
     EXPECT_EQ(0, run("demo --force -o .").status);
-    EXPECT_EQ(written, contentOf());
+    EXPECT_EQ(written, contentOf("belt.png"));
 }
 
 TEST_F(GrabTest, TheContactSheetIsSmallAndItsViewsDiffer) {
     ASSERT_EQ(0, run("contact-sheet -o sheet.png").status);
-    EXPECT_GT(150'000u, fs::file_size(folder / "sheet.png"));
+    EXPECT_GT(200'000u, fs::file_size(folder / "sheet.png"));
     const Image sheet = virtualboard::imaging::readPng(folder / "sheet.png");
     // Four columns, two rows of views.
     std::vector<Image> views;

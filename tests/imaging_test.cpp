@@ -51,11 +51,16 @@ void lookFromTheRight(DesignSettings& settings, std::uint32_t sensorWidth, std::
 
 Image take(const DesignSettings& settings, const Image& scene = testChart(), const CameraTraits& camera = {},
            const Belt& belt = {}, std::uint64_t firstLine = 0) {
-    FrameRenderer renderer(std::make_shared<SensorScene>(scene, camera), belt);
+    FrameRenderer renderer(std::make_shared<SensorScene>(scene, camera));
     renderer.configure(settings);
     Image picture(renderer.width(), settings.yLength, {1, 2, 3});
-    EXPECT_EQ(renderer.render({0, firstLine, settings.imageHeight, settings.yLength}, picture.bytes()),
-              picture.height);
+    const double step = belt.speed * settings.exsyncPeriod * 1e-6 / belt.objectPixel;
+    const double exposure = exposureTime(settings, settings.exsyncPeriod) / camera.neutralExposure;
+    const Motion motion{{SceneRun{.step = Motion::stepOf(step), .gain = exposureGain(exposure)}},
+                        rowsPerTrigger(settings)};
+    EXPECT_EQ(
+        renderer.render({0, firstLine, settings.imageHeight, settings.yLength}, motion, picture.bytes()),
+        picture.height);
     return picture;
 }
 
@@ -124,10 +129,10 @@ TEST(LineScanCamera, samplesTheBeltAtTheLinePeriod) {
         std::uint64_t row;
         std::uint8_t first;  // grey of pixel 0 = scene row
     };
-    const Case cases[] = {{1, 1, 5, 5}, {1, 1, 7, 1}, {2, 1, 2, 4}, {0.5, 1, 3, 1},
-                          {0, 1, 9, 0}, {2, 2, 4, 4}, {2, 2, 5, 5}, {1, 2, 5, 3}};
+    const Case cases[] = {{1, 1, 5, 5}, {1, 1, 7, 1}, {2, 1, 2, 4}, {0.5, 1, 3, 1}, {0, 1, 9, 0},
+                          {2, 2, 4, 4}, {2, 2, 5, 5}, {1, 2, 5, 3}, {-1, 1, 2, 4}};
     for (const auto& c : cases) {
-        const LineScanCamera camera(scene, {Motion::stepOf(c.step), c.rowsPerExposure, 1});
+        const LineScanCamera camera(scene, {{SceneRun{.step = Motion::stepOf(c.step)}}, c.rowsPerExposure});
         EXPECT_EQ(rawRow(camera, c.row, 0, 1)[0], c.first) << c.step << " row " << c.row;
     }
     // The scene repeats across the belt, the sensor ends.
@@ -358,6 +363,14 @@ TEST(TapSorter, wrongGeometryScramblesTheLine) {
     camera.sensorWidth = 32;
     camera.readout = TapReadout{};
     EXPECT_EQ(windowPixels(settings, camera), (std::vector{0, 8, 16, 24, 1, 9, 17, 25}));
+    // Ten taps on a link that was told of eight lanes: the last two never arrive.
+    settings = windowOf(40, 4);
+    settings.tapCount = 10, settings.tapWidth = 4;
+    settings.tapOrder = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
+    camera = {.sensorWidth = 40, .readout = TapReadout{10, 1, {}}};
+    std::vector<int> expected = counting(0, 1, 32);
+    expected.resize(40, -1);
+    EXPECT_EQ(windowPixels(settings, camera), expected);
 }
 
 TEST(TapSorter, isBlackBeyondTheLine) {
@@ -456,16 +469,18 @@ TEST(FrameRenderer, everyInstructionSetGivesThePlainPicture) {
         const float exposure = s.generatorEnable != 0 ? 1 : exposureGain(s.exsyncExposure / 19);
         const PatternGenerator generator(s);
         const LineScanCamera camera(scene, Motion{});
+        Motion motion;
+        motion.runs.front().gain = exposure;
         const Bytes expected =
             plainPicture(s, s.generatorEnable != 0 ? static_cast<const LineSource&>(generator) : camera,
                          exposure, firstLine);
         for (const char* const set : instructionSets()) {
             useInstructionSet(set);
-            FrameRenderer renderer(scene, Belt{}, &crew);
+            FrameRenderer renderer(scene, &crew);
             renderer.configure(s);
             // A row that does not fit is left out.
             Bytes picture(expected.size() + renderer.rowBytes() - 1, 77);
-            ASSERT_EQ(renderer.render({0, firstLine, 9999, 9999}, picture), s.imageHeight);
+            ASSERT_EQ(renderer.render({0, firstLine, 9999, 9999}, motion, picture), s.imageHeight);
             const auto end = picture.begin() + static_cast<std::ptrdiff_t>(expected.size());
             ASSERT_TRUE(std::equal(picture.begin(), end, expected.begin())) << set << " turn " << turn;
             ASSERT_TRUE(std::all_of(end, picture.end(), [](auto byte) { return byte == 77; })) << set;
@@ -497,6 +512,15 @@ TEST(Png, roundTripAndNothingHalfWritten) {
     writePng(file, Image(1, 1));
     writePng(file, picture);
     EXPECT_EQ(readPng(file).pixels, picture.pixels);
+    // Larger than what is compressed at once, with much and with little that repeats.
+    for (const unsigned noise : {1u, 255u}) {
+        Image large(1001, 300);
+        std::mt19937 random(noise);
+        for (auto& [b, g, r] : large.pixels)
+            b = g = std::uint8_t(90 + random() % noise), r = std::uint8_t(random() % noise);
+        writePng(file, large);
+        EXPECT_EQ(readPng(file).pixels, large.pixels);
+    }
 
     std::ofstream(folder / "text.png") << "no picture";
     EXPECT_THROW(readPng(folder / "text.png"), std::runtime_error);
