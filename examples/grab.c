@@ -2,9 +2,8 @@
  * A host that takes pictures: opens the applet on a virtual board, takes three pictures of a moving belt and
  * writes the last one as PPM. It needs an installation only:
  *
- *     cc -IPREFIX/include/marovine examples/grab.c -LPREFIX/lib64 -lvirtualboard -ldl -Wl,-rpath,PREFIX/lib64
- * -o grab
- *     ./grab PREFIX/lib64/libMarovine.so belt.ppm
+ *     cc grab.c $(pkg-config --cflags --libs marovine) -o grab
+ *     ./grab $(pkg-config --variable=applet marovine) belt.ppm
  */
 #include <dlfcn.h>
 #include <stdio.h>
