@@ -45,7 +45,7 @@ GC_ERROR GCGetInfo(TL_INFO_CMD command, INFO_DATATYPE* type, void* buffer, size_
 
 GC_ERROR GCGetLastError(GC_ERROR* errorCode, char* text, size_t* size) {
     return always("GCGetLastError", [&] {
-        const LastError last = lastError();
+        const LastError& last = lastError();
         answerText(last.code == GC_ERR_SUCCESS ? "no error" : last.text, text, size);
         if (errorCode != nullptr) *errorCode = last.code;
     });

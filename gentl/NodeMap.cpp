@@ -80,7 +80,8 @@ T load(ConstBytes data, Width width) {
 
 }  // namespace
 
-NodeMap::NodeMap(std::string port, std::string model, std::string toolTip) : port_(std::move(port)) {
+NodeMap::NodeMap(std::string port, std::string_view model, std::string_view toolTip)
+    : port_(std::move(port)) {
     head_ =
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
         "<RegisterDescription ModelName=\"" +
@@ -368,7 +369,12 @@ void NodeMap::converted(const Feature& feature, const std::string& target, std::
 void NodeMap::computed(const Feature& feature, const std::vector<std::string>& from,
                        std::string_view formula) {
     begin("IntSwissKnife", feature, {});
-    for (const auto& name : from) nodes_ += "    <pVariable Name=\"" + name + "\">" + name + "</pVariable>\n";
+    for (const auto& name : from)
+        nodes_.append("    <pVariable Name=\"")
+            .append(name)
+            .append("\">")
+            .append(name)
+            .append("</pVariable>\n");
     element("Formula", formula);
     element("Unit", feature.unit);
     end("IntSwissKnife");

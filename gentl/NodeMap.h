@@ -74,7 +74,7 @@ inline constexpr std::size_t kTextBytes = 1024;
 class NodeMap {
  public:
     /// `port` is the name under which a consumer connects the port; `model` names the document.
-    NodeMap(std::string port, std::string model, std::string toolTip);
+    NodeMap(std::string port, std::string_view model, std::string_view toolTip);
 
     void integer(const Feature& feature, const Access<std::int64_t>& access, Width width = {});
     void real(const Feature& feature, const Access<double>& access);

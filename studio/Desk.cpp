@@ -297,7 +297,7 @@ Json Desk::undo(const std::string& page) {
 }
 
 fs::path Desk::keepConfiguration(const std::string& name, std::string_view content) {
-    const fs::path file = folder_.keep(plainName(name, "configuration.mcf"), content);
+    fs::path file = folder_.keep(plainName(name, "configuration.mcf"), content);
     const auto read = host::ConfigFile::read(file);
     const auto named = host::filesNamedIn(read);
     std::string inside;

@@ -26,7 +26,7 @@ Folder::~Folder() {
 }
 
 fs::path Folder::makeRoom() {
-    const fs::path room = path_ / std::to_string(++rooms_);
+    fs::path room = path_ / std::to_string(++rooms_);
     std::error_code error;
     if (!fs::create_directory(room, error))
         throw host::Failure("no folder for files can be made: " + error.message());
@@ -34,7 +34,7 @@ fs::path Folder::makeRoom() {
 }
 
 fs::path Folder::keep(std::string_view name, std::string_view content) {
-    const fs::path file = makeRoom() / plainName(name, "file");
+    fs::path file = makeRoom() / plainName(name, "file");
     std::ofstream out(file, std::ios::binary);
     out << content;
     out.close();

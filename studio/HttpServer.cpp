@@ -32,14 +32,14 @@ namespace {
 
 constexpr std::size_t kMostConnections = 128;
 constexpr unsigned kLongestHeader = 16 * 1024;
-constexpr std::size_t kLargestMessage = 64 * 1024;
-constexpr std::size_t kMostWaiting = 1024 * 1024;  ///< bytes of text for one WebSocket
+constexpr std::size_t kLargestMessage = std::size_t{64} * 1024;
+constexpr std::size_t kMostWaiting = std::size_t{1024} * 1024;  ///< bytes of text for one WebSocket
 constexpr double kRequestsPerSecond = 200;
 constexpr double kBurst = 400;
 constexpr auto kIdle = std::chrono::seconds(60);
 constexpr auto kPatience = std::chrono::milliseconds(300);  ///< for farewells at the end
 constexpr auto kFarewell = std::chrono::seconds(2);
-constexpr std::size_t kMostDrained = 16 * 1024 * 1024;
+constexpr std::size_t kMostDrained = std::size_t{16} * 1024 * 1024;
 
 /// What a page may load, and who may show it: nobody but the studio.
 constexpr const char* kPolicy =

@@ -17,7 +17,8 @@ Members::Members(const Json& object, std::string what, std::initializer_list<std
         if (std::ranges::find(known, name) != known.end()) continue;
         std::string names;
         for (const auto one : known) names += (names.empty() ? "" : ", ") + std::string(one);
-        throw BadRequest(what_ + " has no member " + name + "; there are: " + names);
+        throw BadRequest(
+            std::string(what_).append(" has no member ").append(name).append("; there are: ").append(names));
     }
 }
 

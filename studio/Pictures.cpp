@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <vector>
 
 namespace marovine::studio {
@@ -26,7 +27,7 @@ std::uint32_t begin(std::uint32_t index, std::uint32_t from, std::uint32_t to) {
 
 /// A side of the result.
 std::uint32_t scaledSide(std::uint32_t side, double scale) {
-    return std::clamp(static_cast<std::uint32_t>(side * scale + 0.5), std::uint32_t{1}, side);
+    return std::clamp(static_cast<std::uint32_t>(std::lround(side * scale)), std::uint32_t{1}, side);
 }
 
 /// Adds a row's pixels to the sums of the columns that they belong to.

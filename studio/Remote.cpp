@@ -49,7 +49,7 @@ Json sentFile(const std::string& name) {
 /// What a studio answered to a command; throws what kept it from carrying the command out.
 Json answerOf(const Response& response) {
     constexpr int kOk = 200;
-    const Json document = host::parsedJson(response.body);
+    Json document = host::parsedJson(response.body);
     if (response.status == kOk) return document;
     const Json* error = document.find("error");
     const Json* message = error != nullptr ? error->find("message") : nullptr;

@@ -24,9 +24,9 @@ using virtualboard::imaging::Image;
 namespace {
 
 constexpr std::size_t kNoBody = 0;
-constexpr std::size_t kJsonBody = 64 * 1024;
-constexpr std::size_t kTextBody = 1024 * 1024;
-constexpr std::size_t kLargeBody = 64 * 1024 * 1024;
+constexpr std::size_t kJsonBody = std::size_t{64} * 1024;
+constexpr std::size_t kTextBody = std::size_t{1024} * 1024;
+constexpr std::size_t kLargeBody = std::size_t{64} * 1024 * 1024;
 constexpr int kConflict = 409;
 
 using Words = std::vector<std::string>;
@@ -359,10 +359,9 @@ Response putWorld(Studio& studio, const Request& request) {
 Response putScene(Studio& studio, const Request& request) {
     const std::uint32_t fieldWidth = wholeIn(request, "fieldWidth", 0);
     const fs::path file = studio.desk.folder().keep("scene.png", request.body);
-    Image scene = virtualboard::imaging::readPng(file);
+    const Image scene = virtualboard::imaging::readPng(file);
     studio.desk.folder().take(file);
-    return documentOf(
-        studio.desk.changeWorld([&] { studio.desk.world().setScene(std::move(scene), fieldWidth); }));
+    return documentOf(studio.desk.changeWorld([&] { studio.desk.world().setScene(scene, fieldWidth); }));
 }
 
 Response deleteScene(Studio& studio, const Request&) {

@@ -48,7 +48,7 @@ Service::Service(host::Applet& applet, GivenFiles given, Send send)
           std::make_unique<Gallery>([this] { return desk_ ? desk_->camera().newest() : nullptr; },
                                     [this](Peer peer, Message message) { send_(peer, std::move(message)); })),
       desk_(std::make_unique<Desk>(
-          applet, given_.world, [this](const char* type, Json message) { tellAll(type, std::move(message)); },
+          applet, given_.world, [this](const char* type, const Json& message) { tellAll(type, message); },
           [this] { gallery_->wake(); })),
       pictures_(kMostJobs),
       board_(kMostJobs),
@@ -136,7 +136,7 @@ void Service::tell(Peer peer, const Json& message) {
     send_(peer, {std::make_shared<const std::string>(host::printedOnOneLine(message)), false});
 }
 
-void Service::tellAll(const char* type, Json message) {
+void Service::tellAll(const char* type, const Json& message) {
     Json whole{{"type", type}};
     if (const auto* members = message.as<Json::Object>())
         for (const auto& [name, member] : *members) whole[name] = member;

@@ -51,7 +51,7 @@ class Service final : public Application {
     static Response answerElsewhere(const Request& request);
     Response carryOut(const Route& route, const Request& request);
     void tell(Peer peer, const host::Json& message);
-    void tellAll(const char* type, host::Json message);
+    void tellAll(const char* type, const host::Json& message);
     void handle(Peer peer, const host::Json& message);
     void watch(std::chrono::milliseconds step);
 

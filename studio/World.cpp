@@ -312,13 +312,11 @@ void World::patch(const Json& document) {
     }
 }
 
-void World::setScene(virtualboard::imaging::Image scene, std::uint32_t fieldWidth) {
-    const std::uint32_t width = scene.width;
-    const std::uint32_t height = scene.height;
-    board_.setScene(std::move(scene), fieldWidth);
+void World::setScene(const virtualboard::imaging::Image& scene, std::uint32_t fieldWidth) {
+    board_.setScene(scene, fieldWidth);
     scene_ = "picture";
-    sceneWidth_ = width;
-    sceneHeight_ = height;
+    sceneWidth_ = scene.width;
+    sceneHeight_ = scene.height;
     fieldWidth_ = fieldWidth;
 }
 

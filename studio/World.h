@@ -28,7 +28,7 @@ class World {
     /// all that is wrong with it.
     void load(std::string_view text, const std::string& name);
     /// Lays a picture on the belt.
-    void setScene(virtualboard::imaging::Image scene, std::uint32_t fieldWidth);
+    void setScene(const virtualboard::imaging::Image& scene, std::uint32_t fieldWidth);
     void showTestChart();
     /// Somebody else laid a picture on the belt.
     void changedElsewhere();

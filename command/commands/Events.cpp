@@ -52,7 +52,7 @@ std::vector<Event> chosen(const Options& options, Applet& applet) {
         std::string meant;
         for (const std::string& near : nearestNames(name, known))
             meant.append(meant.empty() ? "; perhaps " : ", ").append(near);
-        throw Failure("the design has no event " + name + meant);
+        throw Failure(std::string("the design has no event ").append(name).append(meant));
     }
     std::vector<Event> result;
     for (const Event& event : all)

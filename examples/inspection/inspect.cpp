@@ -20,11 +20,12 @@
 namespace {
 
 constexpr int kWidth = 320, kHeight = 440;  // pixels and rows of a picture
-constexpr int kPictures = 61;               // the first one shows the good bottle
-constexpr int kBottle = 160;                // pixels across
-constexpr int kBelt = 157;                  // of blocks that are belt, red, green and blue added up
-constexpr int kBlock = 4;                   // pixels and rows of a block, whose mean is compared
-constexpr int kTolerance = 45;              // of that mean, the three colours added up
+constexpr std::size_t kBytes = std::size_t{kWidth} * kHeight * 3;
+constexpr int kPictures = 61;   // the first one shows the good bottle
+constexpr int kBottle = 160;    // pixels across
+constexpr int kBelt = 157;      // of blocks that are belt, red, green and blue added up
+constexpr int kBlock = 4;       // pixels and rows of a block, whose mean is compared
+constexpr int kTolerance = 45;  // of that mean, the three colours added up
 
 /// The applet's exports, called by name.
 struct Applet {
@@ -55,8 +56,7 @@ struct Finding {
 /// The picture of one bottle.
 class Bottle {
  public:
-    explicit Bottle(const FrameMemoryPicture& picture)
-        : pixels_(picture.pixels, picture.pixels + kWidth * kHeight * 3) {
+    explicit Bottle(const FrameMemoryPicture& picture) : pixels_(picture.pixels, picture.pixels + kBytes) {
         // Its edge, on a row through the label.
         while (left_ + kBottle + kBlock < kWidth && mean(0, 300) < kBelt) ++left_;
     }
@@ -101,7 +101,7 @@ void inspect(const Applet& applet, virtualboard::Control board, Fg_Struct* recor
           {"FG_IMGTRIGGERINSRC", TRGINSRC_GPI_4},
           {"FG_IMGTRIGGERGATEDELAY", 64}})  // lines from the barrier to the camera
         applet.set(record, name, value);
-    const virtualboard::FrameMemory memory(4, kWidth * kHeight * 3);
+    const virtualboard::FrameMemory memory(4, kBytes);
     dma_mem* const ring = memory.get();
     applet.call<int>("Fg_AcquireEx", record, 0u, std::int64_t{kPictures}, 0, ring);
     std::optional<Bottle> good;
