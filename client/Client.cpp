@@ -99,7 +99,15 @@ void Applet::shortenSteps() {
     std::vector<Step> few = lastOnes(many);
     if (few.size() == many.size()) return;
     try {
-        if (!changesBetween(Snapshot(*twinOf(many)), Snapshot(*twinOf(few))).empty()) return;
+        // This instance is in the state that the many led to, but for what it measures as time goes on.
+        const auto measured = [&](const Change& change) {
+            return change.aspect == Change::Aspect::HeldValue && !parameter(change.parameter).writable &&
+                   std::ranges::none_of(few, [&](const Step& step) {
+                       const auto* set = std::get_if<SetStep>(&step);
+                       return set != nullptr && set->name == change.parameter;
+                   });
+        };
+        if (!std::ranges::all_of(changesBetween(Snapshot(*this), Snapshot(*twinOf(few))), measured)) return;
     } catch (const Failure&) {
         return;  // some set needs one that was left out
     }
@@ -112,7 +120,8 @@ void Applet::shortenSteps() {
 
 std::vector<Applet::Step> Applet::lastOnes(const std::vector<Step>& steps) {
     std::vector<Step> result;
-    std::set<std::tuple<std::string, std::uint32_t, std::size_t>> later;  // name, first element, elements
+    std::set<std::tuple<std::string_view, std::uint32_t, std::size_t>>
+        later;  // name, first element, elements
     for (auto step = steps.rbegin(); step != steps.rend(); ++step) {
         if (const auto* set = std::get_if<SetStep>(&*step)) {
             const auto* field = std::get_if<Field>(&set->value);
@@ -138,7 +147,7 @@ void Applet::readTree() {
         const char* name = library_->parameterName(record(), i);
         if (name == nullptr) continue;
         names_.emplace_back(name);
-        known_[name] = {.id = library_->parameterId(record(), i), .node = nullptr, .group = {}};
+        known_[name] = {.name = {}, .id = library_->parameterId(record(), i), .node = nullptr, .group = {}};
     }
     // The host's list of top-level groups begins with the newest: display order is the reverse.
     std::vector<const RegisterInfo*> groups;
@@ -147,9 +156,10 @@ void Applet::readTree() {
     for (const auto* group : groups)
         walk(*group, {}, [this](const RegisterInfo& node, const std::string& path) {
             if (node.name == nullptr) return;
-            known_[node.name] = {.id = node.address, .node = &node, .group = path};
+            known_[node.name] = {.name = {}, .id = node.address, .node = &node, .group = path};
             displayOrder_.emplace_back(node.name);
         });
+    for (auto& [name, known] : known_) known.name = name;
 }
 
 const Applet::Known& Applet::known(std::string_view name) const {
@@ -291,7 +301,7 @@ int Applet::trySet(std::string_view name, const Value& value) {
     if (const auto* file = std::get_if<std::string>(&own); file && !file->empty() && checkFile_)
         checkFile_(*file);
     const int result = library_->set(record(), wanted.id, data, 0, typeCodeOf(wanted.kind()));
-    if (result == 0 && options_.rememberSteps) remember(SetStep{std::string(name), own, 0});
+    if (result == 0 && options_.rememberSteps) remember(SetStep{wanted.name, own, 0});
     return result;
 }
 
@@ -306,8 +316,9 @@ int Applet::trySetElements(std::string_view name, std::uint32_t first, const Fie
                                 .start = first,
                                 .count = static_cast<std::uint32_t>(copy.size()),
                                 .values = copy.data()};
-    const int result = library_->set(record(), known(name).id, &access, 0, FG_TYPE_FIELD_ACCESS);
-    if (result == 0 && options_.rememberSteps) remember(SetStep{std::string(name), std::move(copy), first});
+    const Known& wanted = known(name);
+    const int result = library_->set(record(), wanted.id, &access, 0, FG_TYPE_FIELD_ACCESS);
+    if (result == 0 && options_.rememberSteps) remember(SetStep{wanted.name, std::move(copy), first});
     return result;
 }
 

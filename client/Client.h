@@ -120,7 +120,7 @@ class Applet {
 
  private:
     struct SetStep {
-        std::string name;
+        std::string_view name;  ///< the one in `known_`
         Value value;
         std::uint32_t firstElement;
     };
@@ -129,9 +129,10 @@ class Applet {
     };
     using Step = std::variant<SetStep, LoadStep>;
     /// From so many new steps on it is tried whether fewer lead to the same state.
-    static constexpr std::size_t kManySteps = 65536;
+    static constexpr std::size_t kManySteps = 16384;
 
     struct Known {
+        std::string_view name;  ///< its key
         std::int32_t id;
         const RegisterInfo* node;  ///< null for the runtime's own parameters
         std::string group;

@@ -180,6 +180,15 @@ TEST_F(Client, MakesATwinInTheSameState) {
     EXPECT_EQ(Value(std::uint32_t{512}), applet.get("FG_WIDTH"));
 }
 
+TEST_F(Client, ForgetsSetsThatALaterOneReplacedWhileTimeRuns) {
+    set("FG_WIDTH", "512");
+    for (int i = 0; i < 20'000; ++i) applet.set("FG_LUT_CUSTOM_FILE", std::to_string(i));
+    boardOf(applet).advanceClock(0.01);  // the analyzers count lines that no twin has seen
+    applet.shortenSteps();
+    EXPECT_THAT(applet.filesInSteps(), ElementsAre("19999"));
+    EXPECT_EQ(Value(std::uint32_t{512}), applet.twin()->get("FG_WIDTH"));
+}
+
 TEST_F(Client, ATwinWritesNoFileAgain) {
     const TemporaryFile file(".lut");
     set("FG_LUT_SAVE_FILE", file.name());
