@@ -47,7 +47,7 @@ struct Pulses {
     BoardTime at(std::uint64_t index) const {
         // No clock shows a time beyond.
         constexpr auto kLatest = static_cast<long double>(BoardClock::kLatest);
-        return origin + static_cast<BoardTime>(std::floor(std::min(time.at(index), kLatest)));
+        return origin + static_cast<BoardTime>(std::min(time.at(index), kLatest));  // never negative
     }
     double placeOf(std::uint64_t index) const { return place + static_cast<double>(way.at(index)); }
     BoardTime first() const { return at(begin); }
