@@ -1,14 +1,12 @@
 /// Sequences of typed sets and gets, with any id, type code and value. Every answer is a code; after a
 /// refused set the parameter reads as before.
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstring>
 #include <string>
-#include <vector>
 
 #include "base/ErrorCodes.h"
+#include "fuzz/Input.h"
 #include "fuzz/OpenOnce.h"
 #include "tables/SdkParameterSearch.h"
 
@@ -16,26 +14,7 @@ namespace {
 
 using marovine::SdkParameter;
 using marovine::ValueType;
-
-/// Takes values from the front of the input; zeros when it has run out.
-class Input {
- public:
-    Input(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
-    bool empty() const { return size_ == 0; }
-    template <class T>
-    T take() {
-        T value{};
-        const std::size_t n = std::min(size_, sizeof value);
-        if (n != 0) std::memcpy(&value, data_, n);
-        data_ += n;
-        size_ -= n;
-        return value;
-    }
-
- private:
-    const std::uint8_t* data_;
-    std::size_t size_;
-};
+using marovine::fuzz::Input;
 
 constexpr auto typeCodes = std::to_array<FgParamTypes>(
     {FG_TYPE_UINT32, FG_TYPE_DOUBLE, FG_TYPE_UINT64, FG_TYPE_TEXT, FG_TYPE_FIELD_ACCESS, FG_TYPE_FIELD_INT});
