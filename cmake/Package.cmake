@@ -42,6 +42,14 @@ marovine_package(development libmarovine-dev libdevel "acquisition applet with a
     "Headers of the applet and its board for C and C++, the C++ client, files for\nCMake and pkg-config, and examples."
     "marovine (= ${PROJECT_VERSION})" "libpng-dev" "libisal-dev" "libhwy-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
+# Its extension is for one version of the interpreter.
+find_package(Python REQUIRED COMPONENTS Interpreter)
+math(EXPR next_python "${Python_VERSION_MINOR} + 1")
+marovine_package(python python3-marovine python "acquisition applet with a virtual board (Python 3)"
+    "Parameters as attributes, pictures as NumPy arrays, refusals that say why,\nand the board with its belt, faults and events."
+    "marovine (= ${PROJECT_VERSION})" "python3 (>= 3.${Python_VERSION_MINOR})" "python3 (<< 3.${next_python})" python3-numpy)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA ${CMAKE_SOURCE_DIR}/cmake/debian/python/postinst
+                                              ${CMAKE_SOURCE_DIR}/cmake/debian/python/prerm)
 # The one library that programs link lies where the loader looks.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_SOURCE_DIR}/cmake/debian/triggers)

@@ -16,11 +16,12 @@ namespace marovine::python {
 
 namespace {
 
+/// A wheel brings the applet's library; without it the one that belongs to the board's is taken.
 std::shared_ptr<const host::Library> loadLibrary() {
     Dl_info self{};
     dladdr(reinterpret_cast<const void*>(&loadLibrary), &self);
-    return host::Library::load(std::filesystem::absolute(self.dli_fname).parent_path() / "lib64" /
-                               "libMarovine.so");
+    const auto own = std::filesystem::absolute(self.dli_fname).parent_path() / "lib64" / "libMarovine.so";
+    return host::Library::load(std::filesystem::exists(own) ? own : std::filesystem::path());
 }
 
 /// (parameter, value, remedies, direction, advice)
