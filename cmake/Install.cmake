@@ -83,6 +83,11 @@ configure_file(cmake/marovine.pc.in marovine.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/marovine.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
         COMPONENT development)
 
+# All that is installed, for who does not wait for tests.
+add_custom_target(product DEPENDS
+    marovine marovine-studio Marovine virtualboard fglib5 hap_runtime tavr_hw log_dispatcher gentl marovine_client
+    command_texts)
+
 # Takes away what the last installation from this build put there.
 configure_file(cmake/uninstall.cmake.in uninstall.cmake @ONLY)
 add_custom_target(uninstall COMMAND ${CMAKE_COMMAND} -P ${CMAKE_CURRENT_BINARY_DIR}/uninstall.cmake
