@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Runs what the guides say, against an installation of its own.
+"""Runs what documents say, against an installation of its own or, without a build folder, what the machine has.
 
 In a fence marked `console` every line behind "$ " is a command, joined with the next one while it ends in a backslash;
 what follows is what it prints, where "..." stands for any lines. A fence marked with a language and a file name holds
 that file. All fences of a document share a folder that is empty at first.
 
-Usage: documents_test.py BUILD_FOLDER [--python PYTHON] DOCUMENT...
+Usage: documents_test.py [--build FOLDER] [--python PYTHON] DOCUMENT...
 """
 import argparse
 import os
@@ -57,19 +57,20 @@ def run(document, environment):
 
 def main():
     parser = argparse.ArgumentParser()
-    parser.add_argument("build")
+    parser.add_argument("--build", help="the build folder to install from")
     parser.add_argument("--python", help="an interpreter that has the package")
     parser.add_argument("documents", nargs="+", type=pathlib.Path)
     arguments = parser.parse_args()
+    environment = dict(os.environ, NO_COLOR="1")
+    environment.pop("COLUMNS", None)  # in a pipe, lines are as long as they are
+    if arguments.python:
+        environment["PATH"] = f"{pathlib.Path(arguments.python).parent}:{environment['PATH']}"
     with tempfile.TemporaryDirectory() as prefix:
-        subprocess.run(["cmake", "--install", arguments.build, "--prefix", prefix], check=True,
-                       stdout=subprocess.DEVNULL)
-        path = [f"{prefix}/bin", os.environ["PATH"]]
-        if arguments.python:
-            path.insert(0, str(pathlib.Path(arguments.python).parent))
-        environment = dict(os.environ, PATH=":".join(path), PKG_CONFIG_PATH=f"{prefix}/lib/pkgconfig",
-                           LD_LIBRARY_PATH=f"{prefix}/lib", NO_COLOR="1")
-        environment.pop("COLUMNS", None)  # in a pipe, lines are as long as they are
+        if arguments.build:
+            subprocess.run(["cmake", "--install", arguments.build, "--prefix", prefix], check=True,
+                           stdout=subprocess.DEVNULL)
+            environment |= {"PATH": f"{prefix}/bin:{environment['PATH']}", "LD_LIBRARY_PATH": f"{prefix}/lib",
+                            "PKG_CONFIG_PATH": f"{prefix}/lib/pkgconfig", "CMAKE_PREFIX_PATH": prefix}
         sys.exit(1 if sum(run(document, environment) for document in arguments.documents) else 0)
 
 
