@@ -1,5 +1,6 @@
 /// The command `marovine`.
 
+#include <sys/auxv.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -28,8 +29,10 @@ bool isForStudio(const std::vector<std::string>& arguments) {
 /// Becomes the program that has the studio. It is another one so that whoever builds the command for the rest
 /// need not wait for a web server to compile. Returns when it is not there; the line is then told so.
 void becomeStudio(char** arguments) {
+    // The name by which the kernel knows this program: /proc is not everywhere.
     std::error_code unknown;
-    const auto self = std::filesystem::read_symlink("/proc/self/exe", unknown);
+    const auto self =
+        std::filesystem::canonical(reinterpret_cast<const char*>(getauxval(AT_EXECFN)), unknown);
     if (!unknown) execv((self.parent_path() / "marovine-studio").c_str(), arguments);
 }
 
