@@ -29,6 +29,7 @@ foreach(shell_file bash:marovine zsh:_marovine fish:marovine.fish)
          ${command_texts}/${shell}/${file})
 endforeach()
 add_custom_command(OUTPUT ${command_texts}/made
+    COMMAND ${CMAKE_COMMAND} -E rm -rf ${command_texts}
     COMMAND ${CMAKE_COMMAND} -E make_directory ${command_texts}/bash ${command_texts}/zsh ${command_texts}/fish
     COMMAND marovine docs man ${command_texts}/man
     COMMAND ${pack_pages}
