@@ -6,7 +6,6 @@ import difflib
 import os
 import warnings
 from collections.abc import Iterator, Mapping
-from types import TracebackType
 from typing import Any, NamedTuple
 
 import numpy as np
@@ -67,9 +66,7 @@ class Applet(_native.Applet, ParameterAttributes):
     def __enter__(self) -> Applet:
         return self
 
-    def __exit__(
-        self, kind: type[BaseException] | None, error: BaseException | None, trace: TracebackType | None
-    ) -> None:
+    def __exit__(self, *_: object) -> None:
         self.close()
 
     def __repr__(self) -> str:

@@ -7,7 +7,6 @@ import json
 import os
 from collections.abc import Callable, Iterable, Iterator
 from contextlib import contextmanager
-from types import TracebackType
 from typing import Any
 
 import numpy as np
@@ -50,9 +49,7 @@ class Board(_native.Board):
     def __enter__(self) -> Board:
         return self
 
-    def __exit__(
-        self, kind: type[BaseException] | None, error: BaseException | None, trace: TracebackType | None
-    ) -> None:
+    def __exit__(self, *_: object) -> None:
         self.close()
 
     def __repr__(self) -> str:

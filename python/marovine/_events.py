@@ -4,7 +4,6 @@ from __future__ import annotations
 
 from collections.abc import AsyncIterator, Iterator
 from dataclasses import dataclass
-from types import TracebackType
 from typing import Any
 
 from marovine import _native
@@ -81,7 +80,5 @@ class Events(Iterator[Event], AsyncIterator[Event]):
     def __enter__(self) -> Events:
         return self
 
-    def __exit__(
-        self, kind: type[BaseException] | None, error: BaseException | None, trace: TracebackType | None
-    ) -> None:
+    def __exit__(self, *_: object) -> None:
         self.end()

@@ -5,7 +5,6 @@ from __future__ import annotations
 import enum
 import json
 from collections.abc import AsyncIterator, Iterator
-from types import TracebackType
 from typing import TYPE_CHECKING, Any, NamedTuple
 
 import numpy as np
@@ -182,9 +181,7 @@ class Acquisition(Iterator[Picture], AsyncIterator[Picture]):
     def __enter__(self) -> Acquisition:
         return self
 
-    def __exit__(
-        self, kind: type[BaseException] | None, error: BaseException | None, trace: TracebackType | None
-    ) -> None:
+    def __exit__(self, *_: object) -> None:
         self.stop()
 
     def __repr__(self) -> str:
