@@ -1,6 +1,9 @@
 #pragma once
 
 /// The acquisition side of a board: cuts the line stream into pictures and brings them into the host's ring.
+/// Sources by topic: Acquisition.cpp follows time and settings, AcquisitionSurroundings.cpp what stands
+/// around the board, AcquisitionHost.cpp the host's calls, AcquisitionFrames.cpp cuts frames,
+/// AcquisitionThread.cpp renders them.
 
 #include <algorithm>
 #include <chrono>
