@@ -1,6 +1,7 @@
 #pragma once
 
-/// From the inputs to the lines: the one model of what the board's signals do.
+/// From the inputs to the lines: the one model of what the board's signals do. LineStreamSettings.cpp leads
+/// to it what it follows from, LineStream.cpp goes through time.
 
 #include <array>
 #include <cstdint>
