@@ -177,6 +177,24 @@ TEST_F(GrabTest, AnEndlessStreamEndsWithItsReaderOrAnInterrupt) {
                                    "-o pipe >report 2>&1; s=$?; kill $!; exit $s"));
 }
 
+/// What all processors together have spent, in ticks.
+struct MachineTime {
+    double all = 0, idle = 0;
+};
+MachineTime machineTime() {
+    std::ifstream file("/proc/stat");
+    std::string word;
+    file >> word;
+    MachineTime time;
+    constexpr int kIdle = 3;
+    double ticks = 0;
+    for (int kind = 0; kind < 8 && file >> ticks; ++kind) {
+        time.all += ticks;
+        if (kind == kIdle) time.idle = ticks;
+    }
+    return time;
+}
+
 TEST_F(GrabTest, LosesNothingInRealTime) {
     const auto grabbed = [&] {
         shell(
@@ -184,9 +202,17 @@ TEST_F(GrabTest, LosesNothingInRealTime) {
             "grab -n 300 --real-time -o - --format y4m 2>report | wc -c >bytes");
         return contentOf("report");
     };
-    // A machine that runs other tests beside this one may come too late, but not each time.
-    std::string report = grabbed();
-    for (int again = 0; again < 3 && report.find("lost") != std::string::npos; ++again) report = grabbed();
+    // A machine that runs other tests beside this one may come too late, but not each time; and where it
+    // never has a processor to spare it tells nothing of this command.
+    std::string report;
+    const MachineTime before = machineTime();
+    for (int tries = 0; tries < 4 && (tries == 0 || report.find("lost") != std::string::npos); ++tries)
+        report = grabbed();
+    const MachineTime after = machineTime();
+    constexpr double kSpare = 0.25;
+    if (report.find("lost") != std::string::npos &&
+        after.idle - before.idle < kSpare * (after.all - before.all))
+        GTEST_SKIP() << "other programs kept the machine busy";
     EXPECT_EQ("300 pictures of 640 x 480 pixels in -\n", report);
     EXPECT_LT(300u * 640 * 480 * 3, std::stoull(contentOf("bytes")));
 }
