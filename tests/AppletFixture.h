@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -99,6 +100,29 @@ inline std::int32_t constantOf(std::string_view name) {
     const auto* entry = findConstant(name);
     EXPECT_NE(nullptr, entry) << name;
     return entry != nullptr ? entry->value : 0;
+}
+
+/// Parameters that are listed without direct access.
+inline constexpr int kListed = static_cast<int>(sdkParameterCount);
+
+/// Sets an environment variable for the life of the object.
+class Environment {
+ public:
+    Environment(const char* name, const char* value) : name_(name) { setenv(name, value, 1); }
+    Environment(const Environment&) = delete;
+    Environment& operator=(const Environment&) = delete;
+    ~Environment() { unsetenv(name_); }
+
+ private:
+    const char* name_;
+};
+
+inline int setById(OpenApplet& applet, int id, std::uint32_t value, int dma = 0) {
+    return Fg_setParameterWithType(applet.record(), id, &value, dma, FG_TYPE_UINT32);
+}
+
+inline int getById(OpenApplet& applet, int id, void* value, int dma = 0, FgParamTypes type = FG_TYPE_UINT32) {
+    return Fg_getParameterWithType(applet.record(), id, value, dma, type);
 }
 
 }  // namespace marovine::test

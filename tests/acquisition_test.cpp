@@ -1,25 +1,13 @@
-/// The board takes pictures: through the exports, as a host does it.
+/// The board takes pictures: what they show, their stream and what triggers them.
 
 #include <array>
-#include <atomic>
 #include <chrono>
-#include <functional>
 #include <thread>
 
-#include "board/imaging/Scene.h"
-#include "marovine/BoardCodes.h"
-#include "marovine/FrameMemory.h"
-#include "tests/AppletFixture.h"
-#include "tests/Threads.h"
+#include "tests/AcquisitionFixture.h"
 
 namespace marovine::test {
 namespace {
-
-using namespace virtualboard;
-using imaging::Image;
-using imaging::Pixel;
-
-constexpr int kSeconds = 60;  // for what comes sooner or later on a busy machine
 
 /// Pictures of a long run; a thread sanitizer takes a second for each.
 #ifdef __SANITIZE_THREAD__
@@ -27,82 +15,6 @@ constexpr std::int64_t kManyPictures = 5;
 #else
 constexpr std::int64_t kManyPictures = 100;
 #endif
-
-/// A scene whose pixels follow from their place.
-Image sceneOf(std::uint32_t width, std::uint32_t height,
-              const std::function<Pixel(std::uint32_t, std::uint32_t)>& at) {
-    Image scene(width, height);
-    for (std::uint32_t y = 0; y < height; ++y)
-        for (std::uint32_t x = 0; x < width; ++x) scene.at(x, y) = at(x, y);
-    return scene;
-}
-constexpr Pixel grey(std::uint32_t value) {
-    const auto byte = static_cast<std::uint8_t>(value);
-    return {byte, byte, byte};
-}
-/// Grey values rise by 3 per column: interpolation leaves such a ramp as it is, but for the outermost
-/// columns.
-Image columnRamp(std::uint32_t width) {
-    return sceneOf(width, 8, [](auto x, auto) { return grey(3 * x); });
-}
-/// Every row is as grey as its number says.
-Image rowRamp(std::uint32_t rows) {
-    return sceneOf(64, rows, [](auto, auto y) { return grey(y); });
-}
-
-Image copyOf(const FrameMemoryPicture& picture) {
-    Image copy(picture.width, picture.height);
-    std::copy_n(picture.pixels, copy.bytes().size(), copy.bytes().begin());
-    return copy;
-}
-
-class AcquisitionTest : public AppletTest {
- protected:
-    AcquisitionTest() { applet.board().setClockMode(ClockMode::AsFastAsPossible); }
-
-    template <class T>
-    void set(const char* name, T value) {
-        ASSERT_EQ(0, applet.set(name, value)) << name;
-    }
-    void set(const char* name, const char* constant) { set(name, constantOf(constant)); }
-    void setWindow(std::uint32_t width, std::uint32_t height) {
-        set("FG_WIDTH", width);
-        set("FG_HEIGHT", height);
-    }
-
-    int acquire(const FrameMemory& memory, std::int64_t pictures = -1) {
-        return Fg_AcquireEx(applet.record(), 0, pictures, 0, memory.get());
-    }
-    int stop(const FrameMemory& memory) { return Fg_stopAcquireEx(applet.record(), 0, memory.get(), 0); }
-    std::int64_t waitFor(const FrameMemory& memory, std::int64_t picture, int timeout = kSeconds) {
-        return Fg_getLastPicNumberBlockingEx(applet.record(), picture, 0, timeout, memory.get());
-    }
-    std::int64_t status(const FrameMemory& memory, int parameter, std::int64_t data = 0) {
-        return Fg_getStatusEx(applet.record(), parameter, data, 0, memory.get());
-    }
-
-    /// The first picture of an acquisition.
-    Image take() {
-        const FrameMemory memory(1, std::size_t{64} * 64 * 3);
-        EXPECT_EQ(0, acquire(memory, 1));
-        EXPECT_EQ(1, waitFor(memory, 1));
-        const Image picture = copyOf(memory.picture(1));
-        EXPECT_EQ(0, stop(memory));
-        return picture;
-    }
-    std::int32_t read(const char* name) { return applet.get<std::int32_t>(name); }
-};
-
-/// Every `lines` lines a picture of 64 pixels' width, on a clock that stands still.
-class ManualClockTest : public AcquisitionTest {
- protected:
-    ManualClockTest() {
-        applet.board().setClockManual();
-        applet.board().setScene(rowRamp(256));
-        setWindow(64, 100);
-    }
-    void pass(int lines) { applet.board().advanceClock(lines * 200e-6); }
-};
 
 // ---- what the picture shows ----
 
@@ -474,137 +386,6 @@ TEST_F(ManualClockTest, AnInputTriggersAndGates) {
     applet.board().force("Device1_Process0_Trigger_InputSignal_ImgTrgInSource_Input_Select", 64u + 10);
     pass(1);
     EXPECT_EQ(1, read("FG_IMGTRIGGER_IS_BUSY")) << "no such input: low";
-}
-
-// ---- refusals and endings ----
-
-TEST_F(AcquisitionTest, RefusesWhatMakesNoSense) {
-    setWindow(64, 8);
-    const FrameMemory memory(2, 64 * 8 * 3), other(2, 64 * 8 * 3), small(2, 64 * 8 * 3 - 1);
-    EXPECT_EQ(kNotAcquiring, stop(memory));
-    EXPECT_EQ(kNotAcquiring, applet.lastError());
-    EXPECT_EQ(kNotAcquiring, waitFor(memory, 1));
-    EXPECT_EQ(kNotAcquiring, status(memory, FRAME_STATUS_LOST));
-    EXPECT_EQ(kNullPointer, Fg_AcquireEx(applet.record(), 0, 1, 0, nullptr));
-    EXPECT_EQ(kUnknownMemory, Fg_AcquireEx(applet.record(), 0, 1, 0, reinterpret_cast<dma_mem*>(this)));
-    EXPECT_EQ(kUnknownDma, Fg_AcquireEx(applet.record(), 1, 1, 0, memory.get()));
-    EXPECT_EQ(kMemoryTooSmall, acquire(small));
-    EXPECT_EQ(kOutOfRange, acquire(memory, 0));
-    EXPECT_EQ(kOutOfRange, acquire(memory, -2));
-
-    ASSERT_EQ(0, acquire(memory, 3));
-    EXPECT_EQ(kAlreadyAcquiring, acquire(other));
-    EXPECT_EQ(kForeignMemory, stop(other));
-    EXPECT_EQ(kForeignMemory, waitFor(other, 1));
-    EXPECT_EQ(kNullPointer, Fg_getLastPicNumberEx(applet.record(), 0, nullptr));
-    EXPECT_EQ(kOutOfRange, waitFor(memory, 0));
-    EXPECT_EQ(kOutOfRange, waitFor(memory, 1, -1));
-    EXPECT_EQ(kNoMorePictures, waitFor(memory, 4));
-    EXPECT_EQ(kUnknownStatus, status(memory, 99));
-    EXPECT_EQ(3, waitFor(memory, 3));
-    EXPECT_EQ(1, status(memory, FRAME_STATUS_RUNNING)) << "until the stop";
-    {
-        OpenApplet second;
-        EXPECT_EQ(0, second.set("FG_HEIGHT", 4u));
-        EXPECT_EQ(0, second.set("FG_WIDTH", 64u));
-        EXPECT_EQ(kMemoryInUse, Fg_AcquireEx(second.record(), 0, 1, 0, memory.get()));
-    }
-    EXPECT_EQ(0, stop(memory));
-    EXPECT_EQ(0, status(memory, FRAME_STATUS_RUNNING));
-    EXPECT_EQ(nullptr, FrameMemoryCreate(0, 100));
-    EXPECT_EQ(nullptr, FrameMemoryCreate(1, std::size_t{1} << 62));
-    EXPECT_EQ(kUnknownMemory, FrameMemoryFree(reinterpret_cast<dma_mem*>(this)));
-    EXPECT_EQ(kNullPointer, FrameMemoryRead(memory.get(), 1, nullptr));
-}
-
-TEST_F(ManualClockTest, APictureThatDoesNotComeTimesOut) {
-    const FrameMemory memory(2, 64 * 100 * 3);
-    ASSERT_EQ(0, acquire(memory));
-    const auto before = std::chrono::steady_clock::now();
-    EXPECT_EQ(kTimeout, waitFor(memory, 1, 1));
-    EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::seconds(1));
-    EXPECT_EQ(kTimeout, applet.lastError());
-}
-
-TEST_F(ManualClockTest, AWaitThatEndsLeavesOthersTheirRoom) {
-    setWindow(64, 4);
-    const FrameMemory memory(4, 64 * 4 * 3);
-    ASSERT_EQ(0, acquire(memory));
-    std::thread waiting([&] { EXPECT_LE(20, waitFor(memory, 20, 6)); });
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    EXPECT_EQ(kTimeout, waitFor(memory, 5, 1));
-    // Two ms each, so that the queue never holds more than the ring.
-    for (int i = 0; i < 500 && status(memory, FRAME_STATUS_PICTURES) < 20; ++i) {
-        pass(4);
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    waiting.join();
-}
-
-TEST_F(AcquisitionTest, RefusesAFieldTooLargeAndKeepsTheScene) {
-    setWindow(64, 4);
-    applet.board().setScene(Image(64, 4, grey(100)));
-    for (const std::uint32_t width : {0xFFFFFFFFu, 65537u, 65536u})
-        EXPECT_THROW(applet.board().setScene(Image(4, 4), width), std::invalid_argument) << width;
-    EXPECT_EQ(grey(100), take().at(20, 2));
-}
-
-TEST_F(ManualClockTest, AWaitingHostIsTold) {
-    const FrameMemory memory(2, 64 * 100 * 3);
-    ASSERT_EQ(0, acquire(memory));
-    std::thread waiting([&] { EXPECT_EQ(kStopped, waitFor(memory, 1)); });
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    EXPECT_EQ(0, stop(memory));
-    waiting.join();
-}
-
-TEST_F(AcquisitionTest, EndsWithMemoryHandleAndBoard) {
-    setWindow(64, 4);
-    applet.board().setClockMode(ClockMode::RealTime);
-    {
-        const FrameMemory passing(2, 64 * 4 * 3);
-        ASSERT_EQ(0, acquire(passing));
-        ASSERT_LE(1, waitFor(passing, 1));
-    }
-    applet.reopen(1);  // frees the handle that acquires
-    const FrameMemory memory(2, 64 * 4 * 3);
-    ASSERT_EQ(0, acquire(memory));
-    EXPECT_EQ(1u, applet.get<std::uint32_t>("FG_DMASTATUS"));
-    ASSERT_LE(1, waitFor(memory, 1));
-    removeBoard(applet.device());
-    EXPECT_EQ(kStopped, waitFor(memory, 1'000'000));
-    EXPECT_EQ(kNotAcquiring, stop(memory));
-}
-
-TEST_F(AcquisitionTest, ServesSeveralThreads) {
-    applet.board().setClockMode(ClockMode::RealTime);
-    setWindow(64, 4);
-    const FrameMemory memory(3, 64 * 64 * 3);
-    for (int round = 0; round < 3; ++round) {
-        ASSERT_EQ(0, acquire(memory));
-        onThreads(4, [&](int thread) {
-            for (int i = 1; i <= 25; ++i) {
-                if (thread == 0) {
-                    const std::int64_t last = waitFor(memory, i);
-                    EXPECT_LE(i, last);
-                    const FrameMemoryPicture picture = memory.picture(last);
-                    ASSERT_EQ(last, picture.number) << "not done with: stays";
-                    EXPECT_NE(0u, picture.pixels[0] + picture.width);
-                } else if (thread == 1) {
-                    EXPECT_EQ(0, applet.set("FG_HEIGHT", i % 2 == 0 ? 4u : 64u));
-                    EXPECT_EQ(0, applet.set("FG_PROCESSING_GAMMA", 1.0 + i / 100.0));
-                } else if (thread == 2) {
-                    applet.board().setInput(0, i % 2 == 0);
-                    applet.board().setBelt({.speed = 100.0 * i});
-                    EXPECT_LE(0, status(memory, FRAME_STATUS_UNREAD));
-                } else {
-                    EXPECT_LE(0, read("FG_FILLLEVEL"));
-                    EXPECT_LE(0, read("FG_SIGNAL_ANALYZER_0_PULSE_COUNT"));
-                }
-            }
-        });
-        ASSERT_EQ(0, stop(memory));
-    }
 }
 
 }  // namespace
