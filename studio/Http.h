@@ -1,7 +1,7 @@
 #pragma once
 
 /// Requests and answers as the studio sees them, without the web library behind them: its headers take long
-/// to compile, so only HttpServer.cpp and HttpClient.cpp include it.
+/// to compile, so only the sources of server and client include it.
 
 #include <cstdint>
 #include <functional>

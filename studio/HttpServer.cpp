@@ -4,39 +4,25 @@
 #include <array>
 #include <chrono>
 #include <cstddef>
-#include <deque>
 #include <limits>
 #include <thread>
-#include <unordered_map>
 #include <utility>
 
-#include <boost/asio/io_context.hpp>
-#include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/post.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
-#include <boost/beast/websocket.hpp>
+#include <boost/beast/websocket/rfc6455.hpp>
 
 #include "client/Failure.h"
+#include "studio/HttpParts.h"
 
 namespace marovine::studio {
-
-namespace asio = boost::asio;
-namespace beast = boost::beast;
-namespace http = beast::http;
-namespace websocket = beast::websocket;
-using asio::ip::tcp;
-using Error = boost::system::error_code;
 
 namespace {
 
 constexpr std::size_t kMostConnections = 128;
 constexpr unsigned kLongestHeader = 16 * 1024;
-constexpr std::size_t kLargestMessage = std::size_t{64} * 1024;
-constexpr std::size_t kMostWaiting = std::size_t{1024} * 1024;  ///< bytes of text for one WebSocket
-constexpr double kRequestsPerSecond = 200;
-constexpr double kBurst = 400;
-constexpr auto kIdle = std::chrono::seconds(60);
 constexpr auto kPatience = std::chrono::milliseconds(300);  ///< for farewells at the end
 constexpr auto kFarewell = std::chrono::seconds(2);
 constexpr std::size_t kMostDrained = std::size_t{16} * 1024 * 1024;
@@ -52,132 +38,21 @@ std::string_view view(beast::string_view text) {
 
 }  // namespace
 
-class Socket;
-class Connection;
-
-struct HttpServer::Parts {
-    asio::io_context io{1};
-    tcp::acceptor acceptor{io};
-    std::thread thread;
-    Application* application = nullptr;
-    const Access* access = nullptr;
-    std::size_t connections = 0;
-    bool stopping = false;
-    Peer lastPeer = 0;
-    std::unordered_map<Peer, std::weak_ptr<Socket>> sockets;
-    std::unordered_map<Connection*, std::weak_ptr<Connection>> open;
-
-    void accept(const std::shared_ptr<Parts>& self);
-};
-
-using PartsOfServer = HttpServer::Parts;
-
-/// A WebSocket. It sends one message after the other; a page that does not take them is closed.
-class Socket : public std::enable_shared_from_this<Socket> {
- public:
-    Socket(std::shared_ptr<PartsOfServer> server, beast::tcp_stream stream)
-        : server_(std::move(server)), stream_(std::move(stream)) {
-        ++server_->connections;
-    }
-    Socket(const Socket&) = delete;
-    Socket& operator=(const Socket&) = delete;
-    ~Socket() { --server_->connections; }
-
-    void accept(const http::request<http::string_body>& request) {
-        auto timeouts = websocket::stream_base::timeout::suggested(beast::role_type::server);
-        timeouts.idle_timeout = kIdle;
-        timeouts.keep_alive_pings = true;
-        stream_.set_option(timeouts);
-        stream_.read_message_max(kLargestMessage);
-        stream_.async_accept(request, [self = shared_from_this()](Error error) {
-            if (error || self->server_->stopping) return;
-            self->peer_ = ++self->server_->lastPeer;
-            self->server_->sockets[self->peer_] = self;
-            self->server_->application->opened(self->peer_);
-            self->read();
-        });
-    }
-
-    void send(Message message) {
-        if (closing_) return;
-        if (!message.binary) waiting_ += message.content->size();
-        queue_.push_back(std::move(message));
-        if (waiting_ > kMostWaiting) return close(websocket::close_code::try_again_later);
-        if (queue_.size() == 1) write();
-    }
-
-    void close(websocket::close_code code) {
-        if (std::exchange(closing_, true)) return;
-        forget();
-        // What was said before is heard before.
-        if (!queue_.empty() && code == websocket::close_code::going_away) {
-            goesAfterQueue_ = true;
-            return;
-        }
-        // A write under way would have to end before a proper farewell; a page that takes nothing gets none.
-        if (!queue_.empty() && code == websocket::close_code::try_again_later)
-            return beast::get_lowest_layer(stream_).close();
-        stream_.async_close(code, [self = shared_from_this()](Error) {});
-    }
-
- private:
-    void read() {
-        stream_.async_read(buffer_, [self = shared_from_this()](Error error, std::size_t) {
-            if (error) return self->forget();
-            if (!self->rate_.take()) return self->close(websocket::close_code::policy_error);
-            if (self->stream_.got_text() && !self->closing_)
-                self->server_->application->received(self->peer_,
-                                                     beast::buffers_to_string(self->buffer_.data()));
-            self->buffer_.consume(self->buffer_.size());
-            self->read();
-        });
-    }
-
-    void write() {
-        stream_.binary(queue_.front().binary);
-        const auto content = queue_.front().content;
-        stream_.async_write(
-            asio::buffer(*content), [self = shared_from_this(), content](Error error, std::size_t) {
-                if (error) return self->forget();
-                if (!self->queue_.front().binary) self->waiting_ -= content->size();
-                self->queue_.pop_front();
-                if (!self->queue_.empty() && (!self->closing_ || self->goesAfterQueue_)) return self->write();
-                if (std::exchange(self->goesAfterQueue_, false))
-                    self->stream_.async_close(websocket::close_code::going_away, [self](Error) {});
-            });
-    }
-
-    void forget() {
-        if (server_->sockets.erase(peer_) != 0) server_->application->closed(peer_);
-    }
-
-    std::shared_ptr<PartsOfServer> server_;
-    websocket::stream<beast::tcp_stream> stream_;
-    beast::flat_buffer buffer_;
-    std::deque<Message> queue_;
-    std::size_t waiting_ = 0;
-    RateLimit rate_{kRequestsPerSecond, kBurst};
-    Peer peer_ = 0;
-    bool closing_ = false;
-    bool goesAfterQueue_ = false;
-};
-
 /// A connection that asks one thing after the other.
 class Connection : public std::enable_shared_from_this<Connection> {
  public:
-    Connection(std::shared_ptr<PartsOfServer> server, tcp::socket socket)
-        : server_(std::move(server)), stream_(std::move(socket)) {
-        ++server_->connections;
+    Connection(HttpServer::Parts& server, tcp::socket socket) : server_(server), stream_(std::move(socket)) {
+        ++server_.connections;
     }
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
     ~Connection() {
-        --server_->connections;
-        server_->open.erase(this);
+        --server_.connections;
+        server_.open.erase(this);
     }
 
     void start() {
-        server_->open[this] = weak_from_this();
+        server_.open[this] = weak_from_this();
         read();
     }
 
@@ -235,7 +110,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
         isHead_ = request_.method == "HEAD";
         if (isHead_) request_.method = "GET";
         if (const auto refusal = refusalOf()) return refuse(*refusal);
-        if (websocket::is_upgrade(request)) return upgrade();
+        if (beast::websocket::is_upgrade(request)) return upgrade();
         readBody();
     }
 
@@ -245,7 +120,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
         constexpr int kTooMany = 429;
         constexpr int kUnavailable = 503;
         const std::string* token = request_.find("token");
-        if (auto refusal = server_->access->check(
+        if (auto refusal = server_.access->check(
                 {.host = field(http::field::host),
                  .origin = field(http::field::origin),
                  .fetchSite = view(parser_->get()["Sec-Fetch-Site"]),
@@ -253,10 +128,10 @@ class Connection : public std::enable_shared_from_this<Connection> {
                  .cookies = field(http::field::cookie),
                  .queryToken = token != nullptr ? std::string_view(*token) : std::string_view()}))
             return refusal;
-        if (server_->connections > kMostConnections)
+        if (server_.connections > kMostConnections)
             return Access::Refusal{kUnavailable, "too many connections are open; close some"};
         if (!rate_.take()) return Access::Refusal{kTooMany, "too many requests; wait a moment"};
-        const std::size_t largest = server_->application->largestBody(request_.method, request_.path);
+        const std::size_t largest = server_.application->largestBody(request_.method, request_.path);
         const auto length = parser_->content_length();
         if (length && *length > largest)
             return Access::Refusal{kTooLarge, "a body of " + std::to_string(*length) +
@@ -271,7 +146,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
         if (request_.path != kSocketPath)
             return refuse({kNotFound, std::string("the WebSocket is at ") + kSocketPath});
         stream_.expires_never();
-        std::make_shared<Socket>(server_, std::move(stream_))->accept(parser_->release());
+        acceptSocket(server_, std::move(stream_), parser_->release());
     }
 
     void readBody() {
@@ -298,7 +173,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
         auto message = parser_->release();
         closing_ = !message.keep_alive();
         request_.body = std::move(message.body());
-        const auto& access = *server_->access;
+        const auto& access = *server_.access;
         if (!access.token().empty() && request_.find("token") != nullptr &&
             !request_.path.starts_with("/api")) {
             // The page comes again without the token, which so stays out of the browser's history.
@@ -307,20 +182,21 @@ class Connection : public std::enable_shared_from_this<Connection> {
                          .headers = {{"Set-Cookie", access.cookie()}, {"Location", request_.path}}});
         }
         stream_.expires_never();
-        server_->application->answer(std::move(request_), [held = held()](Response response) {
-            Connection* const self = held.get();
-            asio::post(self->server_->io, [held, self, response = std::move(response)]() mutable {
-                if (!self->server_->stopping) self->send(std::move(response));
+        server_.answering.emplace(this, shared_from_this());
+        // The answer comes from another thread, perhaps when connection and server are gone.
+        server_.application->answer(std::move(request_), [server = server_.weak_from_this(),
+                                                          weak = weak_from_this()](Response response) {
+            const auto parts = server.lock();
+            if (parts == nullptr) return;
+            asio::post(parts->io, [weak, response = std::move(response)]() mutable {
+                if (const auto self = weak.lock()) self->answered(std::move(response));
             });
         });
     }
 
-    /// This connection for another thread, which may let go of it last: it ends in the server's thread.
-    std::shared_ptr<Connection> held() {
-        return {this, [self = shared_from_this()](Connection*) mutable {
-                    auto& io = self->server_->io;
-                    asio::post(io, [self = std::move(self)] {});
-                }};
+    void answered(Response response) {
+        if (!server_.stopping) send(std::move(response));
+        server_.answering.erase(this);
     }
 
     void send(Response response) {
@@ -362,7 +238,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
                                 });
     }
 
-    std::shared_ptr<PartsOfServer> server_;
+    HttpServer::Parts& server_;
     beast::tcp_stream stream_;
     beast::flat_buffer buffer_;
     std::optional<Parser> parser_;
@@ -373,15 +249,15 @@ class Connection : public std::enable_shared_from_this<Connection> {
     bool closing_ = false;
 };
 
-void HttpServer::Parts::accept(const std::shared_ptr<Parts>& self) {
-    acceptor.async_accept([this, self](Error error, tcp::socket socket) {
+void HttpServer::Parts::accept() {
+    acceptor.async_accept([this](Error error, tcp::socket socket) {
         if (stopping) return;
         if (!error) {
             Error ignored;
             socket.set_option(tcp::no_delay(true), ignored);
-            std::make_shared<Connection>(self, std::move(socket))->start();
+            std::make_shared<Connection>(*this, std::move(socket))->start();
         }
-        accept(self);
+        accept();
     });
 }
 
@@ -416,9 +292,6 @@ HttpServer::HttpServer(const Endpoint& endpoint) : parts_(std::make_shared<Parts
 
 HttpServer::~HttpServer() {
     stop();
-    // What was posted meanwhile holds on to its connection, and that to the server.
-    parts_->io.restart();
-    parts_->io.poll();
 }
 
 unsigned HttpServer::port() const {
@@ -428,27 +301,24 @@ unsigned HttpServer::port() const {
 void HttpServer::start(Application& application, const Access& access) {
     parts_->application = &application;
     parts_->access = &access;
-    parts_->accept(parts_);
-    parts_->thread = std::thread([parts = parts_] { parts->io.run(); });
+    parts_->accept();
+    parts_->thread = std::thread([parts = parts_.get()] { parts->io.run(); });
 }
 
 void HttpServer::stop() {
     if (!parts_->thread.joinable()) return;
-    asio::post(parts_->io, [parts = parts_] {
+    asio::post(parts_->io, [parts = parts_.get()] {
         parts->stopping = true;
         parts->acceptor.close();
         const auto sockets = parts->sockets;
         for (const auto& [peer, weak] : sockets)
-            if (const auto socket = weak.lock()) socket->close(websocket::close_code::going_away);
+            if (const auto socket = weak.lock()) socket->sayGoodbye();
         const auto open = parts->open;
         for (const auto& [key, weak] : open)
             if (const auto connection = weak.lock()) connection->close();
-    });
-    // Farewells need the other side; who does not answer is left.
-    asio::post(parts_->io, [parts = parts_] {
-        auto timer = std::make_shared<asio::steady_timer>(parts->io, kPatience);
-        // It may still wait when all is over: it must not hold what it waits in.
-        timer->async_wait([io = &parts->io, timer](Error) { io->stop(); });
+        // Farewells need the other side; who does not answer is left.
+        const auto timer = std::make_shared<asio::steady_timer>(parts->io, kPatience);
+        timer->async_wait([parts, timer](Error) { parts->io.stop(); });
     });
     parts_->thread.join();
 }
