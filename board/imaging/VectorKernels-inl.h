@@ -25,40 +25,6 @@ HWY_INLINE void inPlace(std::uint8_t* line, std::size_t width, std::size_t lanes
     std::memcpy(line + x, last, width - x);
 }
 
-// Numbers of 16 bits to bytes, saturating; halves of the lanes' own order, which unpacking gave them.
-HWY_INLINE ByteVector packed(hn::Vec<hn::Repartition<std::int16_t, Bytes>> low,
-                             hn::Vec<hn::Repartition<std::int16_t, Bytes>> high) {
-#if HWY_TARGET == HWY_AVX3_DL
-    return ByteVector{_mm512_packus_epi16(low.raw, high.raw)};
-#else
-    return ByteVector{_mm256_packus_epi16(low.raw, high.raw)};
-#endif
-}
-
-void exposeLine(std::uint8_t* line, std::size_t width, float gain) {
-    const hn::ScalableTag<float> real;
-    const hn::ScalableTag<std::int32_t> whole;
-    const hn::ScalableTag<std::int16_t> half;
-    const hn::ScalableTag<std::uint16_t> unsignedHalf;
-    const auto factor = hn::Set(real, gain);
-    const auto none = hn::Zero(unsignedHalf);
-    // Conversion rounds to the nearest. No addition may follow the product, it could be fused with it.
-    const auto scaled = [&](auto pixels) HWY_ATTR {
-        return hn::NearestInt(hn::Mul(hn::ConvertTo(real, hn::BitCast(whole, pixels)), factor));
-    };
-    const auto scaledHalf = [&](auto pixels) HWY_ATTR {
-        const auto wide = hn::BitCast(unsignedHalf, pixels);
-        return hn::ReorderDemote2To(half, scaled(hn::InterleaveLower(unsignedHalf, wide, none)),
-                                    scaled(hn::InterleaveUpper(unsignedHalf, wide, none)));
-    };
-    inPlace(line, width, kLanes, [&](std::uint8_t* at) HWY_ATTR {
-        const auto pixels = hn::LoadU(kBytes, at), black = hn::Zero(kBytes);
-        const auto low = scaledHalf(hn::InterleaveLower(kBytes, pixels, black));
-        const auto high = scaledHalf(hn::InterleaveUpper(kBytes, pixels, black));
-        hn::StoreU(packed(low, high), kBytes, at);
-    });
-}
-
 void balanceLine(std::uint8_t* line, std::size_t width, std::uint16_t even, std::uint16_t odd) {
     const hn::ScalableTag<std::uint16_t> pairs;
     const auto evenGain = hn::Set(pairs, even), oddGain = hn::Set(pairs, odd);
@@ -150,6 +116,53 @@ class Table {
     const std::uint8_t* table_;
 };
 #endif
+
+// ---- exposure ----
+
+// Numbers of 16 bits to bytes, saturating; halves of the lanes' own order, which unpacking gave them.
+HWY_INLINE ByteVector packed(hn::Vec<hn::Repartition<std::int16_t, Bytes>> low,
+                             hn::Vec<hn::Repartition<std::int16_t, Bytes>> high) {
+#if HWY_TARGET == HWY_AVX3_DL
+    return ByteVector{_mm512_packus_epi16(low.raw, high.raw)};
+#else
+    return ByteVector{_mm256_packus_epi16(low.raw, high.raw)};
+#endif
+}
+
+void exposeLine(std::uint8_t* line, std::size_t width, float gain) {
+    const hn::ScalableTag<float> real;
+    const hn::ScalableTag<std::int32_t> whole;
+    const hn::ScalableTag<std::int16_t> half;
+    const hn::ScalableTag<std::uint16_t> unsignedHalf;
+    const auto factor = hn::Set(real, gain);
+    const auto none = hn::Zero(unsignedHalf);
+    // Conversion rounds to the nearest. No addition may follow the product, it could be fused with it.
+    const auto scaled = [&](auto pixels) HWY_ATTR {
+        return hn::NearestInt(hn::Mul(hn::ConvertTo(real, hn::BitCast(whole, pixels)), factor));
+    };
+    const auto scaledHalf = [&](auto pixels) HWY_ATTR {
+        const auto wide = hn::BitCast(unsignedHalf, pixels);
+        return hn::ReorderDemote2To(half, scaled(hn::InterleaveLower(unsignedHalf, wide, none)),
+                                    scaled(hn::InterleaveUpper(unsignedHalf, wide, none)));
+    };
+    const auto exposed = [&](ByteVector pixels) HWY_ATTR {
+        const auto black = hn::Zero(kBytes);
+        const auto low = scaledHalf(hn::InterleaveLower(kBytes, pixels, black));
+        const auto high = scaledHalf(hn::InterleaveUpper(kBytes, pixels, black));
+        return packed(low, high);
+    };
+#if HWY_TARGET == HWY_AVX3_DL
+    // A lookup costs a quarter of the conversions: those are made once for each value.
+    LookupTable values;
+    for (std::size_t i = 0; i < values.size(); i += kLanes)
+        hn::StoreU(exposed(hn::Iota(kBytes, static_cast<std::uint8_t>(i))), kBytes, values.data() + i);
+    const Table pixelOf(values);
+#else
+    const auto& pixelOf = exposed;
+#endif
+    inPlace(line, width, kLanes,
+            [&](std::uint8_t* at) HWY_ATTR { hn::StoreU(pixelOf(hn::LoadU(kBytes, at)), kBytes, at); });
+}
 
 // ---- packing ----
 
