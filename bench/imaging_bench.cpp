@@ -130,10 +130,12 @@ void picture(benchmark::State& state, void (*change)(DesignSettings&)) {
     change(settings);
     FrameRenderer renderer(std::make_shared<SensorScene>(testChart(), CameraTraits{}));
     renderer.configure(settings);
+    Motion motion;
+    motion.runs.front().gain = exposureGain(settings.exsyncExposure / CameraTraits{}.neutralExposure);
     Image out(kWidth, kHeight);
     std::uint64_t line = 0;
     for ([[maybe_unused]] auto turn : state) {
-        renderer.render({0, line, kHeight, kHeight}, Motion{}, out.bytes());
+        renderer.render({0, line, kHeight, kHeight}, motion, out.bytes());
         benchmark::ClobberMemory();
         line += kHeight;
     }
