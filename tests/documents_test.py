@@ -64,7 +64,7 @@ def main():
     environment = dict(os.environ, NO_COLOR="1")
     environment.pop("COLUMNS", None)  # in a pipe, lines are as long as they are
     if arguments.python:
-        environment["PATH"] = f"{pathlib.Path(arguments.python).parent}:{environment['PATH']}"
+        environment["PATH"] = f"{pathlib.Path(arguments.python).parent.resolve()}:{environment['PATH']}"
     with tempfile.TemporaryDirectory() as prefix:
         if arguments.build:
             subprocess.run(["cmake", "--install", arguments.build, "--prefix", prefix], check=True,
