@@ -22,9 +22,11 @@ constexpr BoardTime kMicrosecond = 1000, kDebounce = 112;
 /// Collects every edge and cuts frames as an acquisition does.
 class Bench : public SignalListener, public FrameCutter {
  public:
-    explicit Bench(const DesignSettings& wanted, const Belt& belt = {})
+    explicit Bench(const DesignSettings& wanted, const Belt& belt = {},
+                   const std::map<unsigned, InputSignal>& signals = {})
         : settings(wanted), stream(*this, *this) {
         stream.setBelt(belt, false, 0);
+        for (const auto& [input, signal] : signals) play(input, signal);
         stream.configure(settings, 0);
         frames.configure(settings, 1000, 0);
         stream.beginFrames(0);
@@ -108,6 +110,14 @@ TEST(LineStream, everyTriggerModeHasItsTimes) {
         {"the second ExSync",
          [](auto& s) { s.cc1Select = 2, s.exsync2Delay = 50; },
          {50, 250, 450, 650, 850}},
+        {"CC1 at an input",
+         [](auto& s) { s.cc1Select = kFirstInput + 3; },
+         {100, 150, 300, 310, 700, 900},
+         0},
+        {"and turned round",
+         [](auto& s) { s.cc1Select = kFirstInput + 3, s.cc1Invert = 1; },
+         {105, 155, 305, 315, 705, 905},
+         0},
         {"CC1 turned round", [](auto& s) { s.cc1Invert = 1; }, {19, 219, 419, 619, 819}},
         {"both turned round", [](auto& s) { s.cc1Invert = s.exsyncPolarity = 1; }, {0, 200, 400, 600, 800}},
         {"a slow link",
@@ -208,6 +218,19 @@ TEST(LineStream, theEncoderCountsStepsAndMakesUpForThoseBackwards) {
     }
 }
 
+TEST(LineStream, anInputOnCC1ExposesTheCameraAsLongAsItsPulse) {
+    Bench bench(with([](auto& s) { s.cc1Select = kFirstInput; }));
+    bench.play(
+        0,
+        {.edges = {{100'000, true}, {130'000, false}, {300'000, true}, {900'000, false}, {950'000, true}}});
+    EXPECT_EQ(bench.stream.completeNotBefore(0), 100'000 + 1506);
+    bench.stream.advance(1000 * kMicrosecond);
+    ASSERT_EQ(bench.stream.started(), 3u);
+    EXPECT_EQ(bench.stream.log().find(0)->exposure, 30);
+    EXPECT_EQ(bench.stream.log().find(1)->exposure, 200) << "at most a line period";
+    EXPECT_EQ(bench.stream.completeNotBefore(3), std::nullopt);
+}
+
 TEST(LineStream, theSceneNeverJumps) {
     Bench bench(with([](auto& s) { s.exsyncPeriod = 100; }), {.speed = 1000});  // a pixel per line
     bench.stream.advance(kMicrosecond * 1000);
@@ -272,8 +295,9 @@ TEST(LineStream, refusesABeltAndAnInputThatCannotBe) {
 /// What the lines are by a board that does nothing but look at every cycle of 8 ns.
 struct Cycles {
     const DesignSettings& s;
-    const std::vector<bool>& line;   // levels of the line trigger's input, cycle by cycle
-    const std::vector<bool>& image;  // and of the image trigger's
+    const std::vector<bool>& line;    // levels of the line trigger's input, cycle by cycle
+    const std::vector<bool>& image;   // of the image trigger's
+    const std::vector<bool>& camera;  // and of the one that CC1 may lead to the camera
     Times exsync{}, lines{}, begun{};
     std::uint64_t lost = 0;
 
@@ -302,6 +326,8 @@ struct Cycles {
                     if (!outside || now >= busy) pulse(now, busy, readout, perLine, left);
                 }
             }
+            if (cameraOnInput() && camera[now] != camera[now - 1] && camera[now] != (s.cc1Invert != 0))
+                start(now, readout, perLine, left);
             if (!imageFilter.rises(image, now, cycles(s.imageDebouncing)) || left > 0 ||
                 s.imageTriggerMode != 1)
                 continue;
@@ -316,6 +342,10 @@ struct Cycles {
     void pulse(BoardTime now, BoardTime& busy, BoardTime& readout, BoardTime perLine, std::uint64_t& left) {
         exsync.push_back(now * kClockCycle);
         busy = now + cycles(s.exsyncExposure);
+        if (!cameraOnInput()) start(now, readout, perLine, left);
+    }
+    bool cameraOnInput() const { return s.cc1Select >= kFirstInput; }
+    void start(BoardTime now, BoardTime& readout, BoardTime perLine, std::uint64_t& left) {
         if (now * kClockCycle < readout) {
             ++lost;
             return;
@@ -360,9 +390,18 @@ TEST(LineStream, isWhatAModelOfEveryCycleIs) {
             result.resize(20000);
             return result;
         };
-        const auto line = levels(1, 1 + below(200)), image = levels(1, 1 + below(2000));
+        // Each may be any input, and one input more than one of them.
+        const std::uint32_t lineInput = below(kInputs), imageInput = below(kInputs);
+        const std::uint32_t cameraInput = below(kInputs);
+        std::map<unsigned, std::vector<bool>> inputs;
+        inputs.emplace(lineInput, levels(1, 1 + below(200)));
+        inputs.emplace(imageInput, levels(1, 1 + below(2000)));
+        inputs.emplace(cameraInput, levels(1, 1 + below(1000)));
         const DesignSettings settings = with([&](auto& s) {
-            s.lineTriggerMode = below(4), s.lineSourceA = 3, s.lineDebouncing = 0.008 * (1 + below(40));
+            s.lineTriggerMode = below(4), s.lineSourceA = lineInput, s.imageSelect = imageInput;
+            s.lineDebouncing = 0.008 * (1 + below(40));
+            if (s.lineTriggerMode < 2 && below(3) == 0)
+                s.cc1Select = kFirstInput + cameraInput, s.cc1Invert = below(2);
             s.lineDownscaler = 1 + below(4), s.linePhase = 1 + below(4);
             s.exsyncPeriod = 0.512 + 0.008 * below(400), s.exsyncExposure = 0.512 + 0.008 * below(100);
             s.tapWidth = 8 * (1 + below(300));
@@ -370,12 +409,13 @@ TEST(LineStream, isWhatAModelOfEveryCycleIs) {
             s.imageDebouncing = 0.008 * (1 + below(40)), s.imageTriggerDelay = below(3);
             s.imageHeight = s.yLength = s.triggerYLength = 1 + below(20);
         });
-        Cycles model{settings, line, image};
+        Cycles model{settings, inputs[lineInput], inputs[imageInput], inputs[cameraInput]};
         model.run();
-        Bench bench(settings);
-        bench.play(3, playable(line));
-        bench.play(0, playable(image));
-        bench.stream.watchInputs(1u << 3, 0);
+        // Played from the beginning on, so that the encoder reaches none of them.
+        std::map<unsigned, InputSignal> signals;
+        for (const auto& [input, raw] : inputs) signals[input] = playable(raw);
+        Bench bench(settings, {}, signals);
+        bench.stream.watchInputs(1u << lineInput, 0);
         const BoardTime end = 19999 * kClockCycle;
         for (BoardTime now = 0; now < end; now += 1 + below(20000)) bench.stream.advance(now);
         bench.stream.advance(end);
@@ -383,7 +423,9 @@ TEST(LineStream, isWhatAModelOfEveryCycleIs) {
         ASSERT_EQ(bench.rises(kLineStart), model.lines);
         ASSERT_EQ(bench.stream.lostLines(), model.lost);
         // Analyzer 0 less analyzer 1, by the default wiring.
-        ASSERT_EQ(bench.rises(kExsync).size() - bench.rises(kLineStart).size(), bench.stream.lostLines());
+        if (!model.cameraOnInput()) {
+            ASSERT_EQ(bench.rises(kExsync).size() - bench.rises(kLineStart).size(), bench.stream.lostLines());
+        }
         ASSERT_EQ(bench.frames.triggers(), settings.imageTriggerMode == 1 ? model.begun.size() : 0);
         // Pictures take the lines one after the other, whole ones only, and their times are the lines'.
         std::uint64_t next = 0, number = 0;

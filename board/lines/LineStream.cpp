@@ -75,6 +75,7 @@ void LineStream::take(BoardTime horizon) {
         room = left - std::min(left, underWay_);
     }
     const BoardTime from = now_;
+    if (directInput_) horizon = fetchDirect(horizon);
     if (triggers_.empty() && fetched_ <= now_) fetch(horizon);
     Pulses in = triggers_;
     if (settings_.exsyncEnable == 0 || room == 0) in.end = in.begin;
@@ -139,6 +140,17 @@ void LineStream::fetch(BoardTime horizon) {
                       static_cast<double>(triggers_.way.at(triggers_.begin));
 }
 
+/// Takes the edges that reach the camera without the line trigger; returns up to where.
+BoardTime LineStream::fetchDirect(BoardTime horizon) {
+    if (directSeen_ <= now_) {
+        const LineTrigger::Step step = direct_.advance(horizon);
+        directSeen_ = step.through;
+        underWay_ += step.pulses.count();
+        coming_.push(step.pulses);
+    }
+    return std::min(horizon, directSeen_);
+}
+
 Pulses LineStream::downscaled(const Pulses& in) {
     const std::uint64_t factor = std::max(settings_.lineDownscaler, 1u), count = in.count();
     if (skip_ >= count) {
@@ -168,7 +180,7 @@ void LineStream::exsync(Pulses pulses) {
     output(exsync2Out_, pulses.delayed(delay_), width, inverted);
     if (settings_.generatorEnable != 0) {
         if (settings_.generatorFreeRun == 0 && lineTime_ > 0) generatorLines(pulses);
-    } else if (cameraListens()) {
+    } else if (cameraOnExsync()) {
         // The camera begins a line when its trigger input goes up.
         BoardTime later = settings_.cc1Select == kExsync2 ? delay_ : 0;
         if (inverted != (settings_.cc1Invert != 0)) later += width;
@@ -223,16 +235,26 @@ void LineStream::lines(const Pulses& triggers) {
 }
 
 double LineStream::linePeriod(const Pulses& starts) const {
-    if (!external()) return settings_.exsyncPeriod;
+    if (!external() && !directInput_) return settings_.exsyncPeriod;
     if (starts.time.step > 0) return starts.time.step / 1000;
     return static_cast<double>(starts.first() - lastStart_) / 1000;
+}
+
+/// µs that the camera is exposed for a line.
+double LineStream::exposureOf(const Pulses& starts) const {
+    const double period = linePeriod(starts);
+    if (!directInput_) return imaging::exposureTime(settings_, period);
+    // The input's own pulse, as far as it is known.
+    const BoardTime begin = starts.first();
+    const auto end = levelOf(*directInput_)->nextChange(begin, begin + std::llround(period * 1000));
+    return end ? std::min(period, static_cast<double>(*end - begin) / 1000) : period;
 }
 
 void LineStream::start(const Pulses& starts) {
     if (starts.empty()) return;
     const std::uint64_t first = started();
     const BoardTime begin = starts.first();
-    const double exposure = imaging::exposureTime(settings_, linePeriod(starts));
+    const double exposure = exposureOf(starts);
     const double speed = travel_->at(begin).speedAt(begin);
     log_.append({.starts = starts,
                  .readout = readout_,
@@ -316,8 +338,14 @@ std::optional<BoardTime> LineStream::completeNotBefore(std::uint64_t line) const
     if (underWay_ > missing && !coming_.empty()) return std::max(coming_.next(), now_ + 1);
     missing -= std::min(missing, underWay_);
     const bool brings = settings_.generatorEnable != 0 ? lineTime_ > 0 : cameraListens();
-    if (!running_ || !brings || settings_.exsyncEnable == 0 || (gated() && frames_.linesLeft(started()) == 0))
-        return std::nullopt;
+    if (!running_ || !brings) return std::nullopt;
+    if (directInput_) {
+        const auto next = direct_.notBefore();
+        if (!next) return std::nullopt;
+        return std::max(now_ + 1, *next + readout_ * static_cast<BoardTime>(
+                                                         std::min<std::uint64_t>(missing + 1, 1'000'000)));
+    }
+    if (settings_.exsyncEnable == 0 || (gated() && frames_.linesLeft(started()) == 0)) return std::nullopt;
     // Lines lie apart as far as the slowest link in the chain says.
     double gap = static_cast<double>(std::max({exposure_ * (external() ? 1 : 0), readout_, kClockCycle}));
     if (settings_.generatorEnable != 0) gap = static_cast<double>(lineTime_);

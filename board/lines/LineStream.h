@@ -101,10 +101,15 @@ class LineStream {
     bool external() const { return settings_.lineTriggerMode == 1 || settings_.lineTriggerMode == 3; }
     bool gated() const { return settings_.lineTriggerMode >= 2; }
     bool runsItself() const { return running_ && settings_.exsyncEnable != 0 && !external(); }
-    bool cameraListens() const;
+    bool cameraListens() const { return cameraOnExsync() || cameraOnInput(); }
+    bool hasCamera() const;
+    bool cameraOnExsync() const;
+    /// CC1 leads an input straight to the camera.
+    bool cameraOnInput() const;
     bool freeGenerator() const;
 
     void rewire(bool anew);
+    void rewireCamera();
     LineTrigger::Wiring wiring() const;
     std::shared_ptr<const InputLevel> levelOf(unsigned input) const;
     void setGenerators(bool wasRunning, BoardTime oldPeriod, bool sourceChanged);
@@ -114,6 +119,7 @@ class LineStream {
     void restart();
     void take(BoardTime horizon);
     void fetch(BoardTime horizon);
+    BoardTime fetchDirect(BoardTime horizon);
     std::uint64_t atOnce(const Pulses& in, std::uint64_t room) const;
     Pulses downscaled(const Pulses& in);
     void exsync(Pulses pulses);
@@ -125,6 +131,7 @@ class LineStream {
     void flush();
     void followInputs();
     double linePeriod(const Pulses& starts) const;
+    double exposureOf(const Pulses& starts) const;
     double framesOwnLines() const;
     double pixels(double millimetres) const { return millimetres / travel_->belt().objectPixel; }
     static constexpr std::uint32_t kSoftware = 4;
@@ -145,8 +152,11 @@ class LineStream {
     BoardTime period_ = 0, exposure_ = 0, delay_ = 0, readout_ = 0, lineTime_ = 0;
 
     LineTrigger trigger_;
-    Pulses generator_;  ///< of ExSync itself
-    Pulses triggers_;   ///< those up to `fetched_` that were not taken yet
+    std::optional<std::uint32_t> directInput_;  ///< that CC1 leads to the camera
+    LineTrigger direct_;                        ///< its edges
+    BoardTime directSeen_ = 0;                  ///< followed up to here
+    Pulses generator_;                          ///< of ExSync itself
+    Pulses triggers_;                           ///< those up to `fetched_` that were not taken yet
     BoardTime fetched_ = 0;
     std::uint64_t skip_ = 0;  ///< pulses to come before the downscaler passes one
     bool open_ = false;       ///< the gate

@@ -57,9 +57,17 @@ LineStream::LineStream(SignalListener& listener, FrameCutter& frames) : listener
     setEncoder({}, 0);
 }
 
-bool LineStream::cameraListens() const {
+bool LineStream::cameraOnExsync() const {
     const bool triggered = settings_.cc1Select == kExsync || settings_.cc1Select == kExsync2;
-    return running_ && triggered && settings_.generatorEnable == 0 && settings_.coreReset == 0 &&
+    return triggered && hasCamera();
+}
+
+bool LineStream::cameraOnInput() const {
+    return settings_.cc1Select >= kFirstInput && settings_.cc1Select < kFirstInput + kInputs && hasCamera();
+}
+
+bool LineStream::hasCamera() const {
+    return running_ && settings_.generatorEnable == 0 && settings_.coreReset == 0 &&
            settings_.pixelClock != 0;
 }
 
@@ -84,7 +92,7 @@ void LineStream::configure(const LineSettings& settings, BoardTime now) {
         triggers_ = {};
     }
     setGenerators(wasRunning, oldPeriod, began || !sameGenerator(old, settings));
-    if (!cameraListens()) {
+    if (!cameraListens() || settings.cc1Select != old.cc1Select || settings.cc1Invert != old.cc1Invert) {
         coming_.clear();
         underWay_ = 0;
     }
@@ -244,11 +252,32 @@ void LineStream::rewire(bool anew) {
         triggers_ = {};
         fetched_ = now_;
     }
+    rewireCamera();
     image_.change(levelOf(settings_.imageSelect), toCycles(settings_.imageDebouncing));
     imageSeen_ = now_;
     imageChange_.reset();
     for (unsigned i = 0; i < kInputs; ++i)
         if (watched_[i]) watched_[i]->change(levelOf(i), lineDebounce(settings_));
+}
+
+/// Leads an input to the camera where CC1 does. The camera sees it as it is: no filter lies before a control
+/// line.
+void LineStream::rewireCamera() {
+    const auto before = std::exchange(
+        directInput_, cameraOnInput() ? std::optional(settings_.cc1Select - kFirstInput) : std::nullopt);
+    if (!directInput_) return;
+    LineSettings plain = settings_;
+    plain.encoderMode = 0;
+    plain.lineDebouncing = 0;
+    plain.linePolarity = settings_.cc1Invert;
+    const auto level = levelOf(*directInput_);
+    const LineTrigger::Wiring straight{.a = level, .b = level, .travel = travel_};
+    if (before == directInput_) {
+        direct_.configure(plain, straight, now_);
+    } else {
+        direct_.start(plain, straight, now_);
+    }
+    directSeen_ = now_;
 }
 
 void LineStream::watchInputs(std::uint32_t inputs, BoardTime now) {
