@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <atomic>
 #include <chrono>
@@ -291,6 +292,39 @@ TEST_F(Events, WakeWhoWaits) {
     std::thread removal([&] { removeBoard(second); });
     EXPECT_THROW(orphan.next(kForever), std::invalid_argument) << "its board is gone";
     removal.join();
+}
+
+TEST_F(Events, AreSleptFor) {
+    const std::string pin = "Device1_Process1_Trigger_Inputs_InputEvents_InputEvents_Pin2";
+    control.setClockMode(ClockMode::RealTime);
+    EventSubscription rising = control.waitEvents(std::uint64_t{1} << control.eventNumber(pin));
+    const auto sleeps = [] {
+        rusage usage{};
+        getrusage(RUSAGE_THREAD, &usage);
+        return usage.ru_nvcsw;
+    };
+    constexpr std::int64_t kLater = 300'000'000;
+    const std::int64_t begun = control.time();
+    const auto before = sleeps();
+    control.playInput(2, {.edges = {{kLater, true}}});
+    const auto event = rising.next(60);
+    ASSERT_TRUE(event.has_value());
+    EXPECT_LE(begun + kLater, event->time);
+    EXPECT_GT(30, sleeps() - before) << "who waits looks again and again";
+
+    // Who sleeps because nothing comes wakes when something may.
+    control.setInput(2, false);
+    control.setEncoder({.inputA = 3});
+    control.setBelt({.speed = 0});
+    EventSubscription turning =
+        control.waitEvents(std::uint64_t{1} << control.eventNumber(
+                               "Device1_Process1_Trigger_Inputs_InputEvents_InputEvents_Pin3"));
+    std::thread other([&] {
+        std::this_thread::sleep_for(20ms);
+        control.setBelt({.speed = 500});
+    });
+    EXPECT_TRUE(turning.next(60).has_value());
+    other.join();
 }
 
 TEST_F(Events, CallBackUntilTheyAreEnded) {

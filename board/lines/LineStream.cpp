@@ -11,6 +11,10 @@ namespace {
 /// Steps that one call takes at most.
 constexpr int kSteps = 20'000;
 
+std::optional<BoardTime> earlier(std::optional<BoardTime> a, std::optional<BoardTime> b) {
+    return a && b ? std::min(a, b) : a ? a : b;
+}
+
 /// Leaves out the pulses that come while the one before still lasts, `gap` long.
 Pulses thinned(const Pulses& in, BoardTime gap, BoardTime& busyUntil, std::uint64_t& missed) {
     const std::uint64_t first = in.after(busyUntil - 1);
@@ -364,6 +368,38 @@ std::optional<BoardTime> LineStream::completeNotBefore(std::uint64_t line) const
     const double wait =
         std::min(gap * static_cast<double>(missing), static_cast<double>(BoardClock::kLatest));
     return std::max(now_ + 1, *first + static_cast<BoardTime>(wait) + readout_);
+}
+
+std::optional<BoardTime> LineStream::inputNotBefore() const {
+    std::optional<BoardTime> first;
+    for (const auto& input : watched_)
+        if (input) first = earlier(first, input->notBefore());
+    return first ? std::optional(std::max(*first, now_ + 1)) : std::nullopt;
+}
+
+std::optional<BoardTime> LineStream::lineNotBefore() const {
+    std::optional<BoardTime> first;
+    const auto next = [&](const DelayLine& edges) {
+        if (!edges.empty()) first = earlier(first, edges.next());
+    };
+    for (const Output* output :
+         {&exsyncOut_, &exsync2Out_, &lineValid_, &frameValid_, &lineStart_, &lineEnd_}) {
+        next(output->up);
+        next(output->down);
+    }
+    next(coming_);
+    if (freeGenerator()) first = earlier(first, freeLines_.at(freeLines_.after(now_)));
+    if (directInput_) first = earlier(first, direct_.notBefore());
+    if (gated()) first = earlier(first, imageTriggerNotBefore());
+    const bool closed = gated() && frames_.linesLeft(started()) == 0;
+    if (running_ && settings_.exsyncEnable != 0 && !closed) {
+        if (external()) {
+            first = earlier(first, triggers_.empty() ? trigger_.notBefore() : triggers_.first());
+        } else {
+            first = earlier(first, gated() && !open_ ? now_ + 1 : generator_.at(generator_.after(now_)));
+        }
+    }
+    return first ? std::optional(std::max(*first, now_ + 1)) : std::nullopt;
 }
 
 }  // namespace virtualboard

@@ -76,6 +76,10 @@ class LineStream {
     /// Line `line` is complete at this time or later, exactly then as long as the source is steady; nothing
     /// when it does not come by itself.
     std::optional<BoardTime> completeNotBefore(std::uint64_t line) const;
+    /// No edge of the watched inputs comes before this time; nothing when none does by itself.
+    std::optional<BoardTime> inputNotBefore() const;
+    /// The same of all other signals, as long as no frame begins by itself before.
+    std::optional<BoardTime> lineNotBefore() const;
 
     // ---- what came of it ----
 

@@ -129,6 +129,12 @@ void Acquisition::reconfigure(BoardTime now) {
     work_.notify_one();
 }
 
+std::optional<BoardTime> Acquisition::nextEdge(bool all) const {
+    const auto input = stream_.inputNotBefore();
+    const auto line = all ? stream_.lineNotBefore() : std::nullopt;
+    return input && line ? std::min(input, line) : input ? input : line;
+}
+
 void Acquisition::listenersChanged() {
     const BoardTime now = clock_.now();
     settle(now);

@@ -96,6 +96,9 @@ class Acquisition : private FrameCutter {
     void changed(const Slot& slot, BoardTime now);
     /// Somebody began or ceased to wait for events.
     void listenersChanged();
+    /// No edge of an input that somebody listens to comes before this time by itself; with `all`, none of any
+    /// signal.
+    std::optional<BoardTime> nextEdge(bool all) const;
     /// The clock was moved or changed its mode.
     void clockChanged() { work_.notify_one(); }
 

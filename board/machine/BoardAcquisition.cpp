@@ -69,7 +69,9 @@ int Board::acquire(const Design* design, std::int64_t pictures, std::shared_ptr<
     const Lock lock(mutex_);
     if (design != design_.get()) return kReconfigured;
     try {
-        return acquisition_.acquire(pictures, std::move(memory), handle);
+        const int code = acquisition_.acquire(pictures, std::move(memory), handle);
+        events_.reconsider();
+        return code;
     } catch (const std::out_of_range&) {
         return kNoPictureSource;
     }
@@ -141,11 +143,13 @@ void Board::setScene(std::shared_ptr<const imaging::Image> scene, std::uint32_t 
 void Board::setCamera(const imaging::CameraTraits& camera) {
     const Lock lock(mutex_);
     acquisition_.setCamera(camera);
+    events_.reconsider();
 }
 
 void Board::setBelt(const imaging::Belt& belt) {
     const Lock lock(mutex_);
     acquisition_.setBelt(belt);
+    events_.reconsider();
 }
 
 void Board::setLight(const imaging::Light& light) {
@@ -156,6 +160,7 @@ void Board::setLight(const imaging::Light& light) {
 void Board::setWorld(std::shared_ptr<const world::World> world) {
     const Lock lock(mutex_);
     acquisition_.setWorld(std::move(world));
+    events_.reconsider();
 }
 
 int Board::truth(const dma_mem* memory, std::int64_t number, PictureTruth& truth) {

@@ -68,12 +68,15 @@ int Board::waitEvent(PendingEvents& pending, double seconds, VirtualBoardEvent& 
 }
 
 std::optional<BoardTime> Board::nextEvent(std::uint64_t sources) const {
-    // The acquisition's own thread sees pictures end. Lines and inputs are looked at a thousand times a
-    // second, which is as soon as anybody who waits is woken.
-    constexpr std::uint64_t kPictures = std::uint64_t{1} << static_cast<unsigned>(EventSource::Overflow) |
-                                        std::uint64_t{1} << static_cast<unsigned>(EventSource::FrameEnd);
+    constexpr auto bit = [](EventSource source) { return std::uint64_t{1} << static_cast<unsigned>(source); };
+    // The acquisition's own thread sees pictures end.
+    constexpr std::uint64_t kPictures = bit(EventSource::Overflow) | bit(EventSource::FrameEnd);
+    constexpr std::uint64_t kInputEdges = bit(EventSource::FrameStart) - bit(EventSource::FirstInputRising);
+    // Where edges come fast a thousand looks a second are enough: no sooner is anybody woken who waits.
     constexpr BoardTime kMillisecond = 1'000'000;
-    return (sources & ~kPictures) != 0 ? std::optional(clock_.now() + kMillisecond) : std::nullopt;
+    if ((sources & ~kPictures) == 0) return std::nullopt;
+    const auto next = acquisition_.nextEdge((sources & ~kPictures & ~kInputEdges) != 0);
+    return next ? std::optional(std::max(*next, clock_.now() + kMillisecond)) : std::nullopt;
 }
 
 int Board::raiseEvent(unsigned number, std::int64_t payload) {
