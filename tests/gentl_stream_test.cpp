@@ -1,9 +1,15 @@
 /// What a GenTL consumer gets from a stream: pictures, events, and an end to every wait.
 
 #include <gmock/gmock.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <chrono>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <thread>
@@ -243,6 +249,56 @@ TEST(GenTLSeveral, TwoDevicesStreamAtOnceWhileTheirFeaturesAreRead) {
     Two two;
     two.TestBody();
     unsetenv("MAROVINE_WORLD");
+}
+
+/// A consumer in a process of its own.
+class Consumer : public GenTL {
+ public:
+    /// Takes pictures of its own width while another consumer, at the other end of `meeting`, takes its.
+    void take(std::uint32_t width, int meeting) {
+        constexpr std::uint32_t kHeight = 16;
+        setWindow(width, kHeight);
+        asFastAsPossible();
+        announce(3, std::size_t{width} * kHeight * 3);
+        const EVENT_HANDLE event = newBuffers();
+        ASSERT_EQ(GC_ERR_SUCCESS, DSFlushQueue(stream, ACQ_QUEUE_ALL_TO_INPUT));
+        ASSERT_EQ(GC_ERR_SUCCESS, DSStartAcquisition(stream, 0, GENTL_INFINITE));
+        ASSERT_EQ(GC_ERR_SUCCESS, write<std::int32_t>("AcquisitionStart", 1));
+        for (std::uint64_t number = 0; number < 100; ++number) {
+            const BUFFER_HANDLE buffer = next(event);
+            ASSERT_NE(nullptr, buffer);
+            ASSERT_EQ(number, bufferInfo<std::uint64_t>(buffer, BUFFER_INFO_FRAMEID));
+            ASSERT_EQ(width, bufferInfo<std::size_t>(buffer, BUFFER_INFO_WIDTH));
+            ASSERT_EQ(GC_ERR_SUCCESS, DSQueueBuffer(stream, buffer));
+            char met = 1;
+            if (number > 0) continue;
+            ASSERT_EQ(1, ::write(meeting, &met, 1));
+            ASSERT_EQ(1, ::read(meeting, &met, 1)) << "the other consumer has ended before its first picture";
+        }
+    }
+
+ private:
+    void TestBody() override {}
+};
+
+TEST(GenTLSeveral, TwoProcessesStreamAtOnce) {
+    std::array<int, 2> meeting{};
+    ASSERT_EQ(0, socketpair(AF_UNIX, SOCK_STREAM, 0, meeting.data()));
+    std::array<pid_t, 2> consumers{};
+    std::fflush(nullptr);
+    for (std::size_t i = 0; i < consumers.size(); ++i) {
+        consumers[i] = fork();
+        if (consumers[i] != 0) continue;
+        close(meeting[1 - i]);
+        [&]() noexcept { Consumer().take(i == 0 ? 64 : 128, meeting[i]); }();
+        std::exit(HasFailure() ? EXIT_FAILURE : EXIT_SUCCESS);
+    }
+    for (const int end : meeting) close(end);
+    for (const pid_t consumer : consumers) {
+        int status = -1;
+        ASSERT_EQ(consumer, waitpid(consumer, &status, 0));
+        EXPECT_EQ(0, status);
+    }
 }
 
 }  // namespace
