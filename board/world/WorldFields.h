@@ -54,15 +54,18 @@ inline constexpr std::string_view kDefectKinds[] = {"spot", "scratch", "colourSh
 // In the order of Bayer.h.
 inline constexpr std::string_view kPhases[] = {"GBRG", "BGGR", "RGGB", "GRBG"};
 
+/// When something changes, in a list of changes.
+inline constexpr FieldText kMoment{.name = "at",
+                                   .about = "Time since the world was given to the board; ascending.",
+                                   .unit = "ms",
+                                   .maximum = kMostTime,
+                                   .required = true};
+
 template <>
 struct Fields<SpeedText> {
     static constexpr std::string_view about = "A moment of a speed profile.";
     static constexpr auto fields =
-        std::tuple(field(&SpeedText::at, {.name = "at",
-                                          .about = "Time since the world was given to the board; ascending.",
-                                          .unit = "ms",
-                                          .maximum = kMostTime,
-                                          .required = true}),
+        std::tuple(field(&SpeedText::at, kMoment),
                    field(&SpeedText::speed, {.name = "speed",
                                              .about = "Speed at that time; negative: backwards.",
                                              .unit = "mm/s",
@@ -135,11 +138,7 @@ template <>
 struct Fields<EdgeText> {
     static constexpr std::string_view about = "A change of an input's level.";
     static constexpr auto fields = std::tuple(
-        field(&EdgeText::at, {.name = "at",
-                              .about = "Time since the world was given to the board; ascending.",
-                              .unit = "ms",
-                              .maximum = kMostTime,
-                              .required = true}),
+        field(&EdgeText::at, kMoment),
         field(&EdgeText::high, {.name = "high", .about = "The level from then on.", .required = true}));
 };
 
