@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <span>
+#include <string>
 #include <string_view>
 #include <type_traits>
 
@@ -62,6 +63,18 @@ class Answer {
 /// An id or a name that a call answers.
 inline void answerText(std::string_view text, char* buffer, std::size_t* size) {
     Answer(nullptr, buffer, size).text(text);
+}
+
+/// Texts of features are cut to this many bytes, with their end.
+inline constexpr std::size_t kTextBytes = 1024;
+
+/// A text that an information function answers: `ask` is given the buffer and its size.
+template <class Ask>
+std::string answeredText(Ask ask) {
+    std::string buffer(kTextBytes, '\0');
+    std::size_t size = buffer.size();
+    ask(buffer.data(), &size);
+    return buffer.c_str();
 }
 
 /// A command that an information function does not know.

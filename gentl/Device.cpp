@@ -96,20 +96,18 @@ void Device::close() {
 void Device::describe(NodeMap& nodes) {
     const std::string category = "DeviceInformation";
     const auto text = [&](const char* name, DEVICE_INFO_CMD command, const char* toolTip) {
-        nodes.text({.name = name, .category = category, .toolTip = toolTip}, {.read = [this, command] {
-                       std::string buffer(kTextBytes, '\0');
-                       std::size_t size = buffer.size();
-                       info(command, nullptr, buffer.data(), &size);
-                       return std::string(buffer.c_str());
-                   }});
+        nodes.text(
+            {.name = name, .category = category, .toolTip = toolTip}, {.read = [this, command] {
+                return answeredText([&](char* out, std::size_t* size) { info(command, nullptr, out, size); });
+            }});
     };
     text("DeviceID", DEVICE_INFO_ID, "Id of the device");
     text("DeviceVendorName", DEVICE_INFO_VENDOR, "Maker of the device");
     text("DeviceModelName", DEVICE_INFO_MODEL, "Name of the device");
     text("DeviceDisplayName", DEVICE_INFO_DISPLAYNAME, "Name to show");
     text("DeviceSerialNumber", DEVICE_INFO_SERIAL_NUMBER, "Serial number of the device");
-    nodes.enumeration({.name = "DeviceType", .category = category, .toolTip = "Transport layer"},
-                      {{.name = "CameraLink", .value = 0}}, {.read = [] { return 0; }});
+    nodes.onlyChoice({.name = "DeviceType", .category = category, .toolTip = "Transport layer"},
+                     {.name = kTechnologyName, .value = 0});
     nodes.enumeration(
         {.name = "DeviceAccessStatus", .category = category, .toolTip = "How the device is open"},
         {{.name = "OpenReadWrite", .value = DEVICE_ACCESS_STATUS_OPEN_READWRITE},
@@ -120,19 +118,11 @@ void Device::describe(NodeMap& nodes) {
         }});
 
     const std::string list = "StreamEnumeration";
-    nodes.integer({.name = "StreamSelector",
-                   .category = list,
-                   .toolTip = "Which data stream the features below are about",
-                   .selects = {"StreamID"}},
-                  {.read = [] { return 0; },
-                   .write =
-                       [](std::int64_t index) {
-                           if (index != 0)
-                               throw Error(GC_ERR_INVALID_VALUE, "a device has one data stream, 0");
-                       },
-                   .minimum = [] { return 0; },
-                   .maximum = [] { return 0; },
-                   .increment = [] { return 1; }});
+    nodes.onlyIndex({.name = "StreamSelector",
+                     .category = list,
+                     .toolTip = "Which data stream the features below are about",
+                     .selects = {"StreamID"}},
+                    "a device has one data stream, 0");
     nodes.text({.name = "StreamID", .category = list, .toolTip = "Id of the data stream"},
                {.read = [this] { return streamId(0); }});
     remote_->describeBoard(nodes);

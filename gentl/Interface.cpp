@@ -69,8 +69,8 @@ void Interface::describe(NodeMap& nodes) {
     const std::string category = "InterfaceInformation";
     nodes.text({.name = "InterfaceID", .category = category, .toolTip = "Id of the interface"},
                {.read = [this] { return id(); }});
-    nodes.enumeration({.name = "InterfaceType", .category = category, .toolTip = "Transport layer"},
-                      {{.name = "CameraLink", .value = 0}}, {.read = [] { return 0; }});
+    nodes.onlyChoice({.name = "InterfaceType", .category = category, .toolTip = "Transport layer"},
+                     {.name = kTechnologyName, .value = 0});
     nodes.text({.name = "WorldFile",
                 .category = category,
                 .toolTip = "The file that says what stands around the board; empty for the built-in scene"},
@@ -80,31 +80,22 @@ void Interface::describe(NodeMap& nodes) {
     nodes.command(
         {.name = "DeviceUpdateList", .category = list, .toolTip = "Looks for the interface's device again"},
         [this] { update(); });
-    nodes.integer({.name = "DeviceSelector",
-                   .category = list,
-                   .toolTip = "Which device the features below are about",
-                   .movedBy = {"DeviceUpdateList"},
-                   .selects = {"DeviceID", "DeviceVendorName", "DeviceModelName", "DeviceSerialNumber",
-                               "DeviceVersion", "DeviceAccessStatus"}},
-                  {.read = [] { return 0; },
-                   .write =
-                       [](std::int64_t index) {
-                           if (index != 0)
-                               throw Error(GC_ERR_INVALID_VALUE, "an interface has one device, 0");
-                       },
-                   .minimum = [] { return 0; },
-                   .maximum = [] { return 0; },
-                   .increment = [] { return 1; }});
+    nodes.onlyIndex({.name = "DeviceSelector",
+                     .category = list,
+                     .toolTip = "Which device the features below are about",
+                     .movedBy = {"DeviceUpdateList"},
+                     .selects = {"DeviceID", "DeviceVendorName", "DeviceModelName", "DeviceSerialNumber",
+                                 "DeviceVersion", "DeviceAccessStatus"}},
+                    "an interface has one device, 0");
     const auto answer = [this](DEVICE_INFO_CMD command, void* buffer, std::size_t size) {
         const std::lock_guard lock(mutex_);
         gentl::deviceInfo(*this, idOfDevice(), device_.get(), command, nullptr, buffer, &size);
     };
     const auto text = [&](const char* name, DEVICE_INFO_CMD command, const char* toolTip) {
-        nodes.text({.name = name, .category = list, .toolTip = toolTip}, {.read = [answer, command] {
-                       std::string buffer(kTextBytes, '\0');
-                       answer(command, buffer.data(), buffer.size());
-                       return std::string(buffer.c_str());
-                   }});
+        nodes.text(
+            {.name = name, .category = list, .toolTip = toolTip}, {.read = [answer, command] {
+                return answeredText([&](char* out, std::size_t* size) { answer(command, out, *size); });
+            }});
     };
     text("DeviceID", DEVICE_INFO_ID, "Id of the device");
     text("DeviceVendorName", DEVICE_INFO_VENDOR, "Maker of the device");

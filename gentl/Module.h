@@ -14,6 +14,8 @@ namespace marovine::gentl {
 
 /// Technology type of everything here.
 inline constexpr const char* kTechnology = "CL";
+/// The same as the entry of a feature.
+inline constexpr const char* kTechnologyName = "CameraLink";
 /// Version of the interface that the producer speaks.
 inline constexpr std::uint32_t kVersionMajor = 1;
 inline constexpr std::uint32_t kVersionMinor = 5;

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstring>
 #include <type_traits>
 #include <utility>
 
-#include "gentl/Error.h"
+#include "gentl/Answer.h"
+#include "gentl/XmlText.h"
 
 namespace marovine::gentl {
 
@@ -15,35 +15,6 @@ namespace {
 
 constexpr std::string_view kSeparator = " > ";
 constexpr std::array kVisibilities{"Beginner", "Expert", "Guru", "Invisible"};
-
-std::string escaped(std::string_view text) {
-    std::string result;
-    for (const char c : text) {
-        if (c == '&')
-            result += "&amp;";
-        else if (c == '<')
-            result += "&lt;";
-        else if (c == '>')
-            result += "&gt;";
-        else if (c == '"')
-            result += "&quot;";
-        else
-            result += c;
-    }
-    return result;
-}
-
-std::string xmlElement(std::string_view name, std::string_view value) {
-    std::string text = "    <";
-    ((text += name) += '>') += escaped(value);
-    ((text += "</") += name) += ">\n";
-    return text;
-}
-
-std::string hexadecimal(std::uint64_t number) {
-    std::array<char, 16> digits{};
-    return {digits.data(), std::to_chars(digits.begin(), digits.end(), number, 16).ptr};
-}
 
 /// The node's name of a category: its path without what names may not hold.
 std::string categoryName(std::string_view path) {
@@ -123,7 +94,9 @@ void NodeMap::end(std::string_view node) {
     nodes_ += "  </" + std::string(node) + ">\n";
 }
 
-void NodeMap::file(const Feature& feature) {
+void NodeMap::end(std::string_view node, const Feature& feature, Parts parts) {
+    end(node);
+    parts_[feature.name] = std::move(parts);
     if (feature.category.empty()) return;
     if (!categories_.contains(feature.category)) categoryOrder_.push_back(feature.category);
     categories_[feature.category].push_back(feature.name);
@@ -204,9 +177,7 @@ void NodeMap::integer(const Feature& feature, const Access<std::int64_t>& access
     nodes_ += parts.range;
     element("Unit", feature.unit);
     list("pSelected", feature.selects);
-    end("Integer");
-    parts_[feature.name] = std::move(parts);
-    file(feature);
+    end("Integer", feature, std::move(parts));
 }
 
 void NodeMap::real(const Feature& feature, const Access<double>& access) {
@@ -217,9 +188,7 @@ void NodeMap::real(const Feature& feature, const Access<double>& access) {
     element("pValue", value);
     nodes_ += parts.range;
     element("Unit", feature.unit);
-    end("Float");
-    parts_[feature.name] = std::move(parts);
-    file(feature);
+    end("Float", feature, std::move(parts));
 }
 
 void NodeMap::boolean(const Feature& feature, const Access<std::int64_t>& access) {
@@ -229,9 +198,7 @@ void NodeMap::boolean(const Feature& feature, const Access<std::int64_t>& access
     element("pValue", value);
     element("OnValue", "1");
     element("OffValue", "0");
-    end("Boolean");
-    parts_[feature.name] = std::move(parts);
-    file(feature);
+    end("Boolean", feature, std::move(parts));
 }
 
 void NodeMap::text(const Feature& feature, const TextAccess& access) {
@@ -254,9 +221,7 @@ void NodeMap::text(const Feature& feature, const TextAccess& access) {
     registerNode("StringReg", value, std::move(content), feature.readOut);
     begin("String", feature, parts.access);
     element("pValue", value);
-    end("String");
-    parts_[feature.name] = std::move(parts);
-    file(feature);
+    end("String", feature, std::move(parts));
 }
 
 void NodeMap::enumeration(const Feature& feature, const std::vector<EntryNode>& entries,
@@ -272,9 +237,23 @@ void NodeMap::enumeration(const Feature& feature, const std::vector<EntryNode>& 
     nodes_ += parts.entries;
     element("pValue", value);
     list("pSelected", feature.selects);
-    end("Enumeration");
-    parts_[feature.name] = std::move(parts);
-    file(feature);
+    end("Enumeration", feature, std::move(parts));
+}
+
+void NodeMap::onlyChoice(const Feature& feature, const EntryNode& entry) {
+    enumeration(feature, {entry}, {.read = [value = entry.value] { return value; }});
+}
+
+void NodeMap::onlyIndex(const Feature& feature, const std::string& refusal) {
+    const auto zero = [] { return 0; };
+    integer(feature, {.read = zero,
+                      .write =
+                          [refusal](std::int64_t index) {
+                              if (index != 0) throw Error(GC_ERR_INVALID_VALUE, refusal);
+                          },
+                      .minimum = zero,
+                      .maximum = zero,
+                      .increment = [] { return 1; }});
 }
 
 void NodeMap::command(const Feature& feature, const std::function<void()>& run,
@@ -289,9 +268,7 @@ void NodeMap::command(const Feature& feature, const std::function<void()>& run,
     begin("Command", feature, parts.access);
     element("pValue", value);
     element("CommandValue", "1");
-    end("Command");
-    parts_[feature.name] = std::move(parts);
-    file(feature);
+    end("Command", feature, std::move(parts));
 }
 
 void NodeMap::table(const Feature& feature, const TableAccess& access) {
@@ -330,9 +307,7 @@ void NodeMap::table(const Feature& feature, const TableAccess& access) {
     element("pPort", port_);
     element("Cachable", "NoCache");
     list("pInvalidator", feature.movedBy);
-    end("Register");
-    parts_[feature.name] = std::move(parts);
-    file(feature);
+    end("Register", feature, std::move(parts));
 }
 
 // ---- features made of others ----
@@ -347,9 +322,7 @@ void NodeMap::alias(const Feature& feature, const std::string& target) {
     element("pValue", parts.kind == Kind::Enumeration ? target + "Value" : target);
     nodes_ += parts.range;
     element("Unit", parts.unit);
-    end(node);
-    parts_[feature.name] = Parts(parts);
-    file(feature);
+    end(node, feature, Parts(parts));
 }
 
 void NodeMap::converted(const Feature& feature, const std::string& target, std::string_view to,
@@ -361,9 +334,7 @@ void NodeMap::converted(const Feature& feature, const std::string& target, std::
     element("pValue", target);
     element("Unit", feature.unit);
     element("Slope", "Automatic");
-    end("Converter");
-    parts_[feature.name] = {};
-    file(feature);
+    end("Converter", feature, {});
 }
 
 void NodeMap::computed(const Feature& feature, const std::vector<std::string>& from,
@@ -377,9 +348,7 @@ void NodeMap::computed(const Feature& feature, const std::vector<std::string>& f
             .append("</pVariable>\n");
     element("Formula", formula);
     element("Unit", feature.unit);
-    end("IntSwissKnife");
-    parts_[feature.name] = {};
-    file(feature);
+    end("IntSwissKnife", feature, {});
 }
 
 void NodeMap::eventData(const Feature& feature, std::uint64_t event, std::size_t offset) {
@@ -400,9 +369,7 @@ void NodeMap::eventData(const Feature& feature, std::uint64_t event, std::size_t
     begin("Integer", feature, {});
     element("pValue", feature.name + "Value");
     element("Unit", feature.unit);
-    end("Integer");
-    parts_[feature.name] = {};
-    file(feature);
+    end("Integer", feature, {});
 }
 
 // ---- the document ----

@@ -68,9 +68,6 @@ struct EntryNode {
     std::string displayName{};
 };
 
-/// Texts are cut to this many bytes, with their end.
-inline constexpr std::size_t kTextBytes = 1024;
-
 class NodeMap {
  public:
     /// `port` is the name under which a consumer connects the port; `model` names the document.
@@ -82,6 +79,10 @@ class NodeMap {
     void text(const Feature& feature, const TextAccess& access);
     void enumeration(const Feature& feature, const std::vector<EntryNode>& entries,
                      const Access<std::int64_t>& access);
+    /// An enumeration of one entry, which it always has.
+    void onlyChoice(const Feature& feature, const EntryNode& entry);
+    /// A selector whose one index is 0; `refusal` says so to who writes another.
+    void onlyIndex(const Feature& feature, const std::string& refusal);
     /// `run` is called when 1 is written; `isDone` is asked until it is, where given.
     void command(const Feature& feature, const std::function<void()>& run,
                  const std::function<bool()>& isDone = {});
@@ -118,6 +119,8 @@ class NodeMap {
     std::string guards(const Feature& feature);
     void begin(std::string_view node, const Feature& feature, std::string_view access);
     void end(std::string_view node);
+    /// Ends the node of a feature and puts it into its category.
+    void end(std::string_view node, const Feature& feature, Parts parts);
     void element(std::string_view name, std::string_view value);
     void list(std::string_view name, const std::vector<std::string>& values);
     template <class T>
@@ -126,7 +129,6 @@ class NodeMap {
     std::string rangeOf(const std::string& name, const Access<T>& access, Width width);
     void registerNode(std::string_view node, const std::string& name, Register content, bool readOut,
                       std::string_view more = {});
-    void file(const Feature& feature);
 
     std::string port_;
     std::string head_;

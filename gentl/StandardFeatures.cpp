@@ -138,8 +138,8 @@ void RemoteDevice::describeDevice(NodeMap& nodes) {
     text("DeviceVersion", identity::version, "Version of the device");
     text("DeviceFirmwareVersion", identity::build, "Version of the applet's build");
     text("DeviceSerialNumber", id(), "Serial number of the device");
-    nodes.enumeration({.name = "DeviceScanType", .category = kDevice, .toolTip = "How the sensor scans"},
-                      {{.name = "Linescan", .value = 1}}, {.read = [] { return 1; }});
+    nodes.onlyChoice({.name = "DeviceScanType", .category = kDevice, .toolTip = "How the sensor scans"},
+                     {.name = "Linescan", .value = 1});
     constexpr std::array kNaming{std::pair{"DeviceSFNCVersionMajor", 2},
                                  std::pair{"DeviceSFNCVersionMinor", 4},
                                  std::pair{"DeviceSFNCVersionSubMinor", 0}};

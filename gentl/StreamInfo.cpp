@@ -128,8 +128,8 @@ void Stream::describe(NodeMap& nodes) {
     const std::string category = "StreamInformation";
     nodes.text({.name = "StreamID", .category = category, .toolTip = "Id of the data stream"},
                {.read = [this] { return id(); }});
-    nodes.enumeration({.name = "StreamType", .category = category, .toolTip = "Transport layer"},
-                      {{.name = "CameraLink", .value = 0}}, {.read = [] { return 0; }});
+    nodes.onlyChoice({.name = "StreamType", .category = category, .toolTip = "Transport layer"},
+                     {.name = kTechnologyName, .value = 0});
     const auto number = [&](const char* name, STREAM_INFO_CMD command, const char* toolTip) {
         nodes.integer({.name = name, .category = category, .toolTip = toolTip, .readOut = true},
                       {.read = [this, command] {
@@ -157,10 +157,10 @@ void Stream::describe(NodeMap& nodes) {
                       const std::lock_guard lock(mutex_);
                       return isGrabbing() ? 1 : 0;
                   }});
-    nodes.enumeration({.name = "StreamBufferHandlingMode",
-                       .category = category,
-                       .toolTip = "Pictures are delivered in their order"},
-                      {{.name = "OldestFirst", .value = 1}}, {.read = [] { return 1; }});
+    nodes.onlyChoice({.name = "StreamBufferHandlingMode",
+                      .category = category,
+                      .toolTip = "Pictures are delivered in their order"},
+                     {.name = "OldestFirst", .value = 1});
 }
 
 // ---- a buffer ----

@@ -153,10 +153,8 @@ void System::describe(NodeMap& nodes) {
     const std::string category = "SystemInformation";
     const auto text = [&](const char* name, TL_INFO_CMD command, const char* toolTip) {
         nodes.text({.name = name, .category = category, .toolTip = toolTip}, {.read = [command] {
-                       std::string buffer(kTextBytes, '\0');
-                       std::size_t size = buffer.size();
-                       systemInfo(command, nullptr, buffer.data(), &size);
-                       return std::string(buffer.c_str());
+                       return answeredText(
+                           [&](char* out, std::size_t* size) { systemInfo(command, nullptr, out, size); });
                    }});
     };
     text("TLID", TL_INFO_ID, "Id of the producer");
@@ -166,8 +164,8 @@ void System::describe(NodeMap& nodes) {
     text("TLFileName", TL_INFO_NAME, "File name of the producer");
     text("TLPath", TL_INFO_PATHNAME, "The producer's file");
     text("TLDisplayName", TL_INFO_DISPLAYNAME, "Name to show");
-    nodes.enumeration({.name = "TLType", .category = category, .toolTip = "Transport layer"},
-                      {{.name = "CameraLink", .value = 0}}, {.read = [] { return 0; }});
+    nodes.onlyChoice({.name = "TLType", .category = category, .toolTip = "Transport layer"},
+                     {.name = kTechnologyName, .value = 0});
     const auto number = [&](const char* name, std::int64_t value, const char* toolTip) {
         nodes.integer(
             {.name = name, .category = category, .toolTip = toolTip, .visibility = Visibility::Expert},
@@ -206,11 +204,10 @@ void System::describe(NodeMap& nodes) {
         nodes.text({.name = name, .category = list, .toolTip = toolTip, .movedBy = {"InterfaceSelector"}},
                    {.read = [this, selected, command] {
                        if (selected() < 0) return std::string();
-                       std::string buffer(kTextBytes, '\0');
-                       std::size_t size = buffer.size();
-                       interfaceInfo(interfaceId(static_cast<std::uint32_t>(selected())), command, nullptr,
-                                     buffer.data(), &size);
-                       return std::string(buffer.c_str());
+                       const auto id = interfaceId(static_cast<std::uint32_t>(selected()));
+                       return answeredText([&](char* out, std::size_t* size) {
+                           interfaceInfo(id, command, nullptr, out, size);
+                       });
                    }});
     };
     ofSelected("InterfaceID", INTERFACE_INFO_ID, "Id of the selected interface");
