@@ -289,6 +289,18 @@ TEST(LineStream, aLongTimeOfAnySteadySourceCostsNothing) {
     EXPECT_NEAR(bench.counts[kLineStart], 31'536'000 * 1e5, 1);
 }
 
+TEST(LineStream, looksAheadAsFarAsItCan) {
+    Belt swing{.objectPixel = 0.01, .encoderPitch = 0.1};
+    swing.profile = {{0, 0.01}, {0.5, 0.01}, {0.5, -0.01}, {1, -0.01}};
+    swing.profilePeriod = 1;
+    Bench bench(DesignSettings{}, swing);
+    bench.stream.setEncoder({.inputA = 1, .inputB = 2}, 0);
+    bench.stream.watchInputs(1u << 2, 0);  // track B has its edges where this belt never comes
+    EXPECT_GT(bench.stream.inputNotBefore(), BoardTime{100} * 1'000'000'000);
+    bench.stream.setBelt({.speed = 0}, true, 0);
+    EXPECT_EQ(bench.stream.inputNotBefore(), std::nullopt);
+}
+
 TEST(LineStream, refusesABeltAndAnInputThatCannotBe) {
     Bench bench({});
     for (const Belt& belt :

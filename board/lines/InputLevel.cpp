@@ -1,5 +1,6 @@
 #include "board/lines/InputLevel.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -207,8 +208,16 @@ std::optional<DebouncedInput::Step> DebouncedInput::train(const InputLevel::Piec
 
 std::optional<BoardTime> DebouncedInput::notBefore() const {
     if (candidate_) return candidate_->at + debounce_;
-    const auto change = level_->nextChange(seen_, ConstantLevel::kNever - 1);
-    return change ? std::optional(*change + debounce_) : std::nullopt;
+    // A belt that swings between two edges goes on for ever: what has not been found soon is left for later.
+    constexpr int kPieces = 1000;
+    BoardTime seen = seen_;
+    for (int left = kPieces; left > 0; --left) {
+        const BoardTime end = std::min(level_->at(seen).until, ConstantLevel::kNever - 1);
+        if (const auto change = level_->nextChange(seen, end)) return *change + debounce_;
+        if (end == ConstantLevel::kNever - 1) return std::nullopt;
+        seen = end;
+    }
+    return seen + debounce_;
 }
 
 }  // namespace virtualboard
