@@ -7,6 +7,10 @@
 
 #include "base/ThreadSafety.h"
 
+namespace tavr::templates::platform {
+class CriticalSectionScope;
+}
+
 namespace tavr::templates::patterns {
 
 /// Throws `std::logic_error` with `text`. Kept out of line: the guards stay small, and a call from a
@@ -36,6 +40,25 @@ class IS_LOCK GenericLock {
 
  protected:
     friend class GenericLockGuard;
+    friend class platform::CriticalSectionScope;
+
+    // What guards do. A lock that was just acquired is marked as held; one that another guard of this thread
+    // holds was not really acquired, is released again and reported.
+    void mark() NOT_CHECKED {
+        if (locked_) {
+            release();
+            reportLockMisuse("GenericLock object got lock but is already marked as locked");
+        }
+        locked_ = true;
+    }
+    /// Before the lock is given back.
+    void unmark() {
+        if (!locked_) {
+            reportLockMisuse("GenericLock::leave() called with lock not held");
+        }
+        locked_ = false;
+    }
+
     bool locked_ = false;  ///< a guard holds the lock; only guards change it
 };
 
@@ -98,20 +121,13 @@ class IS_SCOPED_LOCK GenericLockGuard : public Guard<GenericLock*> {
     /// Makes a lock that was just acquired this guard's.
     template <typename Lock>
     void adopt(Lock& lock, bool ownsLock) NOT_CHECKED {
-        if (static_cast<GenericLock&>(lock).locked_) {
-            lock.release();
-            reportLockMisuse("GenericLock object got lock but is already marked as locked");
-        }
-        static_cast<GenericLock&>(lock).locked_ = true;
+        static_cast<GenericLock&>(lock).mark();
         setHeld(ownsLock);
     }
 
     template <typename Lock>
     void leave(Lock& lock) NOT_CHECKED {
-        if (!static_cast<GenericLock&>(lock).locked_) {
-            reportLockMisuse("GenericLock::leave() called with lock not held");
-        }
-        static_cast<GenericLock&>(lock).locked_ = false;
+        static_cast<GenericLock&>(lock).unmark();
         locked_ = false;
         lock.release();
     }
@@ -160,6 +176,25 @@ class IS_SCOPED_LOCK CriticalSectionGuard final : public patterns::GenericLockGu
             leave(static_cast<CriticalSection&>(*lock_));
         }
     }
+};
+
+/// Holds a `CriticalSection` for a scope of one function, with the checks of a `CriticalSectionGuard`. It has
+/// no class of its own at run time and owns no lock, so that nothing of it is kept but the lock.
+class IS_SCOPED_LOCK CriticalSectionScope final {
+ public:
+    explicit CriticalSectionScope(CriticalSection* lock) TAKES(lock) NOT_CHECKED : lock_(*lock) {
+        lock_.acquire();
+        static_cast<patterns::GenericLock&>(lock_).mark();
+    }
+    CriticalSectionScope(const CriticalSectionScope&) = delete;
+    CriticalSectionScope& operator=(const CriticalSectionScope&) = delete;
+    ~CriticalSectionScope() GIVES_BACK() NOT_CHECKED {
+        static_cast<patterns::GenericLock&>(lock_).unmark();
+        lock_.release();
+    }
+
+ private:
+    CriticalSection& lock_;
 };
 
 /// Holds a `CriticalSection` for a scope, except where the thread holds it already: for work that is asked

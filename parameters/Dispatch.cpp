@@ -11,6 +11,7 @@
 #include "tables/SdkParameterSearch.h"
 
 namespace error = marovine::error;
+using marovine::CachedNumber;
 using marovine::kDesignIdBase;
 using marovine::kRegisterIdBase;
 
@@ -60,8 +61,8 @@ void require(int code) {
 }
 
 const marovine::ParameterHandlers* findHandlers(int id) {
-    const auto position = marovine::positionOf(id);
-    return position ? &marovine::parameterHandlers[*position] : nullptr;
+    if (const auto position = marovine::positionOf(id)) return &marovine::parameterHandlers[*position];
+    return nullptr;
 }
 
 /// Copies a number of 4 or 8 bytes without asking which: its first and its last four bytes.
@@ -74,36 +75,48 @@ bool isDmaChannel(int dmaIndex) {
     return dmaIndex == 0;
 }
 
+/// Where the number lies that the cache gives for an id; of size 0 for any other.
+CachedNumber cachedNumber(int id) {
+    const auto position = marovine::positionOf(id);
+    return position ? marovine::cachedNumbers[*position] : CachedNumber{};
+}
+
 }  // namespace
 
-inline bool FgGxWrapperImpl::giveCachedNumber(int id, void* destination) const {
-    const auto position = marovine::positionOf(id);
-    if (!position) return false;
-    const auto [offset, size] = marovine::cachedNumbers[*position];
-    if (size != 0) copyNumber(destination, reinterpret_cast<const std::byte*>(&cache_) + offset, size);
-    return size != 0;
+inline void FgGxWrapperImpl::giveCachedNumber(CachedNumber number, void* destination) const {
+    copyNumber(destination, reinterpret_cast<const std::byte*>(&cache_) + number.offset, number.size);
 }
 
 // ---- locked entries ----
 
+// What serves an id is fixed, so that it is looked up before the lock is taken.
+
 int FgGxWrapperImpl::Fg_setParameterWithType(int id, const void* value, int dmaIndex, FgParamTypes type) {
     if (value == nullptr) return setError(error::invalidArgument);
-    const tavr::templates::platform::CriticalSectionGuard guard(&lock_);
+    const auto* handlers = findHandlers(id);
+    const tavr::templates::platform::CriticalSectionScope guard(&lock_);
     if (id > kDesignIdBase)
         return setError(setUnwrappedParameterWithType(id - kDesignIdBase, value, dmaIndex, type));
     if (directRegisterAccess && id > kRegisterIdBase)
         return setError(writeRegister(id - kRegisterIdBase, value));
     return setError(codeOf([&] {
         lock_.saidToBeHeld();  // the checker sees no further than this body
-        return trySet(id, value, dmaIndex, type);
+        return trySet(id, handlers, value, dmaIndex, type);
     }));
 }
 
 int FgGxWrapperImpl::Fg_getParameterWithType(int id, void* value, int dmaIndex, FgParamTypes type) {
     if (value == nullptr) return setError(error::invalidArgument);
-    const tavr::templates::platform::CriticalSectionGuard guard(&lock_);
     // The shortest way for what is asked most.
-    if (isDmaChannel(dmaIndex) && giveCachedNumber(id, value)) return setError(error::success);
+    const auto number = isDmaChannel(dmaIndex) ? cachedNumber(id) : CachedNumber{};
+    if (number.size == 0) return getOther(id, value, dmaIndex, type);
+    const tavr::templates::platform::CriticalSectionScope guard(&lock_);
+    giveCachedNumber(number, value);
+    return setError(error::success);
+}
+
+int FgGxWrapperImpl::getOther(int id, void* value, int dmaIndex, FgParamTypes type) {
+    const tavr::templates::platform::CriticalSectionScope guard(&lock_);
     if (id > kDesignIdBase)
         return setError(getUnwrappedParameterWithType(id - kDesignIdBase, value, dmaIndex, type));
     if (directRegisterAccess && id > kRegisterIdBase)
@@ -153,7 +166,7 @@ int FgGxWrapperImpl::readRegister(int number, void* value) const {
 // ---- dispatch ----
 
 void FgGxWrapperImpl::setParameterWithType(int id, const void* value, int dmaIndex, FgParamTypes type) {
-    require(trySet(id, value, dmaIndex, type));
+    require(trySet(id, findHandlers(id), value, dmaIndex, type));
 }
 
 void FgGxWrapperImpl::getParameterWithType(int id, void* value, int dmaIndex, FgParamTypes type) {
@@ -166,9 +179,11 @@ int FgGxWrapperImpl::unknownParameter(const char* verb, int id) const {
     return error::invalidArgument;
 }
 
-int FgGxWrapperImpl::trySet(int id, const void* value, int dmaIndex, FgParamTypes type) {
+/// A part of the locked set: a call more would be felt there.
+[[gnu::always_inline]] inline int FgGxWrapperImpl::trySet(int id, const marovine::ParameterHandlers* handlers,
+                                                          const void* value, int dmaIndex,
+                                                          FgParamTypes type) {
     if (!isDmaChannel(dmaIndex)) return error::invalidArgument;
-    const auto* handlers = findHandlers(id);
     if (handlers == nullptr && id != kDescriptionId) return unknownParameter("set", id);
     const auto refuse = [&](const char* name) {
         marovine::logLine(*getDefaultLogger(), marovine::kLogLookup,
@@ -209,7 +224,10 @@ int FgGxWrapperImpl::tryGet(int id, void* value, int dmaIndex, FgParamTypes type
         giveDescription(value, type);
         return error::success;
     }
-    if (giveCachedNumber(id, value)) return error::success;
+    if (const auto number = marovine::cachedNumbers[*position]; number.size != 0) {
+        giveCachedNumber(number, value);
+        return error::success;
+    }
 
     const auto& handlers = marovine::parameterHandlers[*position];
     const auto fromCache = [&] {

@@ -33,6 +33,8 @@
 
 namespace marovine {
 enum class Route : std::uint8_t;
+struct CachedNumber;
+struct ParameterHandlers;
 /// Longest text that a getter may write, without its terminator.
 inline constexpr std::size_t kTextRoom = 655360;
 
@@ -302,10 +304,12 @@ class FgGxWrapperImpl final : public FgGxWrapper {
     int writeRegister(int number, const void* value) const NEEDS(lock_);
     int readRegister(int number, void* value) const NEEDS(lock_);
     /// The typed access; most failures are returned as their code, those from deep inside are thrown.
-    int trySet(int id, const void* value, int dmaIndex, FgParamTypes type) NEEDS(lock_);
+    int trySet(int id, const marovine::ParameterHandlers* handlers, const void* value, int dmaIndex,
+               FgParamTypes type) NEEDS(lock_);
     int tryGet(int id, void* value, int dmaIndex, FgParamTypes type) NEEDS(lock_);
-    /// Writes the value of a parameter that the cache answers with a number; false for any other.
-    bool giveCachedNumber(int id, void* destination) const;
+    /// The locked get of what is no number in the cache.
+    int getOther(int id, void* value, int dmaIndex, FgParamTypes type);
+    void giveCachedNumber(marovine::CachedNumber number, void* destination) const NEEDS(lock_);
     int unknownParameter(const char* verb, int id) const;
     template <class WriteText>
     void giveText(void* value, FgParamTypes type, WriteText&& writeText);

@@ -68,14 +68,14 @@ constexpr CachedNumber numberIn(std::size_t field, ReadFrom read) {
 #define READ_InnerHandle(NAME) InnerHandle{}
 // clang-format on
 
-constexpr auto rows = std::to_array<ParameterHandlers>({
+constexpr std::array<ParameterHandlers, sdkParameterCount> rows{{
 #define PARAMETER(NAME, ID, TYPE, SET, READ, ...) \
     {.name = #NAME,                               \
      .set = SET_##SET(NAME),                      \
      .get = READ_##READ(NAME),                    \
      .slot = slotOf<&ParameterCache::NAME>()},
 #include "tables/SdkParameters.def"
-});
+}};
 
 static_assert(sizeof(ParameterCache) <= std::numeric_limits<std::uint16_t>::max());
 constexpr auto numbers = std::to_array<CachedNumber>({
@@ -161,7 +161,7 @@ void start(RoutedValue& field, const DefaultValue& value) {
 
 }  // namespace
 
-const std::span<const ParameterHandlers, sdkParameterCount> parameterHandlers = rows;
+constinit const std::array<ParameterHandlers, sdkParameterCount> parameterHandlers = rows;
 const std::array<CachedNumber, sdkParameterCount> cachedNumbers = numbers;
 
 ParameterCache::ParameterCache() {

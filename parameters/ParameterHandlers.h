@@ -5,7 +5,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <span>
 #include <string>
 #include <variant>
 
@@ -51,7 +50,7 @@ using GetHandler =
     std::variant<FromCache, Constant, Forwarded, InnerHandle, Getter<std::int32_t>, Getter<std::uint32_t>,
                  Getter<std::int64_t>, Getter<std::uint64_t>, Getter<double>, Getter<char>>;
 
-/// One row per SDK parameter, in list order.
+/// What serves one SDK parameter.
 struct ParameterHandlers {
     const char* name;
     SetHandler set;
@@ -59,7 +58,8 @@ struct ParameterHandlers {
     CacheSlot slot;
 };
 
-extern const std::span<const ParameterHandlers, sdkParameterCount> parameterHandlers;
+/// In list order.
+extern const std::array<ParameterHandlers, sdkParameterCount> parameterHandlers;
 
 /// A number in the cache that a read gives as it stands. It is most of what hosts read, so that it is known
 /// by its place alone.

@@ -99,9 +99,12 @@ class OnError {
     bool throws_ = false;
 };
 
+// Both are parts of their setters, which are on the path of every typed set: a call and what it takes to pass
+// the body along would cost more than most bodies.
+
 /// Where errors leave a setter: runs the body, and a code that it throws is the setter's.
 template <class Body>
-void leavingErrors(OnError onError, Body&& body) {
+[[gnu::always_inline]] inline void leavingErrors(OnError onError, Body&& body) {
     try {
         std::forward<Body>(body)();
     } catch (int code) {
@@ -112,7 +115,7 @@ void leavingErrors(OnError onError, Body&& body) {
 /// Checks, remembers, stores and carries out a setting. A refused value changes nothing; when the body
 /// throws, the cached value is put back, while what the body already wrote to the design stays written.
 template <class Cached, class T, class Body>
-void applySetting(Cached& cached, const T& value, Verdict verdict, OnError onError, Body&& body) {
+[[gnu::always_inline]] inline void applySetting(Cached& cached, const T& value, Verdict verdict, OnError onError, Body&& body) {
     if (verdict != error::success) return onError.fail(verdict);
     leavingErrors(onError, [&] {
         Restore<Cached> old(cached);
