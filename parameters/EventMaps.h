@@ -2,36 +2,41 @@
 
 /// The events of a design: from name to mask and back.
 
+#include <algorithm>
 #include <cstdint>
-#include <map>
+#include <deque>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace marovine {
 
 /// A mask has the bit of one event, or none for an event past the bits of a mask. Several names may lead to
-/// one mask; a mask leads to the name entered last, the empty mask to none.
+/// one mask; a mask leads to the name entered last, the empty mask to none. They are some dozens, asked for
+/// once by a host and entered at every opening, so that a list serves better than a tree.
 class EventMaps {
  public:
+    /// A name that is entered again has the new mask.
     void enter(std::string_view name, std::uint64_t mask) {
-        masks_.insert_or_assign(std::string(name), mask);
-        if (mask != 0) names_.insert_or_assign(mask, std::string(name));
+        // Pointers into the deque stay.
+        entered_.emplace_back(name, mask);
     }
     /// The mask of exactly this name; none when there is no such event.
     std::optional<std::uint64_t> maskOf(std::string_view name) const {
-        const auto found = masks_.find(name);
-        return found != masks_.end() ? std::optional(found->second) : std::nullopt;
+        const auto found = std::find_if(entered_.rbegin(), entered_.rend(),
+                                        [&](const auto& event) { return event.first == name; });
+        return found != entered_.rend() ? std::optional(found->second) : std::nullopt;
     }
     /// The name of exactly this mask, valid as long as the object; null when there is none.
     const char* nameOf(std::uint64_t mask) const {
-        const auto found = names_.find(mask);
-        return found != names_.end() ? found->second.c_str() : nullptr;
+        const auto found = std::find_if(entered_.rbegin(), entered_.rend(),
+                                        [&](const auto& event) { return event.second == mask && mask != 0; });
+        return found != entered_.rend() ? found->first.c_str() : nullptr;
     }
 
  private:
-    std::map<std::string, std::uint64_t, std::less<>> masks_;
-    std::map<std::uint64_t, std::string> names_;
+    std::deque<std::pair<std::string, std::uint64_t>> entered_;
 };
 
 }  // namespace marovine

@@ -1,8 +1,10 @@
 /// What an instance looks up once when it is opened: the names of the pseudo-parameters, the events, and the
 /// ids of the design parameters.
 
+#include <algorithm>
 #include <string_view>
-#include <unordered_map>
+#include <utility>
+#include <vector>
 
 #include "base/LogLine.h"
 #include "base/TrueWord.h"
@@ -58,17 +60,20 @@ void FgGxWrapperImpl::addDesignNames() {
 
 void FgGxWrapperImpl::buildEventMaps() {
     // The first event of a name counts.
-    std::unordered_map<std::string_view, std::uint64_t> masks;
+    std::vector<std::pair<std::string_view, std::uint64_t>> masks;
+    masks.reserve(kEventSearchLimit);
     for (int number = 0; number < kEventSearchLimit; ++number) {
         const HapEvent* event = HapGetEvent(designHandle(), number);
         if (event == nullptr) break;
         if (event->name == nullptr) continue;
         const std::uint64_t mask = number < 64 ? std::uint64_t{1} << number : 0;
-        masks.try_emplace(event->name, mask);
+        masks.emplace_back(event->name, mask);
         if (event->kind == 1) events_.enter(event->name, mask);
     }
     for (const auto& [sdkName, designName] : marovine::sdkEvents) {
-        const auto found = masks.find(designName);
+        const std::string_view name = designName;
+        const auto found =
+            std::find_if(masks.begin(), masks.end(), [&](const auto& event) { return event.first == name; });
         if (found != masks.end())
             events_.enter(sdkName, found->second);
         else

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "parameters/DesignTree.h"
@@ -23,18 +24,25 @@ class Groups {
 
     /// The group of a path such as "Digital I/O > GPO".
     RegisterInfo* at(std::string_view path) {
+        // Parameters of one group come in a row.
+        if (path != last_.first) last_ = {path, find(path)};
+        return last_.second;
+    }
+
+ private:
+    RegisterInfo* find(std::string_view path) {
         const auto known = groups_.find(path);
         if (known != groups_.end()) return known->second;
         constexpr std::string_view separator = " > ";
         const auto split = path.rfind(separator);
         const bool below = split != std::string_view::npos;
-        RegisterInfo* parent = below ? at(path.substr(0, split)) : nullptr;
+        RegisterInfo* parent = below ? find(path.substr(0, split)) : nullptr;
         const std::string name(below ? path.substr(split + separator.size()) : path);
         return groups_[path] = registry_.addGroupInfo(0, parent, name.c_str());
     }
 
- private:
     Fg_ParameterInfo& registry_;
+    std::pair<std::string_view, RegisterInfo*> last_{};
     std::unordered_map<std::string_view, RegisterInfo*> groups_;
 };
 
@@ -93,10 +101,17 @@ void FgGxWrapperImpl::enterInRegistryMap(RegisterInfo* node) {
 
 void FgGxWrapperImpl::createUserParameters() {
     Groups groups(parameterInfo());
+    std::array<RegisterInfo*, marovine::sdkParameterCount> nodes{};  // in list order
+    parameterInfo().expectConstantTexts(true);
     for (const auto index : marovine::catalogue) {
         const SdkParameter& row = rowOf(index);
-        enterInRegistryMap(std::visit(AddNode{parameterInfo(), groups.at(row.group), row}, row.range));
+        nodes[static_cast<std::size_t>(index)] =
+            std::visit(AddNode{parameterInfo(), groups.at(row.group), row}, row.range);
     }
+    parameterInfo().expectConstantTexts(false);
+    registryMaps_[0].reserve(marovine::describedCount);
+    for (const auto index : marovine::catalogueById)
+        enterInRegistryMap(nodes[static_cast<std::size_t>(index)]);
     if (directRegisterAccess) addRegisterGroup();
     if (!names_.designParameters().empty()) addDesignGroup();
     registryMaps_[0].settle();

@@ -22,7 +22,9 @@ void RuntimeFunctions::bind(void* library) {
 }
 
 void RegistryMap::settle() {
-    std::sort(nodes_.begin(), nodes_.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    // What comes in order costs no sorting.
+    const auto lower = [](const auto& a, const auto& b) { return a.first < b.first; };
+    if (!std::is_sorted(nodes_.begin(), nodes_.end(), lower)) std::sort(nodes_.begin(), nodes_.end(), lower);
 }
 
 RegisterInfo* RegistryMap::find(int id) const {

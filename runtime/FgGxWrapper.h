@@ -25,6 +25,7 @@ namespace marovine {
 /// Registry nodes of one process, ordered by SDK parameter id; the nodes belong to the registry.
 class RegistryMap {
  public:
+    void reserve(std::size_t count) { nodes_.reserve(count); }
     void insert(int id, RegisterInfo* node) { nodes_.emplace_back(id, node); }
     /// Orders what was inserted; lookups work from then on.
     void settle();

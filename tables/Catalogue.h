@@ -67,4 +67,11 @@ inline constexpr auto catalogue = [] {
     return result;
 }();
 
+/// The same parameters ordered by id.
+inline constexpr auto catalogueById = [] {
+    auto result = catalogue;
+    std::sort(result.begin(), result.end(), [](SdkIndex a, SdkIndex b) { return rowOf(a).id < rowOf(b).id; });
+    return result;
+}();
+
 }  // namespace marovine
