@@ -14,6 +14,9 @@ using marovine::LineReader;
 
 namespace {
 
+/// Bytes; more than a configuration has.
+constexpr std::size_t kFileRoom = std::size_t{32} * 1024;
+
 int refuse(char* destination) {
     marovine::copyText(marovine::MissingText, destination);
     return marovine::error::keyMissing;
@@ -22,17 +25,13 @@ int refuse(char* destination) {
 /// Reads on to the line that holds the key, for its value.
 std::optional<std::string_view> findValue(LineReader& reader, std::string_view section,
                                           std::string_view key) {
-    const auto nextLine = [&reader](auto matches) {
-        auto line = reader.next();
-        while (line && !matches(*line)) line = reader.next();
-        return line;
-    };
     reader.rewind();
-    if (!nextLine([&](std::string_view line) { return line.find(section) != line.npos; }))
-        return std::nullopt;
-    const auto line = nextLine([&](std::string_view candidate) {
-        return candidate.starts_with(key) && candidate.substr(key.size()).starts_with('=');
-    });
+    if (!reader.nextWith(section)) return std::nullopt;
+    const auto isOfKey = [key](std::string_view line) {
+        return line.starts_with(key) && line.substr(key.size()).starts_with('=');
+    };
+    auto line = reader.nextWith(key);
+    while (line && !isOfKey(*line)) line = reader.nextWith(key);
     return line ? std::optional(marovine::valueIn(*line)) : std::nullopt;
 }
 
@@ -42,6 +41,7 @@ Fg_ConfigFileParser::Fg_ConfigFileParser(Fg_Log* log, const char* fileName, bool
     logEntry(__func__);
     if (checkFileType(fileName) && checkFileExist(fileName)) {
         file_.reset(std::fopen(fileName, readOnly ? "r" : "r+"));
+        reader_ = LineReader(file_.get());
     }
 }
 
@@ -54,6 +54,7 @@ bool Fg_ConfigFileParser::setSaveFile(const char* path) {
     if (expected_) expected_->forget();
     file_.reset();  // first, so that nothing of it is flushed into the same file emptied
     file_.reset(std::fopen(path, "w"));
+    reader_ = LineReader(file_.get());
     if (!file_) {
         logError("Config File: fopen failed");
         return false;
@@ -74,6 +75,12 @@ bool Fg_ConfigFileParser::checkFileExist(const char* path) const {
     const bool exists = marovine::isReadableFile(path);
     logInfo(exists ? "Config File exist" : "Config File don't exist");
     return exists;
+}
+
+void Fg_ConfigFileParser::flushAtEnd() {
+    flushesEachLine_ = false;
+    // The whole file in one write; a library that has no memory for it keeps its usual room.
+    if (file_) std::setvbuf(file_.get(), nullptr, _IOFBF, kFileRoom);
 }
 
 int Fg_ConfigFileParser::writeConfigFileHeader() {
@@ -120,12 +127,17 @@ void Fg_ConfigFileParser::expectKeys(const char* section, const std::vector<std:
     expected_.emplace(section, keys);
 }
 
+std::optional<std::string_view> Fg_ConfigFileParser::find(const char* section, const char* key) {
+    logEntry("parseKey");
+    if (section == nullptr || key == nullptr || !file_) return std::nullopt;
+    const auto value = expected_ && expected_->covers(section, key) ? expected_->valueOf(key, reader_)
+                                                                    : findValue(reader_, section, key);
+    // No more than a text's room.
+    return value ? std::optional(value->substr(0, marovine::LineSize - 1)) : std::nullopt;
+}
+
 int Fg_ConfigFileParser::parseKey(const char* section, const char* key, char* destination) {
-    logEntry(__func__);
-    if (section == nullptr || key == nullptr || !file_) return refuse(destination);
-    LineReader reader(file_.get());
-    const auto value = expected_ && expected_->covers(section, key) ? expected_->valueOf(key, file_.get())
-                                                                    : findValue(reader, section, key);
+    const auto value = find(section, key);
     if (!value) return refuse(destination);
     marovine::copyText(*value, destination);
     return 0;
@@ -134,9 +146,8 @@ int Fg_ConfigFileParser::parseKey(const char* section, const char* key, char* de
 int Fg_ConfigFileParser::parseKeyFromLine(const char* needle, char* destination) {
     logEntry(__func__);
     if (needle == nullptr) return refuse(destination);
-    LineReader reader(file_.get());
-    reader.rewind();
-    while (const auto line = reader.next()) {
+    reader_.rewind();
+    while (const auto line = reader_.nextWith(needle)) {
         const auto value = marovine::headerValueIn(*line, needle);
         if (!value) continue;
         marovine::copyText(*value, destination);
@@ -145,25 +156,27 @@ int Fg_ConfigFileParser::parseKeyFromLine(const char* needle, char* destination)
     return refuse(destination);
 }
 
-bool Fg_ConfigFileParser::numberText(const char* section, const char* key, char* text) {
-    parseKey(section, key, text);
-    // The text decides, not the code: a value that says "Error" counts as missing.
-    return std::strstr(text, marovine::MissingText.data()) == nullptr;
+std::optional<std::string_view> Fg_ConfigFileParser::numberText(const char* section, const char* key) {
+    const auto value = find(section, key);
+    // The text decides as well: a value that says "Error" counts as missing.
+    return value && value->find(marovine::MissingText) == value->npos ? value : std::nullopt;
 }
 
 int Fg_ConfigFileParser::parseIntKey(const char* section, const char* key, int* value) {
-    std::array<char, marovine::LineSize> text;
-    return numberText(section, key, text.data()) ? getIntValue(text.data(), value) : -1;
+    const auto text = numberText(section, key);
+    if (!text) return -1;
+    *value = static_cast<int>(marovine::longFromText(*text));
+    return 0;
 }
 
 int Fg_ConfigFileParser::parseInt64Key(const char* section, const char* key, long* value) {
-    std::array<char, marovine::LineSize> text;
-    return numberText(section, key, text.data()) ? getInt64Value(text.data(), value) : -1;
+    const auto text = numberText(section, key);
+    return text ? getInt64Value(std::string(*text).c_str(), value) : -1;
 }
 
 int Fg_ConfigFileParser::parseDoubleKey(const char* section, const char* key, double* value) {
-    std::array<char, marovine::LineSize> text;
-    return numberText(section, key, text.data()) ? getDoubleValue(text.data(), value) : -1;
+    const auto text = numberText(section, key);
+    return text ? getDoubleValue(std::string(*text).c_str(), value) : -1;
 }
 
 int Fg_ConfigFileParser::parseKeySection(int port, const char* key, char* destination) {
@@ -187,7 +200,7 @@ int Fg_ConfigFileParser::parseIntKeyFromHeader(const char* key, int* value) {
 }
 
 int Fg_ConfigFileParser::getIntValue(const char* text, int* value) {
-    *value = static_cast<int>(std::strtol(text, nullptr, 10));
+    *value = static_cast<int>(marovine::longFromText(text));
     return 0;
 }
 
@@ -206,6 +219,7 @@ int Fg_ConfigFileParser::getDoubleValue(const char* text, double* value) {
 int Fg_ConfigFileParser::write(std::initializer_list<const char*> texts) {
     if (!file_ || std::find(texts.begin(), texts.end(), nullptr) != texts.end()) return -1;
     if (expected_) expected_->forget();
+    reader_.forget();
     for (const char* text : texts) std::fputs(text, file_.get());
     if (flushesEachLine_ && std::fflush(file_.get()) != 0) return -1;
     return std::ferror(file_.get()) == 0 ? 0 : -1;

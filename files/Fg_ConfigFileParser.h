@@ -45,7 +45,7 @@ class Fg_ConfigFileParser {
 
     /// From now on writers leave it to the end of the parser to flush: for a file that is written as a whole
     /// before anybody may read it.
-    void flushAtEnd() { flushesEachLine_ = false; }
+    void flushAtEnd();
 
     // ---- Writers. Each flushes, and returns 0, or -1 when its text could not be written. ----
 
@@ -106,8 +106,10 @@ class Fg_ConfigFileParser {
     static int getDoubleValue(const char* text, double* value);
 
  private:
-    /// Copies the text of a number; false when it contains "Error", which is how a missing key shows.
-    bool numberText(const char* section, const char* key, char* text);
+    /// The value of a key, valid until the next lookup.
+    std::optional<std::string_view> find(const char* section, const char* key);
+    /// The text of a number, none when it contains "Error", which is how a missing key shows.
+    std::optional<std::string_view> numberText(const char* section, const char* key);
 
     int write(std::initializer_list<const char*> texts);
 
@@ -117,6 +119,7 @@ class Fg_ConfigFileParser {
 
     bool flushesEachLine_ = true;
     marovine::File file_;
+    marovine::LineReader reader_;  ///< of that file
     Fg_Log* log_;
     std::optional<marovine::SectionKeys> expected_;
 };

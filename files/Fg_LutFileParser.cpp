@@ -2,7 +2,7 @@
 
 #include <array>
 #include <cstdlib>
-#include <limits>
+#include <utility>
 
 #include "files/LutSections.h"
 
@@ -21,6 +21,7 @@ bool Fg_LutFileParser::setOpenFile(const char* name, bool readOnly) {
     if (!checkFileType(name) || !checkFileExist(name)) return false;
     file_.reset();
     file_.reset(std::fopen(name, readOnly ? "r" : "r+"));
+    reader_ = LineReader(file_.get());
     return file_ != nullptr;
 }
 
@@ -28,13 +29,12 @@ bool Fg_LutFileParser::setSaveFile(const char* name) {
     if (name == nullptr) return false;
     file_.reset();  // first, so that nothing of it is flushed into the same file emptied
     file_.reset(std::fopen(name, "w"));
+    reader_ = LineReader(file_.get());
     return file_ != nullptr;
 }
 
 int Fg_LutFileParser::getIntValue(const char* text, int* value) {
-    using Limits = std::numeric_limits<int>;
-    const long number = std::strtol(text, nullptr, 10);
-    *value = static_cast<int>(std::clamp<long>(number, Limits::min(), Limits::max()));
+    convert(text, *value);
     return 0;
 }
 
@@ -44,10 +44,8 @@ int Fg_LutFileParser::getDoubleValue(const char* text, double* value) {
 }
 
 int Fg_LutFileParser::parseKeyFromLine(const char* key, char* text, const char* delimiters) {
-    LineReader reader(file_.get());
-    reader.rewind();
-    while (const auto line = reader.next()) {
-        if (line->find(key) == line->npos) continue;
+    reader_.rewind();
+    while (const auto line = reader_.nextWith(key)) {
         if (const auto piece = secondPiece(*line, delimiters)) {
             marovine::copyText(*piece, text);
             return 0;
@@ -65,7 +63,7 @@ int Fg_LutFileParser::parseIntKey(const char* key, int* value, const char* delim
 
 int Fg_LutFileParser::parseIntInt(std::int32_t* values, std::uint32_t count, const char* delimiter,
                                   const char* section) {
-    readEntries(values, count, delimiter, section, getIntValue);
+    readEntries(values, count, delimiter, section);
     return 0;
 }
 
@@ -79,33 +77,52 @@ int Fg_LutFileParser::saveLutToFile(const char* name, const LookupTable_s& table
     return saveSections<LookupTable_s>(name, "# Lut data file v1.1\n\n", {{"[gray]", &table}});
 }
 
-int Fg_LutFileParser::getLutFromFile(const char* name, LookupTable_s& table, const char* section) {
-    releaseValues(table);
-    if (!setOpenFile(name, true)) return -1;
+LookupTable_s Fg_LutFileParser::readKeys() {
     const auto keyValue = [this](const char* key) {
         int value = 0;
         parseIntKey(key, &value, ReadKeyDelimiters);
         return value;
     };
-    table.id = keyValue(IdKey);
+    LookupTable_s keys;
+    keys.id = keyValue(IdKey);
     // As an unsigned number a negative one is above any bound.
-    const auto count = static_cast<std::uint32_t>(keyValue(CountKey));
-    table.format = keyValue(FormatKey);
-    table.number = static_cast<std::uint8_t>(keyValue(NumberKey)) != 0;
-    if (!allocateValues(table, count)) return -1;
-    return readToTheEnd(parseIntInt(table.values, count, EntryDelimiter, section));
+    keys.nrOfElements = static_cast<std::uint32_t>(keyValue(CountKey));
+    keys.format = keyValue(FormatKey);
+    keys.number = static_cast<std::uint8_t>(keyValue(NumberKey)) != 0;
+    return keys;
+}
+
+int Fg_LutFileParser::readTable(const LookupTable_s& keys, LookupTable_s& table, const char* section) {
+    table = keys;
+    if (!allocateValues(table, keys.nrOfElements)) return -1;
+    return readToTheEnd(parseIntInt(table.values, table.nrOfElements, EntryDelimiter, section));
 }
 
 int Fg_LutFileParser::readToTheEnd(int result) const {
     return std::ferror(file_.get()) != 0 ? -1 : result;
 }
 
+int Fg_LutFileParser::getLutFromFile(const char* name, LookupTable_s& table, const char* section) {
+    releaseValues(table);
+    return setOpenFile(name, true) ? readTable(readKeys(), table, section) : -1;
+}
+
 int Fg_LutFileParser::getLutFromFile(const char* name, LookupTable_s& red, LookupTable_s& green,
                                      LookupTable_s& blue) {
-    return readChannels(name, red, green, blue);
+    releaseValues(red);
+    if (!setOpenFile(name, true)) return -1;
+    const LookupTable_s keys = readKeys();
+    int result = readTable(keys, red, Red);
+    for (const auto& [table, section] : {std::pair(&green, Green), std::pair(&blue, Blue)}) {
+        if (result != 0) break;
+        releaseValues(*table);
+        result = readTable(keys, *table, section);
+    }
+    return result;
 }
 
 bool Fg_LutFileParser::putText(const char* text) {
+    reader_.forget();
     return file_ && std::fputs(text, file_.get()) >= 0;
 }
 

@@ -136,12 +136,13 @@ class Fg_LutFileParser {
     int saveSections(const char* name, const char* title,
                      std::initializer_list<std::pair<const char*, const Table*>> sections);
     template <typename Value>
-    void readEntries(Value* values, std::uint32_t count, const char* delimiter, const char* section,
-                     int (*convert)(const char*, Value*));
+    void readEntries(Value* values, std::uint32_t count, const char* delimiter, const char* section);
     /// The result of a read, or -1 when the file could not be read as far as it was needed.
     int readToTheEnd(int result) const;
-    template <typename Table>
-    int readChannels(const char* name, Table& red, Table& green, Table& blue);
+    /// What the keys of the open file say, which is the same for every section; without values.
+    LookupTable_s readKeys();
+    int readTable(const LookupTable_s& keys, LookupTable_s& table, const char* section);
 
     marovine::File file_;
+    marovine::LineReader reader_;  ///< of that file
 };

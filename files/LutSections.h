@@ -4,7 +4,8 @@
 /// members for the rest of the family are made of.
 
 #include <algorithm>
-#include <array>
+#include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -36,11 +37,59 @@ inline std::string valueText(double value) {
     return marovine::fixedText(value);
 }
 
+/// The number at the start of a value's text; a number that does not fit becomes the nearest one that does.
+inline void convert(std::string_view text, std::int32_t& value) {
+    using Limits = std::numeric_limits<std::int32_t>;
+    value = static_cast<std::int32_t>(std::clamp<long>(longFromText(text), Limits::min(), Limits::max()));
+}
+inline void convert(std::string_view text, double& value) {
+    value = doubleFromText(std::string(text).c_str());
+}
+
 /// The second piece of a line.
 inline std::optional<std::string_view> secondPiece(std::string_view line, std::string_view delimiters) {
     marovine::nextToken(line, delimiters);
     return marovine::nextToken(line, delimiters);
 }
+
+/// "index,", counted up as a text: what the line of the next entry holds.
+class EntryPattern {
+ public:
+    explicit EntryPattern(std::string_view delimiter) : text_("0"), delimiter_(delimiter) {
+        text_ += delimiter;
+    }
+    void countUp() {
+        std::size_t digit = text_.size() - delimiter_.size();
+        while (digit != 0 && text_[digit - 1] == '9') text_[--digit] = '0';
+        if (digit != 0)
+            ++text_[digit - 1];
+        else
+            text_.insert(0, 1, '1');
+    }
+    /// The value's text in a line that holds the pattern: it stands at the start of the view. None when the
+    /// line does not hold it or has nothing behind it.
+    std::optional<std::string_view> valueIn(std::string_view line) const {
+        // Most lines begin with the pattern. What follows a number does not count, the next delimiter
+        // neither.
+        if (delimiter_ == EntryDelimiter && startsWithPattern(line)) {
+            const std::size_t value = line.find_first_not_of(EntryDelimiter[0], text_.size());
+            return value != line.npos ? std::optional(line.substr(value)) : std::nullopt;
+        }
+        return line.find(text_) != line.npos ? secondPiece(line, delimiter_) : std::nullopt;
+    }
+
+ private:
+    /// In a plain loop: the pattern is shorter than a call of the general comparison.
+    bool startsWithPattern(std::string_view line) const {
+        if (line.size() < text_.size()) return false;
+        for (std::size_t i = 0; i < text_.size(); ++i)
+            if (line[i] != text_[i]) return false;
+        return true;
+    }
+
+    std::string text_;
+    std::string_view delimiter_;
+};
 
 template <typename Table>
 void releaseValues(Table& table) {
@@ -64,23 +113,16 @@ bool allocateValues(Table& table, std::uint32_t count) {
 
 template <typename Value>
 void Fg_LutFileParser::readEntries(Value* values, std::uint32_t count, const char* delimiter,
-                                   const char* section, int (*convert)(const char*, Value*)) {
-    marovine::LineReader reader(file_.get());
-    reader.rewind();
-    auto line = reader.next();
-    while (line && line->find(section) == line->npos) line = reader.next();
-
-    std::array<char, marovine::LineSize> text;
-    std::string pattern;
-    for (std::uint32_t index = 0; line && index < count; line = reader.next()) {
-        if (pattern.empty()) pattern = std::to_string(index) + delimiter;
-        if (line->find(pattern) == line->npos) continue;
-        const auto piece = marovine::lut_file::secondPiece(*line, delimiter);
-        if (!piece) continue;
-        marovine::copyText(*piece, text.data());
-        convert(text.data(), &values[index]);
-        ++index;
-        pattern.clear();
+                                   const char* section) {
+    using namespace marovine::lut_file;
+    reader_.rewind();
+    EntryPattern pattern(delimiter);
+    auto line = reader_.nextWith(section);
+    for (std::uint32_t index = 0; line && index < count; line = reader_.next()) {
+        const auto text = pattern.valueIn(*line);
+        if (!text) continue;
+        convert(*text, values[index++]);
+        pattern.countUp();
     }
 }
 
@@ -97,14 +139,6 @@ int Fg_LutFileParser::saveSections(const char* name, const char* title,
         written = written && putText("\n\n") && putText(section) && putText("\n\n") && putTable(*table);
     }
     return flushed(written);
-}
-
-template <typename Table>
-int Fg_LutFileParser::readChannels(const char* name, Table& red, Table& green, Table& blue) {
-    int result = getLutFromFile(name, red, marovine::lut_file::Red);
-    if (result == 0) result = getLutFromFile(name, green, marovine::lut_file::Green);
-    if (result == 0) result = getLutFromFile(name, blue, marovine::lut_file::Blue);
-    return result;
 }
 
 template <typename Value>

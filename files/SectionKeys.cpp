@@ -1,32 +1,31 @@
 #include "files/SectionKeys.h"
 
-#include <algorithm>
-#include <numeric>
+#include <bit>
+#include <functional>
 #include <utility>
 
 #include "files/ConfigLine.h"
-#include "files/TextFile.h"
 
 namespace marovine {
 
 SectionKeys::SectionKeys(std::string section, const std::vector<std::string_view>& keys)
-    : section_(std::move(section)) {
+    : section_(std::move(section)), places_(std::bit_ceil(2 * keys.size() + 1)) {
     entries_.reserve(keys.size());
-    for (const auto key : keys)
-        if (key.find('=') == key.npos) entries_.push_back({.key = key});
-    sorted_.resize(entries_.size());
-    std::iota(sorted_.begin(), sorted_.end(), 0U);
-    const auto keyAt = [this](std::uint32_t i) { return entries_[i].key; };
-    std::ranges::sort(sorted_, {}, keyAt);
-    // A key that is given twice has one entry: either would do for a lookup, but only one gets the line.
-    const auto end = std::unique(sorted_.begin(), sorted_.end(),
-                                 [&](std::uint32_t a, std::uint32_t b) { return keyAt(a) == keyAt(b); });
-    if (end == sorted_.end()) return;
-    sorted_.erase(end, sorted_.end());
-    std::vector<Entry> once;
-    for (const auto position : sorted_) once.push_back(entries_[position]);
-    entries_ = std::move(once);
-    std::iota(sorted_.begin(), sorted_.end(), 0U);
+    for (const auto key : keys) {
+        if (key.find('=') != key.npos) continue;
+        // A key that is given twice has one entry: either would do for a lookup, but only one gets the line.
+        auto& place = places_[placeOf(key)];
+        if (place != 0) continue;
+        entries_.push_back({.key = key});
+        place = static_cast<std::uint32_t>(entries_.size());
+    }
+}
+
+std::size_t SectionKeys::placeOf(std::string_view key) const {
+    const std::size_t mask = places_.size() - 1;
+    std::size_t place = std::hash<std::string_view>{}(key)&mask;
+    while (places_[place] != 0 && entries_[places_[place] - 1].key != key) place = (place + 1) & mask;
+    return place;
 }
 
 SectionKeys::Entry* SectionKeys::find(std::string_view key) {
@@ -36,19 +35,18 @@ SectionKeys::Entry* SectionKeys::find(std::string_view key) {
         next_ = position + 1;
         return &entries_[position];
     }
-    const auto found =
-        std::ranges::lower_bound(sorted_, key, {}, [this](std::uint32_t i) { return entries_[i].key; });
-    if (found == sorted_.end() || entries_[*found].key != key) return nullptr;
-    next_ = *found + 1;
-    return &entries_[*found];
+    const std::uint32_t position = places_[placeOf(key)];
+    if (position == 0) return nullptr;
+    next_ = position;
+    return &entries_[position - 1];
 }
 
 bool SectionKeys::covers(std::string_view section, std::string_view key) {
     return section == section_ && find(key) != nullptr;
 }
 
-std::optional<std::string_view> SectionKeys::valueOf(std::string_view key, std::FILE* file) {
-    if (!read_) read(file);
+std::optional<std::string_view> SectionKeys::valueOf(std::string_view key, LineReader& reader) {
+    if (!read_) read(reader);
     const Entry* entry = find(key);
     return entry != nullptr && entry->found
                ? std::optional(std::string_view(text_).substr(entry->start, entry->length))
@@ -61,19 +59,14 @@ void SectionKeys::forget() {
     for (auto& entry : entries_) entry.found = false;
 }
 
-void SectionKeys::read(std::FILE* file) {
+void SectionKeys::read(LineReader& reader) {
     forget();
-    LineReader reader(file);
     reader.rewind();
-    bool inSection = false;
-    auto missing = entries_.size();
-    while (missing > 0) {
+    bool more = reader.nextWith(section_).has_value();
+    for (auto missing = entries_.size(); more && missing > 0;) {
         const auto line = reader.next();
-        if (!line) break;
-        if (!inSection) {
-            inSection = line->find(section_) != line->npos;
-            continue;
-        }
+        more = line.has_value();
+        if (!more) break;
         const auto key = keyIn(*line);
         Entry* entry = key ? find(*key) : nullptr;
         if (entry == nullptr || entry->found) continue;

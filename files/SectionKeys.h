@@ -2,11 +2,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "files/TextFile.h"
 
 namespace marovine {
 
@@ -22,7 +23,7 @@ class SectionKeys {
     [[nodiscard]] bool covers(std::string_view section, std::string_view key);
     /// The value in the first line of the key after the section's; none when there is no such line. The first
     /// call reads the file from its start. Valid until the file is read again.
-    [[nodiscard]] std::optional<std::string_view> valueOf(std::string_view key, std::FILE* file);
+    [[nodiscard]] std::optional<std::string_view> valueOf(std::string_view key, LineReader& reader);
     /// Makes the next call read the file again.
     void forget();
 
@@ -36,11 +37,13 @@ class SectionKeys {
     };
     /// The entry of a key, or null. Asked for in their order, keys are found without a search.
     Entry* find(std::string_view key);
-    void read(std::FILE* file);
+    /// The place of a key in `places_`, or the free one where it would stand.
+    std::size_t placeOf(std::string_view key) const;
+    void read(LineReader& reader);
 
     std::string section_;
     std::vector<Entry> entries_;         ///< in the order given
-    std::vector<std::uint32_t> sorted_;  ///< positions in it, ordered by key
+    std::vector<std::uint32_t> places_;  ///< positions in it by hash, counted from 1; 0 is free
     std::size_t next_ = 0;               ///< the one behind the last that was found
     std::string text_;                   ///< the values
     bool read_ = false;

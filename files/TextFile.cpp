@@ -1,16 +1,24 @@
 #include "files/TextFile.h"
 
+#include <fcntl.h>
 #include <locale.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
+#include <system_error>
+#include <utility>
 
 namespace marovine {
 namespace {
 
 constexpr int Precision = 12;
+
+/// Bytes: more than the files of this product have.
+constexpr std::size_t kBlockSize = std::size_t{32} * 1024;
 
 std::string numberText(double value, std::chars_format format) {
     // Longest: sign, all digits of the largest double, point and decimals.
@@ -23,18 +31,80 @@ std::string numberText(double value, std::chars_format format) {
 }  // namespace
 
 bool isReadableFile(const char* name) {
-    return name != nullptr && File(std::fopen(name, "r")) != nullptr;
+    if (name == nullptr) return false;
+    const int descriptor = ::open(name, O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) return false;
+    ::close(descriptor);
+    return true;
 }
 
 void LineReader::rewind() {
+    if (holdsStart_) {
+        at_ = block_.get();
+        return;
+    }
     if (file_ != nullptr) std::rewind(file_);
+    at_ = end_ = nullptr;
+    ended_ = false;
+    atStart_ = true;
+}
+
+/// Reads on behind what is left of the block; false at the end of the file.
+bool LineReader::fill() {
+    if (file_ == nullptr || ended_) return false;
+    if (block_ == nullptr) block_ = std::make_unique_for_overwrite<char[]>(kBlockSize);
+    char* const first = block_.get();
+    const auto left = static_cast<std::size_t>(end_ - at_);
+    if (left != 0) std::memmove(first, at_, left);
+    const std::size_t room = kBlockSize - left;
+    const std::size_t count = std::fread(first + left, 1, room, file_);
+    holdsStart_ = std::exchange(atStart_, false);
+    ended_ = count < room;
+    at_ = first;
+    end_ = first + left + count;
+    hasNul_ = std::memchr(first, '\0', left + count) != nullptr;
+    return count != 0;
 }
 
 std::optional<std::string_view> LineReader::next() {
-    if (file_ == nullptr || std::fgets(line_.data(), static_cast<int>(line_.size()), file_) == nullptr) {
-        return std::nullopt;
+    constexpr std::size_t kLongest = LineSize - 1;
+    std::size_t held = static_cast<std::size_t>(end_ - at_);
+    const auto lineFeed = [&] {
+        return static_cast<const char*>(held != 0 ? std::memchr(at_, '\n', std::min(held, kLongest))
+                                                  : nullptr);
+    };
+    const char* last = lineFeed();
+    if (last == nullptr && held < kLongest && fill()) {
+        held = static_cast<std::size_t>(end_ - at_);
+        last = lineFeed();
     }
-    return line_.data();
+    if (held == 0) return std::nullopt;
+    const std::size_t length =
+        last != nullptr ? static_cast<std::size_t>(last + 1 - at_) : std::min(held, kLongest);
+    const std::string_view line(std::exchange(at_, at_ + length), length);
+    return hasNul_ ? line.substr(0, line.find('\0')) : line;
+}
+
+/// Passes over pieces of the block that do not contain the text: one search instead of one for each piece.
+void LineReader::jumpTo(std::string_view text) {
+    if (hasNul_ || at_ == end_) return;
+    const std::string_view rest(at_, static_cast<std::size_t>(end_ - at_));
+    const std::size_t found = rest.find(text);
+    if (found == rest.npos) {
+        if (ended_) at_ = end_;
+        return;
+    }
+    // To the line's start: the pieces of a long one are searched one by one.
+    const std::size_t lineFeed = found != 0 ? rest.rfind('\n', found - 1) : rest.npos;
+    if (lineFeed != rest.npos) at_ += lineFeed + 1;
+}
+
+std::optional<std::string_view> LineReader::nextWith(std::string_view text) {
+    for (;;) {
+        jumpTo(text);
+        const auto line = next();
+        if (!line || line->find(text) != line->npos) return line;
+    }
 }
 
 std::optional<std::string_view> nextToken(std::string_view& rest, std::string_view separators) {
@@ -62,6 +132,19 @@ std::string generalText(double value) {
 
 std::string fixedText(double value) {
     return numberText(value, std::chars_format::fixed);
+}
+
+long longFromText(std::string_view text) {
+    using Limits = std::numeric_limits<long>;
+    const auto isBlank = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
+    const char* at = std::ranges::find_if_not(text, isBlank);
+    const bool negative = at != text.end() && *at == '-';
+    if (at != text.end() && (*at == '-' || *at == '+')) ++at;
+    unsigned long size = 0;
+    const auto error = std::from_chars(at, text.end(), size).ec;
+    const unsigned long largest = static_cast<unsigned long>(Limits::max()) + (negative ? 1 : 0);
+    if (error == std::errc::result_out_of_range || size > largest) size = largest;
+    return static_cast<long>(negative ? 0 - size : size);
 }
 
 double doubleFromText(const char* text, char** end) {

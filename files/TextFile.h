@@ -24,22 +24,37 @@ using File = std::unique_ptr<std::FILE, FileCloser>;
 /// Size of a line and of every text a parser hands out, the closing NUL included.
 inline constexpr std::size_t LineSize = 256;
 
-/// Reads a file line by line. A longer line comes in pieces of 255 characters; what follows a NUL byte up to
-/// the end of its piece is not seen.
+/// Reads a file line by line, a block of it at a time. A longer line comes in pieces of 255 characters; what
+/// follows a NUL byte up to the end of its piece is not seen.
 class LineReader {
  public:
+    /// Has no lines.
+    LineReader() = default;
     /// Reads from the file's present position; a null file has no lines.
     explicit LineReader(std::FILE* file) : file_(file) {}
 
-    /// Goes back to the start of the file.
+    /// Goes back to the start of the file. A file that fits a block is read once, whoever else changes it.
     void rewind();
+    /// To be called when this process writes to the file: the next `rewind` reads it again.
+    void forget() { holdsStart_ = false; }
 
     /// The next piece with its line feed, valid until the next call; none at the end of the file.
     [[nodiscard]] std::optional<std::string_view> next();
+    /// The next piece that contains a text.
+    [[nodiscard]] std::optional<std::string_view> nextWith(std::string_view text);
 
  private:
-    std::FILE* file_;
-    std::array<char, LineSize> line_;  // left unset until a line is read
+    bool fill();
+    void jumpTo(std::string_view text);
+
+    std::FILE* file_ = nullptr;
+    std::unique_ptr<char[]> block_;
+    const char* at_ = nullptr;   ///< what was not handed out yet, up to `end_`
+    const char* end_ = nullptr;  ///< of what the block holds
+    bool atStart_ = false;       ///< the file stands at its start
+    bool holdsStart_ = false;    ///< the block begins with the file's start
+    bool ended_ = false;         ///< nothing comes after the block
+    bool hasNul_ = false;        ///< the block has a NUL byte
 };
 
 /// Splits the next token off `rest`: separators before it are skipped, the one after it is consumed. None
@@ -54,6 +69,10 @@ void copyText(std::string_view text, char* destination);
 
 /// Fixed-point form with 12 decimals, as "%.12f" gives it in the "C" locale.
 [[nodiscard]] std::string fixedText(double value);
+
+/// The decimal number at the start of a text, as strtol reads it in the "C" locale: the nearest one where it
+/// does not fit, 0 when there is none.
+[[nodiscard]] long longFromText(std::string_view text);
 
 /// The number at the start of a text, as strtod reads it in the "C" locale; 0 when there is none. `end`, if
 /// not null, receives where the number ends.

@@ -33,29 +33,35 @@ static_assert(std::none_of(marovine::sdkParameters.begin(), marovine::sdkParamet
                                        row.type == ValueType::Forwarded);
                            }));
 
+/// The parameters' section of a file.
+struct Section {
+    Fg_ConfigFileParser& parser;
+    std::string name = Fg_ConfigFileParser::getPortString(kPort);
+};
+
 /// Reads a key's value in the type of a cache field or a setter; false when the key is missing.
-bool readKey(Fg_ConfigFileParser& parser, const char* key, double& value) {
-    return parser.parseDoubleKeySection(kPort, key, &value) == 0;
+bool readKey(Section& section, const char* key, double& value) {
+    return section.parser.parseDoubleKey(section.name.c_str(), key, &value) == 0;
 }
-bool readKey(Fg_ConfigFileParser& parser, const char* key, std::string& value) {
-    std::array<char, marovine::LineSize> text{};
-    if (parser.parseKeySection(kPort, key, text.data()) != 0) return false;
+bool readKey(Section& section, const char* key, std::string& value) {
+    std::array<char, marovine::LineSize> text;
+    if (section.parser.parseKey(section.name.c_str(), key, text.data()) != 0) return false;
     value = text.data();
     return true;
 }
 template <class Integer>
 requires std::is_integral_v<Integer>
-bool readKey(Fg_ConfigFileParser& parser, const char* key, Integer& value) {
+bool readKey(Section& section, const char* key, Integer& value) {
     // The file holds every integer as a signed 32-bit number.
     int number = 0;
-    if (parser.parseIntKeySection(kPort, key, &number) != 0) return false;
+    if (section.parser.parseIntKey(section.name.c_str(), key, &number) != 0) return false;
     value = static_cast<Integer>(number);
     return true;
 }
 
 /// Puts a key's value straight into a cache field; false when the key is missing.
 struct Preload {
-    Fg_ConfigFileParser& parser;
+    Section& section;
     const char* key;
     marovine::ParameterCache& cache;
 
@@ -63,13 +69,13 @@ struct Preload {
     bool operator()(marovine::CacheField<marovine::LookupTable>) const { return true; }
     template <class T>
     bool operator()(marovine::CacheField<T> field) const {
-        return readKey(parser, key, field(cache));
+        return readKey(section, key, field(cache));
     }
 };
 
 /// Gives a key's value to its setter, which keeps a refusal to itself; false when the key is missing.
 struct Apply {
-    Fg_ConfigFileParser& parser;
+    Section& section;
     const char* key;
     FgGxWrapperImpl& applet;
 
@@ -77,14 +83,14 @@ struct Apply {
     bool operator()(const marovine::FieldSetters&) const { return true; }
     bool operator()(marovine::Setter<const char*> set) const {
         std::string value;
-        if (!readKey(parser, key, value)) return false;
+        if (!readKey(section, key, value)) return false;
         (applet.*set)(value.c_str(), false);
         return true;
     }
     template <class T>
     bool operator()(marovine::Setter<T> set) const {
         T value{};
-        if (!readKey(parser, key, value)) return false;
+        if (!readKey(section, key, value)) return false;
         (applet.*set)(value, false);
         return true;
     }
@@ -150,9 +156,11 @@ bool FgGxWrapperImpl::saveConfig(Fg_ConfigFileParser& parser) {
 bool FgGxWrapperImpl::loadConfig(Fg_ConfigFileParser& parser) {
     const auto preloaded = [](FileUse use) { return use == FileUse::Preloaded || use == FileUse::Applied; };
     std::vector<std::string_view> keys;
+    keys.reserve(marovine::sdkParameterCount);
     for (const auto& row : marovine::sdkParameters)
         if (preloaded(row.fileUse)) keys.emplace_back(row.name);
-    parser.expectKeys(Fg_ConfigFileParser::getPortString(kPort).c_str(), keys);
+    Section section{parser};
+    parser.expectKeys(section.name.c_str(), keys);
 
     const auto forEach = [&](auto&& chosen, auto&& load) {
         for (std::size_t i = 0; i < marovine::sdkParameterCount; ++i)
@@ -165,11 +173,11 @@ bool FgGxWrapperImpl::loadConfig(Fg_ConfigFileParser& parser) {
         // parameter sees the loaded value, even of one that is applied later.
         return forEach(preloaded,
                        [&](const auto& row) {
-                           return std::visit(Preload{parser, row.name, cache_}, row.slot);
+                           return std::visit(Preload{section, row.name, cache_}, row.slot);
                        }) &&
                forEach([](FileUse use) { return use == FileUse::Applied; },
                        [&](const auto& row) {
-                           return std::visit(Apply{parser, row.name, *this}, row.set);
+                           return std::visit(Apply{section, row.name, *this}, row.set);
                        });
     } catch (int) {
         return false;

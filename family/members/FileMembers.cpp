@@ -21,8 +21,8 @@ int Fg_ConfigFileParser::writeConfigFileUInt64Key(const char* key, unsigned long
 }
 
 int Fg_ConfigFileParser::parseUInt64Key(const char* section, const char* key, unsigned long* value) {
-    std::array<char, marovine::LineSize> text;
-    return numberText(section, key, text.data()) ? getUInt64Value(text.data(), value) : -1;
+    const auto text = numberText(section, key);
+    return text ? getUInt64Value(std::string(*text).c_str(), value) : -1;
 }
 
 int Fg_ConfigFileParser::parseUInt64KeySection(int port, const char* key, unsigned long* value) {
@@ -70,7 +70,7 @@ int Fg_LutFileParser::parseDoubleKey(const char* key, double* value, const char*
 
 int Fg_LutFileParser::parseIntDouble(double* values, std::uint32_t count, const char* delimiter,
                                      const char* section) {
-    readEntries(values, count, delimiter, section, getDoubleValue);
+    readEntries(values, count, delimiter, section);
     return 0;
 }
 
@@ -92,7 +92,10 @@ int Fg_LutFileParser::getLutFromFile(const char* name, KneeLookupTable_s& knee, 
 
 int Fg_LutFileParser::getLutFromFile(const char* name, KneeLookupTable_s& red, KneeLookupTable_s& green,
                                      KneeLookupTable_s& blue) {
-    return readChannels(name, red, green, blue);
+    int result = getLutFromFile(name, red, Red);
+    if (result == 0) result = getLutFromFile(name, green, Green);
+    if (result == 0) result = getLutFromFile(name, blue, Blue);
+    return result;
 }
 
 int Fg_LutFileParser::saveMatrixToFile(const char* name, const char* header, const std::int32_t* values,
