@@ -1,8 +1,9 @@
 #include "description/DescriptionDocument.h"
 
+#include <algorithm>
 #include <bit>
-
-#include "description/ParameterInfoBuilderXML.h"
+#include <string_view>
+#include <utility>
 
 namespace marovine {
 
@@ -14,7 +15,7 @@ std::uint64_t maximumOf(const RegisterInfo& node) {
         case FG_KIND_UINT32:
             return loadField(node.value.uint32.maximum);
         case FG_KIND_INT32:
-            return static_cast<std::uint32_t>(loadField(node.value.int32.maximum));
+            return static_cast<std::uint64_t>(std::int64_t{loadField(node.value.int32.maximum)});
         case FG_KIND_DOUBLE:
             return std::bit_cast<std::uint64_t>(loadField(node.value.real.maximum));
         default:
@@ -34,17 +35,49 @@ void DescriptionDocument::see(const RegisterInfo* node, std::vector<Seen>& seen)
     }
 }
 
+void DescriptionDocument::build(const Fg_ParameterInfo& registry, const char* modelName, int port) {
+    document_ = nullptr;  // until all of it belongs together again
+    ParameterInfoBuilderXML builder(registry, modelName, port);
+    auto document = std::make_shared<const std::string>(builder.build());
+    described_ = builder.described();
+    document_ = std::move(document);
+}
+
+/// Puts what is now in the places of what was seen, in a copy: others may still read the present document.
+void DescriptionDocument::update() {
+    auto document = std::make_shared<std::string>(*document_);
+    document_ = nullptr;    // until all of it belongs together again
+    std::size_t shift = 0;  // by what the text so far has grown; wraps around where it has become shorter
+    const auto put = [&](ParameterInfoGeneratorXML::Place& place, std::string_view text) {
+        document->replace(place.at, place.length, text);
+        shift += text.size() - place.length;
+        place.length = text.size();
+    };
+    for (std::size_t i = 0; i < described_.size(); ++i) {
+        auto& [access, maximum] = described_[i].places;
+        const bool changed = now_[i] != seen_[i];
+        access.at += shift;
+        if (changed && access.isGiven())
+            put(access, ParameterInfoGeneratorXML::accessText(now_[i].accessFlags));
+        maximum.at += shift;
+        if (changed && maximum.isGiven())
+            put(maximum, ParameterInfoGeneratorXML::maximumText(*now_[i].node, now_[i].maximum));
+    }
+    document_ = std::move(document);
+}
+
 std::shared_ptr<const std::string> DescriptionDocument::of(const Fg_ParameterInfo& registry,
                                                            const char* modelName, int port) {
     const std::lock_guard lock(mutex_);
     now_.clear();
     see(registry.getRegisterInfo(port), now_);  // before the document: what changes meanwhile is seen next
-    if (document_ == nullptr || port != port_ || now_ != seen_) {
-        document_ =
-            std::make_shared<const std::string>(ParameterInfoBuilderXML(registry, modelName, port).build());
-        port_ = port;
-        seen_.swap(now_);
-    }
+    const bool sameNodes = std::ranges::equal(now_, seen_, {}, &Seen::node, &Seen::node);
+    if (document_ == nullptr || port != port_ || !sameNodes)
+        build(registry, modelName, port);
+    else if (now_ != seen_)
+        update();
+    port_ = port;
+    seen_.swap(now_);
     return document_;
 }
 

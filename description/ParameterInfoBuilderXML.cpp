@@ -6,7 +6,6 @@
 
 #include "description/Category.h"
 #include "description/Filters.h"
-#include "description/ParameterInfoGeneratorXML.h"
 
 namespace {
 
@@ -31,8 +30,7 @@ std::map<int, std::string_view> entriesOf(const RegisterInfo& info) {
 }
 
 /// Writes the feature of a parameter; false when parameters of its kind are not described.
-bool writeFeature(std::string& document, const RegisterInfo& info) {
-    ParameterInfoGeneratorXML generator(document);
+bool writeFeature(ParameterInfoGeneratorXML& generator, const RegisterInfo& info) {
     const auto& value = info.value;
     // A negative limit is handed on with its sign extended to 64 bits.
     const auto wide = [](std::int32_t limit) { return static_cast<std::uint64_t>(std::int64_t{limit}); };
@@ -68,6 +66,7 @@ class ParameterInfoBuilderXMLPrivate {
         : registry_(registry), modelName_(std::move(modelName)), port_(port) {}
 
     std::string build();
+    const std::vector<ParameterInfoBuilderXML::Described>& described() const { return described_; }
 
  private:
     void processRegisterInfo(std::string& document, const RegisterInfo* node, const RegisterInfo* parent);
@@ -79,10 +78,12 @@ class ParameterInfoBuilderXMLPrivate {
     std::string modelName_;
     int port_;
     Category root_{kRootName};
+    std::vector<ParameterInfoBuilderXML::Described> described_;
 };
 
 std::string ParameterInfoBuilderXMLPrivate::build() {
     root_ = Category(kRootName);
+    described_.clear();
     std::string document;
     document.reserve(kUsualSize);
     document += R"(<?xml version="1.0" encoding="utf-8"?>
@@ -127,9 +128,12 @@ void ParameterInfoBuilderXMLPrivate::processRegisterInfo(std::string& document, 
 
 void ParameterInfoBuilderXMLPrivate::buildParamDescr(std::string& document, const RegisterInfo& info,
                                                      const RegisterInfo* parent) {
+    described_.push_back({&info, {}});
     if (info.publish == 0) return;
     if (parent != nullptr && textOf(parent->displayName) == marovine::kDirectRegisterAccessGroup) return;
-    if (!writeFeature(document, info)) return;
+    ParameterInfoGeneratorXML generator(document);
+    if (!writeFeature(generator, info)) return;
+    described_.back().places = generator.places();
     categoryOf(parent).addFeature(xmlNameFilter(textOf(info.name)));
     document += kAfterFeature;
 }
@@ -164,4 +168,8 @@ ParameterInfoBuilderXML::~ParameterInfoBuilderXML() = default;
 
 std::string ParameterInfoBuilderXML::build() {
     return private_->build();
+}
+
+const std::vector<ParameterInfoBuilderXML::Described>& ParameterInfoBuilderXML::described() const {
+    return private_->described();
 }

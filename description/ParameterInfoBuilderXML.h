@@ -2,8 +2,10 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "description/Fg_ParameterInfo.h"
+#include "description/ParameterInfoGeneratorXML.h"
 
 class ParameterInfoBuilderXMLPrivate;
 
@@ -16,9 +18,17 @@ class ParameterInfoBuilderXML {
     ParameterInfoBuilderXML(const Fg_ParameterInfo& registry, std::string modelName, int port);
     virtual ~ParameterInfoBuilderXML();
 
+    /// A parameter and where the document says what can change of it; no places for what is not described.
+    struct Described {
+        const RegisterInfo* node;
+        ParameterInfoGeneratorXML::Places places;
+    };
+
     /// The whole document. It does not depend on the process locale, and a port without parameters has a
     /// document without features.
     std::string build();
+    /// The parameters of the last `build`, in the registry's order.
+    const std::vector<Described>& described() const;
 
  private:
     std::unique_ptr<ParameterInfoBuilderXMLPrivate> private_;

@@ -1,6 +1,7 @@
 #include "description/ParameterInfoGeneratorXML.h"
 
 #include <array>
+#include <bit>
 #include <charconv>
 #include <type_traits>
 
@@ -50,6 +51,27 @@ void ParameterInfoGeneratorXML::line(std::string_view element, const Content& co
     put("<", element, ">", content, "</", element, ">\n");
 }
 
+std::string_view ParameterInfoGeneratorXML::accessText(std::int32_t flags) {
+    return kAccessModes[static_cast<unsigned>(flags) & 3u];
+}
+
+std::string ParameterInfoGeneratorXML::maximumText(const RegisterInfo& info, std::uint64_t bits) {
+    std::string text;
+    if (info.kind == FG_KIND_DOUBLE)
+        append(text, std::bit_cast<double>(bits));
+    else if (info.kind == FG_KIND_INT32)
+        append(text, static_cast<std::int64_t>(bits));
+    else
+        append(text, bits);
+    return text;
+}
+
+void ParameterInfoGeneratorXML::maximum(const RegisterInfo& info, std::uint64_t bits) {
+    const std::string text = maximumText(info, bits);
+    places_.maximum = {document_.size() + std::string_view("<Max>").size(), text.size()};
+    line("Max", text);
+}
+
 void ParameterInfoGeneratorXML::description(const RegisterInfo& info) {
     if (info.displayName != nullptr && *info.displayName != '\0') {
         line("Description", xmlStringFilter(info.displayName));
@@ -59,7 +81,9 @@ void ParameterInfoGeneratorXML::description(const RegisterInfo& info) {
 void ParameterInfoGeneratorXML::registerPart(const RegisterInfo& info, int length) {
     if (info.address != 0) line("Address", info.address);
     line("Length", length);
-    line("AccessMode", kAccessModes[static_cast<unsigned>(marovine::loadField(info.accessFlags)) & 3u]);
+    const std::string_view access = accessText(marovine::loadField(info.accessFlags));
+    places_.access = {document_.size() + std::string_view("<AccessMode>").size(), access.size()};
+    line("AccessMode", access);
     line("pPort", "DevicePort");
 }
 
@@ -81,7 +105,7 @@ void ParameterInfoGeneratorXML::infoGenerate(const RegisterInfo& info, std::uint
     description(info);
     line("pValue", name + "_Reg");
     limit("Min", min);
-    limit("Max", max);
+    maximum(info, max);
     if (inc != 0) limit("Inc", inc);
     put("</Integer>");
 }
@@ -95,7 +119,7 @@ void ParameterInfoGeneratorXML::infoGenerate(const RegisterInfo& info, double mi
     description(info);
     line("pValue", name + "_Reg");
     line("Min", min);
-    line("Max", max);
+    maximum(info, std::bit_cast<std::uint64_t>(max));
     put("</Float>");
 }
 

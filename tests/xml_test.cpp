@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <locale>
+#include <random>
 #include <string>
+#include <vector>
 
+#include "description/DescriptionDocument.h"
 #include "description/Fg_ParameterInfo.h"
 #include "description/Filters.h"
 #include "description/ParameterInfoBuilderXML.h"
@@ -174,6 +177,43 @@ TEST(XmlDocument, NumbersHaveTwelveDigitsAndIgnoreTheLocale) {
                                        "<Address>5</Address>\n<Length>8</Length>"}) {
         EXPECT_NE(document.find(expected), std::string::npos) << expected << " not in\n" << document;
     }
+}
+
+TEST(XmlDocument, KeepsUpWithFlagsAndMaxima) {
+    Fg_ParameterInfo registry(1);
+    RegisterInfo* const group = registry.addGroupInfo(0, nullptr, "Group");
+    std::vector<RegisterInfo*> nodes;
+    for (int i = 0; i < 8; ++i) {
+        const std::string name = "FG_" + std::to_string(i);
+        const int publish = i == 3 ? kHidden : kPublished;
+        const auto add = [&](auto operation, auto maximum) {
+            nodes.push_back(
+                (registry.*operation)(group, "P", name.c_str(), 0, maximum, 1, 7, 1, publish, nullptr, i, 0));
+        };
+        add(&Fg_ParameterInfo::addInfoUInt, 16384u);
+        add(&Fg_ParameterInfo::addInfoInt, 10);
+        add(&Fg_ParameterInfo::addInfoDouble, 0.5);
+        nodes.push_back(registry.addInfoString(group, "P", name.c_str(), "", 7, 1, publish, nullptr, i, 0));
+    }
+    marovine::DescriptionDocument document;
+    std::mt19937 random(1);
+    for (int round = 0; round < 300; ++round) {
+        for (unsigned changes = random() % 4; changes > 0; --changes) {
+            RegisterInfo& node = *nodes[random() % nodes.size()];
+            const std::uint32_t number = static_cast<std::uint32_t>(random()) >> random() % 32;
+            marovine::storeField(node.accessFlags, static_cast<std::int32_t>(random() % 8));
+            if (node.kind == FG_KIND_UINT32) marovine::storeField(node.value.uint32.maximum, number);
+            if (node.kind == FG_KIND_INT32)
+                marovine::storeField(node.value.int32.maximum, static_cast<std::int32_t>(number));
+            if (node.kind == FG_KIND_DOUBLE) marovine::storeField(node.value.real.maximum, number / 1000.0);
+        }
+        ASSERT_EQ(documentOf(registry), *document.of(registry, "A<B", 0)) << round;
+    }
+    const auto earlier = document.of(registry, "A<B", 0);
+    const std::string text = *earlier;
+    marovine::storeField(nodes[0]->value.uint32.maximum, 5u);
+    EXPECT_NE(text, *document.of(registry, "A<B", 0));
+    EXPECT_EQ(text, *earlier) << "whoever still reads it";
 }
 
 }  // namespace
