@@ -54,7 +54,11 @@ struct Fixture {
 
     template <class T>
     int set(int id, T value) {
-        return Fg_setParameterWithType(&record, id, &value, 0, FG_TYPE_UINT32);
+        return setIn(&record, id, value);
+    }
+    template <class T>
+    static int setIn(Fg_Struct* record, int id, T value) {
+        return Fg_setParameterWithType(record, id, &value, 0, FG_TYPE_UINT32);
     }
     int setText(int id, const std::string& text) {
         return Fg_setParameterWithType(&record, id, text.c_str(), 0, FG_TYPE_TEXT);
@@ -149,21 +153,26 @@ void FloorMutexPair(State& state) {
 }
 BENCHMARK(FloorMutexPair);
 
+/// A design parameter that the board only stores: what a write sets going on the board is no business of the
+/// applet.
 void FloorRuntimeSet(State& state) {
-    const int id = direct().idOf(direct().inner, "Device1_Process0_Trigger_Trigger_LineTrgDownscaler");
+    const int id = direct().idOf(direct().inner, "Device1_Process0_Camera_DvalMode");
+    const auto set = direct().set;
+    Fg_Struct* const inner = direct().inner;
     std::uint32_t value = 0;
     for (auto _ : state) {
-        value = 1 + (value & 127);
-        benchmark::DoNotOptimize(direct().set(direct().inner, id, &value, 0, FG_TYPE_UINT32));
+        value ^= 1;
+        benchmark::DoNotOptimize(set(inner, id, &value, 0, FG_TYPE_UINT32));
     }
 }
 BENCHMARK(FloorRuntimeSet);
 
 void GetSameId(State& state) {
+    Fg_Struct* const record = &applet().record;
     std::uint32_t value = 0;
     for (auto _ : state)
         benchmark::DoNotOptimize(
-            Fg_getParameterWithType(&applet().record, sdkId("FG_WIDTH"), &value, 0, FG_TYPE_UINT32));
+            Fg_getParameterWithType(record, sdkId("FG_WIDTH"), &value, 0, FG_TYPE_UINT32));
 }
 BENCHMARK(GetSameId);
 
@@ -179,25 +188,28 @@ void GetRandomIds(State& state) {
     std::mt19937 random(1);
     std::array<int, 4096> order{};  // of a size that costs no division to stay in
     for (auto& id : order) id = ids[random() % ids.size()];
+    Fg_Struct* const record = &applet().record;
     double value = 0;
     std::size_t i = 0;
     for (auto _ : state)
         benchmark::DoNotOptimize(
-            Fg_getParameterWithType(&applet().record, order[i++ % order.size()], &value, 0, FG_TYPE_UINT32));
+            Fg_getParameterWithType(record, order[i++ % order.size()], &value, 0, FG_TYPE_UINT32));
 }
 BENCHMARK(GetRandomIds);
 
 void SetOneWrite(State& state) {
+    Fg_Struct* const record = &applet().record;
     std::uint32_t value = 0;
     for (auto _ : state) {
-        value = 1 + (value & 127);
-        benchmark::DoNotOptimize(applet().set(sdkId("FG_LINE_DOWNSCALE"), value));
+        value ^= 1;
+        benchmark::DoNotOptimize(Fixture::setIn(record, sdkId("FG_USEDVAL"), value));
     }
 }
 BENCHMARK(SetOneWrite);
 
 void SetRefused(State& state) {
-    for (auto _ : state) benchmark::DoNotOptimize(applet().set(sdkId("FG_LINE_DOWNSCALE"), 256u));
+    Fg_Struct* const record = &applet().record;
+    for (auto _ : state) benchmark::DoNotOptimize(Fixture::setIn(record, sdkId("FG_LINE_DOWNSCALE"), 256u));
 }
 BENCHMARK(SetRefused);
 
@@ -230,11 +242,25 @@ void FloorSetGamma(State& state) {
 }
 BENCHMARK(FloorSetGamma);
 
+/// A gamma that was not used before, as a slider gives.
+void SetNewGamma(State& state) {
+    double value = 1.0;
+    for (auto _ : state) {
+        value = value < 2.5 ? value * 1.00001 : 0.5;
+        benchmark::DoNotOptimize(applet().set(sdkId("FG_PROCESSING_GAMMA"), value));
+    }
+    applet().set(sdkId("FG_PROCESSING_GAMMA"), 1.0);
+}
+BENCHMARK(SetNewGamma);
+
 void LookupByName(State& state) {
+    Fg_Struct* const record = &applet().record;
+    std::vector<const char*> names;
+    for (const auto& row : sdkParameters) names.push_back(row.name);
     std::size_t i = 0;
     for (auto _ : state) {
-        i = (i + 37) % sdkParameterCount;
-        benchmark::DoNotOptimize(Fg_getParameterIdByName(&applet().record, sdkParameters[i].name));
+        i = (i + 37) % names.size();
+        benchmark::DoNotOptimize(Fg_getParameterIdByName(record, names[i]));
     }
 }
 BENCHMARK(LookupByName);
@@ -242,6 +268,7 @@ BENCHMARK(LookupByName);
 // ---- opening ----
 
 void Open(State& state) {
+    direct();  // a host has the runtime loaded
     for (auto _ : state) {
         const Fixture fixture;
         benchmark::DoNotOptimize(fixture.record.instance);
@@ -378,6 +405,45 @@ void DescribeAsXml(State& state) {
 }
 BENCHMARK(DescribeAsXml)->Unit(benchmark::kMicrosecond);
 
+/// A parameter's node in the description tree.
+RegisterInfo* nodeOf(RegisterInfo* node, int id) {
+    for (; node != nullptr; node = node->next) {
+        if (node->kind != FG_KIND_GROUP) {
+            if (node->address == id) return node;
+            continue;
+        }
+        for (int i = 0; i < node->value.group.childCount; ++i)
+            if (RegisterInfo* found = nodeOf(node->value.group.children[i], id)) return found;
+    }
+    return nullptr;
+}
+
+/// The same when a limit of another length, a limit of a time and access flags have changed since the last,
+/// as setters change them.
+void DescribeAsXmlAnew(State& state) {
+    std::size_t size = 0;
+    Fg_getParameterInfoXML(&applet().record, 0, nullptr, &size);
+    std::vector<char> buffer(size + 1000);
+    RegisterInfo* const tree = Fg_getParameterInfo(&applet().record, 0);
+    RegisterInfo* const offset = nodeOf(tree, sdkId("FG_XOFFSET"));
+    RegisterInfo* const exposure = nodeOf(tree, sdkId("FG_LINEEXPOSURE"));
+    RegisterInfo* const file = nodeOf(tree, sdkId("FG_LUT_CUSTOM_FILE"));
+    const RegisterInfo before[] = {*offset, *exposure, *file};
+    bool odd = false;
+    for (auto _ : state) {
+        odd = !odd;
+        offset->value.uint32.maximum = odd ? 8192 : 16384;
+        exposure->value.real.maximum = odd ? 200 : 1048.568;
+        file->accessFlags = odd ? kAccessReadOnly : kAccessReadWrite;
+        size = buffer.size();
+        benchmark::DoNotOptimize(Fg_getParameterInfoXML(&applet().record, 0, buffer.data(), &size));
+    }
+    *offset = before[0];
+    *exposure = before[1];
+    *file = before[2];
+}
+BENCHMARK(DescribeAsXmlAnew)->Unit(benchmark::kMicrosecond);
+
 void FloorDescribeAsXml(State& state) {
     std::size_t size = 0;
     Fg_getParameterInfoXML(&applet().record, 0, nullptr, &size);
@@ -411,12 +477,14 @@ int main(int argc, char** argv) {
         {"SetRefused", {"FloorMutexPair"}, 30},
         {"SetWidth", {"FloorMutexPair", "FloorSetWidth"}, 2},
         {"SetGamma", {"FloorMutexPair", "FloorSetGamma"}, 3},
+        {"SetNewGamma", {"FloorMutexPair", "FloorSetGamma"}, 3},
         {"LookupByName", {"FloorMutexPair"}, 2},
         {"Open", {"FloorOpen"}, 1.5},
         {"SaveConfiguration", {"FloorSaveConfiguration"}, 1.5},
         {"LoadConfiguration", {"FloorLoadConfiguration"}, 2},
         {"LoadLutFile", {"FloorLoadLutFile"}, 4},
         {"DescribeAsXml", {"FloorDescribeAsXml"}, 15},
+        {"DescribeAsXmlAnew", {"FloorDescribeAsXml"}, 15},
     });
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
