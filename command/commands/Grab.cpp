@@ -1,9 +1,16 @@
 #include <algorithm>
+#include <deque>
 #include <filesystem>
+#include <functional>
+#include <future>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
 
 #include "client/Grabber.h"
 #include "client/VirtualBoard.h"
@@ -26,6 +33,7 @@ namespace {
 namespace fs = std::filesystem;
 using virtualboard::ClockMode;
 using virtualboard::PicturePlan;
+using virtualboard::imaging::Image;
 using virtualboard::imaging::ImageView;
 using virtualboard::imaging::PictureEncoder;
 using virtualboard::imaging::PictureFormat;
@@ -88,9 +96,13 @@ void check(const Options& options) {
     if (!options.output.empty()) formatOf(options);
 }
 
-/// Where the pictures go: one stream, a file each, or nowhere.
+/// Where the pictures go: one stream, a file each, or nowhere. PNG files are made by threads beside the one
+/// that takes pictures, at most one for each core; all are written in their order by the calling thread.
 class Output {
  public:
+    /// Is told of a picture that was written the file that it went to, empty where there is none.
+    using Written = std::function<void(const std::string& file)>;
+
     Output(const Options& options, double secondsPerPicture, const Interrupt& interrupt) : options_(options) {
         if (options.output.empty()) return;
         encoder_.emplace(formatOf(options), secondsPerPicture);
@@ -98,23 +110,31 @@ class Output {
             stream_.emplace(options.output, [&interrupt] { return interrupt.signal() != 0; });
     }
 
-    /// Writes a picture; nothing when nobody reads any more, else the file that it went to.
-    std::optional<std::string> write(const ImageView& picture, std::int64_t number) {
-        if (!encoder_.has_value()) return std::string();
+    /// Writes a picture, now or later. False when nobody reads any more; nobody is told of that picture then.
+    bool write(const ImageView& picture, std::int64_t number, Written written) {
+        if (!encoder_.has_value()) {
+            written({});
+            return true;
+        }
         const fs::path file =
             stream_.has_value() ? options_.output : numbered(options_.output, number, options_.count);
-        std::string_view bytes;
-        try {
-            bytes = encoder_->encode(picture);
-        } catch (const std::runtime_error& error) {
-            throw Failure(file.string() + " cannot be written: " + error.what());
+        if (encoder_->format() != PictureFormat::Png) {
+            return save(
+                file, [&] { return encoder_->encode(picture); }, written);
         }
-        if (!stream_.has_value()) {
-            virtualboard::imaging::writeSafely(file, bytes);
-        } else if (!stream_->write(bytes)) {
-            return std::nullopt;
-        }
-        return file.string();
+        if (waiting_.size() >= kMostWaiting && !writeFirst()) return false;
+        // The board's memory takes the next pictures meanwhile.
+        Image copy(picture.width, picture.height);
+        std::ranges::copy(picture.bytes, copy.bytes().begin());
+        const auto encode = [copy = std::move(copy)] { return virtualboard::imaging::encodePng(copy); };
+        waiting_.push_back({std::async(std::launch::async, encode), file, std::move(written)});
+        return true;
+    }
+
+    /// Writes what waits, nothing once a picture could not be written. False when nobody reads any more.
+    bool flush() {
+        while (!over_ && !waiting_.empty()) writeFirst();
+        return !over_;
     }
 
     /// Whatever was written whole stays.
@@ -123,9 +143,49 @@ class Output {
     }
 
  private:
+    struct Waiting {
+        std::future<std::vector<char>> bytes;
+        fs::path file;
+        Written written;
+    };
+
+    bool writeFirst() {
+        Waiting first = std::move(waiting_.front());
+        waiting_.pop_front();
+        std::vector<char> bytes;
+        const auto encoded = [&] {
+            bytes = first.bytes.get();
+            return std::string_view(bytes.data(), bytes.size());
+        };
+        return save(first.file, encoded, first.written);
+    }
+
+    template <typename Encoded>
+    bool save(const fs::path& file, const Encoded& encoded, const Written& written) {
+        over_ = true;
+        std::string_view bytes;
+        try {
+            bytes = encoded();
+        } catch (const std::runtime_error& error) {
+            throw Failure(file.string() + " cannot be written: " + error.what());
+        }
+        if (!stream_.has_value()) {
+            virtualboard::imaging::writeSafely(file, bytes);
+        } else if (!stream_->write(bytes)) {
+            return false;
+        }
+        over_ = false;
+        written(file.string());
+        return true;
+    }
+
+    static inline const std::size_t kMostWaiting = std::max(1U, std::thread::hardware_concurrency());
+
     const Options& options_;
     std::optional<PictureEncoder> encoder_;
     std::optional<PictureStream> stream_;
+    std::deque<Waiting> waiting_;
+    bool over_ = false;  ///< a picture could not be written
 };
 
 virtualboard::imaging::Belt beltOf(const Options& options) {
@@ -169,20 +229,33 @@ void takePictures(const Options& options, Session& session, const Interrupt& int
     std::optional<Progress> progress;
     if (!session.isShared() && !endless)
         progress.emplace(static_cast<std::size_t>(options.count), "pictures");
-    while (endless || report.taken() < options.count) {
+    const auto take = [&](std::int64_t number) {
         if (options.trigger) applet.set("FG_SENDSOFTWARETRIGGER", std::int32_t{1});
-        if (!await(grabber, applet, wait, interrupt)) break;
+        if (!await(grabber, applet, wait, interrupt)) return false;
         const ImageView picture = grabber.next();
-        const auto file = output.write(picture, report.taken() + 1);
-        if (!file.has_value()) break;
-        report.add(*file, picture, grabber.info());
+        const ImageView size{picture.width, picture.height, {}};
+        const auto written = [&, size, info = grabber.info(),
+                              shows = options.truth.empty() ? std::string()
+                                                            : grabber.truth()](const std::string& file) {
+            report.add(file, size, info);
+            if (!options.truth.empty()) truth.push_back(shows);
+            if (endless && options.json)
+                told.out() << printedOnOneLine(jsonOf(file, size, info)) << std::endl;
+            if (progress) progress->reached(static_cast<std::size_t>(report.taken()));
+        };
+        if (!output.write(picture, number, written)) return false;
         report.lost(grabber.lost());
-        if (!options.truth.empty()) truth.push_back(grabber.truth());
-        if (endless && options.json)
-            told.out() << printedOnOneLine(jsonOf(*file, picture, grabber.info())) << std::endl;
-        if (progress) progress->reached(static_cast<std::size_t>(report.taken()));
-        if (options.view && report.taken() == options.count) showPicture(told, picture);
+        if (options.view && number == options.count && output.flush()) showPicture(told, picture);
+        return true;
+    };
+    try {
+        for (std::int64_t number = 1; (endless || number <= options.count) && take(number); ++number) {
+        }
+    } catch (...) {
+        output.flush();  // what came before
+        throw;
     }
+    output.flush();
 }
 
 /// What was taken until the end or an interrupt.
