@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <bit>
 #include <csignal>
 #include <filesystem>
 #include <iostream>
@@ -31,8 +32,7 @@ bool isForStudio(const std::vector<std::string>& arguments) {
 void becomeStudio(char** arguments) {
     // The name by which the kernel knows this program: /proc is not everywhere.
     std::error_code unknown;
-    const auto self =
-        std::filesystem::canonical(reinterpret_cast<const char*>(getauxval(AT_EXECFN)), unknown);
+    const auto self = std::filesystem::canonical(std::bit_cast<const char*>(getauxval(AT_EXECFN)), unknown);
     if (!unknown) execv((self.parent_path() / "marovine-studio").c_str(), arguments);
 }
 
