@@ -337,6 +337,11 @@ TEST(Command, ChainsAConfigurationAndSettings) {
     const std::string diff = std::string("diff ") + file.name();
     EXPECT_EQ(1, run(diff).status);
     EXPECT_EQ(0, run(diff + " " + file.name()).status);
+    // A line that only one of them has is a difference as well.
+    const auto line = text.find("\nFG_HEIGHT=");
+    text.erase(line, text.find('\n', line + 1) - line);
+    const TemporaryFile shorter(".mcf", text);
+    EXPECT_EQ(1, run(diff + " " + shorter.name()).status);
 }
 
 TEST(Command, NeverReplacesAGoodFileByABadOne) {

@@ -267,7 +267,7 @@ TEST(Names, FindsWhatWasMeant) {
         std::vector<std::string> nearest;
     };
     for (const auto& [typed, nearest] : {
-             Case{"FG_WITDH", {"FG_WIDTH"}},  // a swap is one error, not two
+             Case{"GF_WITDH", {"FG_WIDTH"}},  // a swap is one error, not two
              Case{"fg_width", {"FG_WIDTH"}},
              Case{"WIDTH", {"FG_WIDTH", "FG_SENSORWIDTH"}},
              Case{"FG_OFFSET", {"FG_XOFFSET", "FG_YOFFSET"}},
