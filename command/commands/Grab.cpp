@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdint>
 #include <deque>
 #include <filesystem>
 #include <functional>
@@ -33,7 +34,6 @@ namespace {
 namespace fs = std::filesystem;
 using virtualboard::ClockMode;
 using virtualboard::PicturePlan;
-using virtualboard::imaging::Image;
 using virtualboard::imaging::ImageView;
 using virtualboard::imaging::PictureEncoder;
 using virtualboard::imaging::PictureFormat;
@@ -124,10 +124,14 @@ class Output {
         }
         if (waiting_.size() >= kMostWaiting && !writeFirst()) return false;
         // The board's memory takes the next pictures meanwhile.
-        Image copy(picture.width, picture.height);
-        std::ranges::copy(picture.bytes, copy.bytes().begin());
-        const auto encode = [copy = std::move(copy)] { return virtualboard::imaging::encodePng(copy); };
-        waiting_.push_back({std::async(std::launch::async, encode), file, std::move(written)});
+        Pixels pixels = std::exchange(spare_, nullptr);
+        if (pixels == nullptr) pixels = std::make_unique<std::vector<std::uint8_t>>();
+        pixels->assign(picture.bytes.begin(), picture.bytes.end());
+        const auto encode = [view = ImageView{picture.width, picture.height, *pixels}] {
+            return virtualboard::imaging::encodePng(view);
+        };
+        waiting_.push_back(
+            {std::move(pixels), std::async(std::launch::async, encode), file, std::move(written)});
         return true;
     }
 
@@ -143,7 +147,9 @@ class Output {
     }
 
  private:
+    using Pixels = std::unique_ptr<std::vector<std::uint8_t>>;
     struct Waiting {
+        Pixels pixels;  ///< outlives who encodes them
         std::future<std::vector<char>> bytes;
         fs::path file;
         Written written;
@@ -155,6 +161,7 @@ class Output {
         std::vector<char> bytes;
         const auto encoded = [&] {
             bytes = first.bytes.get();
+            spare_ = std::move(first.pixels);  // fresh memory costs more than the copy
             return std::string_view(bytes.data(), bytes.size());
         };
         return save(first.file, encoded, first.written);
@@ -185,6 +192,7 @@ class Output {
     std::optional<PictureEncoder> encoder_;
     std::optional<PictureStream> stream_;
     std::deque<Waiting> waiting_;
+    Pixels spare_;
     bool over_ = false;  ///< a picture could not be written
 };
 
