@@ -79,8 +79,10 @@ bool Fg_ConfigFileParser::checkFileExist(const char* path) const {
 
 void Fg_ConfigFileParser::flushAtEnd() {
     flushesEachLine_ = false;
-    // The whole file in one write; a library that has no memory for it keeps its usual room.
-    if (file_) std::setvbuf(file_.get(), nullptr, _IOFBF, kFileRoom);
+    if (!file_) return;
+    // The whole file in one write.
+    room_ = std::make_unique_for_overwrite<char[]>(kFileRoom);
+    std::setvbuf(file_.get(), room_.get(), _IOFBF, kFileRoom);
 }
 
 int Fg_ConfigFileParser::writeConfigFileHeader() {

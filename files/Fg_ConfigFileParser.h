@@ -1,6 +1,7 @@
 #pragma once
 
 #include <initializer_list>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -118,6 +119,7 @@ class Fg_ConfigFileParser {
     void logEntry(const char* member) const;
 
     bool flushesEachLine_ = true;
+    std::unique_ptr<char[]> room_;  ///< of `file_`, which is closed before it goes
     marovine::File file_;
     marovine::LineReader reader_;  ///< of that file
     Fg_Log* log_;

@@ -89,14 +89,17 @@ std::optional<std::string_view> LineReader::next() {
 void LineReader::jumpTo(std::string_view text) {
     if (hasNul_ || at_ == end_) return;
     const std::string_view rest(at_, static_cast<std::size_t>(end_ - at_));
-    const std::size_t found = rest.find(text);
-    if (found == rest.npos) {
-        if (ended_) at_ = end_;
+    const std::size_t found = std::min(rest.find(text), rest.size());
+    if (found == rest.size() && ended_) {
+        at_ = end_;
         return;
     }
-    // To the line's start: the pieces of a long one are searched one by one.
+    // To the piece in which the text begins, or else to the last one, which may go on in the next block: a
+    // block is searched once, whatever it holds.
     const std::size_t lineFeed = found != 0 ? rest.rfind('\n', found - 1) : rest.npos;
-    if (lineFeed != rest.npos) at_ += lineFeed + 1;
+    const std::size_t line = lineFeed != rest.npos ? lineFeed + 1 : 0;
+    constexpr std::size_t kLongest = LineSize - 1;
+    at_ += line + (found - line) / kLongest * kLongest;
 }
 
 std::optional<std::string_view> LineReader::nextWith(std::string_view text) {

@@ -5,6 +5,8 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -63,6 +65,17 @@ TEST(LineReader, GivesThePiecesOfFgets) {
             }
         }
     }
+}
+
+TEST(LineReader, SearchesEachBlockOnce) {
+    std::string many;
+    while (many.size() < 1'000'000) many += "n\n";
+    const TemporaryFile text(".txt", many);
+    const File file(std::fopen(text.name(), "r"));
+    LineReader reader(file.get());
+    const std::clock_t begin = std::clock();
+    EXPECT_EQ(std::nullopt, reader.nextWith("nrOfElements"));
+    EXPECT_LT(std::clock() - begin, CLOCKS_PER_SEC);  // some milliseconds; a minute when each line searches on
 }
 
 TEST(LineReader, SeesWhatWasWrittenOnceItIsTold) {
