@@ -55,7 +55,8 @@ int ProcessedTables::entryOf(std::size_t input, double exponent) const {
     // An entry is the whole part of a value below 256.5. Where the rough value is not next to a whole number
     // it has the same one as the exact value: both are within 1e-9 of the true one.
     constexpr double kDoubt = 1e-6;
-    if (const double x = logarithms_[input] * exponent; exponent != 1.0 && x > -900.0 && x < 8.0) {
+    if (const double x = logarithms_[input] * exponent;
+        exponent != 1.0 && bases_[input] > 0.0 && x > -900.0 && x < 8.0) {
         const double value = std::min(roughExp2(x) * double{kMaximum} + 0.5, kCeiling + 0.5);
         const int entry = static_cast<int>(value);
         const double behind = value - entry;
@@ -77,7 +78,9 @@ void ProcessedTables::take(const Scale& scale, bool withLogarithms) {
             bases_[input] = (static_cast<double>(input) / double{kMaximum} + offset) * gain;
     }
     if (hasLogarithms_ || !withLogarithms) return;
-    std::ranges::transform(bases_, logarithms_.begin(), [](double base) { return std::log2(base); });
+    // The logarithm of any other would raise a floating-point exception, which a host may have trapped.
+    std::ranges::transform(bases_, logarithms_.begin(),
+                           [](double base) { return base > 0.0 ? std::log2(base) : 0.0; });
     hasLogarithms_ = true;
 }
 

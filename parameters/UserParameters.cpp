@@ -102,13 +102,11 @@ void FgGxWrapperImpl::enterInRegistryMap(RegisterInfo* node) {
 void FgGxWrapperImpl::createUserParameters() {
     Groups groups(parameterInfo());
     std::array<RegisterInfo*, marovine::sdkParameterCount> nodes{};  // in list order
-    parameterInfo().expectConstantTexts(true);
     for (const auto index : marovine::catalogue) {
         const SdkParameter& row = rowOf(index);
         nodes[static_cast<std::size_t>(index)] =
             std::visit(AddNode{parameterInfo(), groups.at(row.group), row}, row.range);
     }
-    parameterInfo().expectConstantTexts(false);
     registryMaps_[0].reserve(marovine::describedCount);
     for (const auto index : marovine::catalogueById)
         enterInRegistryMap(nodes[static_cast<std::size_t>(index)]);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cfenv>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -61,6 +62,14 @@ TEST_F(ProcessedTablesTest, AreThePowersWhereAnEntryIsAboutToChange) {
                 compare(0.0, 1.0, gamma);
         }
     }
+}
+
+TEST_F(ProcessedTablesTest, RaiseNoExceptionThatAHostMayTrap) {
+    cache_.FG_PROCESSING_OFFSET = -0.5;  // bases below, at and above 0
+    cache_.FG_PROCESSING_GAMMA = 2.2;
+    std::feclearexcept(FE_ALL_EXCEPT);
+    tables_.of(cache_);
+    EXPECT_EQ(0, std::fetestexcept(FE_DIVBYZERO | FE_INVALID | FE_OVERFLOW));
 }
 
 TEST_F(ProcessedTablesTest, AreThePowersAtTheEndsOfNumbers) {
