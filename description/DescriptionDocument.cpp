@@ -40,6 +40,13 @@ void DescriptionDocument::build(const Fg_ParameterInfo& registry, const char* mo
     ParameterInfoBuilderXML builder(registry, modelName, port);
     auto document = std::make_shared<const std::string>(builder.build());
     described_ = builder.described();
+    // What the document says counts: another thread may have changed it after `now_` was seen, and back
+    // since.
+    for (std::size_t i = 0; i < described_.size(); ++i) {
+        const auto& places = described_[i].places;
+        if (places.access.isGiven()) now_[i].accessFlags = places.accessFlags;
+        if (places.maximum.isGiven()) now_[i].maximum = places.maximumBits;
+    }
     document_ = std::move(document);
 }
 
@@ -54,14 +61,14 @@ void DescriptionDocument::update() {
         place.length = text.size();
     };
     for (std::size_t i = 0; i < described_.size(); ++i) {
-        auto& [access, maximum] = described_[i].places;
+        auto& places = described_[i].places;
         const bool changed = now_[i] != seen_[i];
-        access.at += shift;
-        if (changed && access.isGiven())
-            put(access, ParameterInfoGeneratorXML::accessText(now_[i].accessFlags));
-        maximum.at += shift;
-        if (changed && maximum.isGiven())
-            put(maximum, ParameterInfoGeneratorXML::maximumText(*now_[i].node, now_[i].maximum));
+        places.access.at += shift;
+        if (changed && places.access.isGiven())
+            put(places.access, ParameterInfoGeneratorXML::accessText(now_[i].accessFlags));
+        places.maximum.at += shift;
+        if (changed && places.maximum.isGiven())
+            put(places.maximum, ParameterInfoGeneratorXML::maximumText(*now_[i].node, now_[i].maximum));
     }
     document_ = std::move(document);
 }
@@ -70,7 +77,7 @@ std::shared_ptr<const std::string> DescriptionDocument::of(const Fg_ParameterInf
                                                            const char* modelName, int port) {
     const std::lock_guard lock(mutex_);
     now_.clear();
-    see(registry.getRegisterInfo(port), now_);  // before the document: what changes meanwhile is seen next
+    see(registry.getRegisterInfo(port), now_);
     const bool sameNodes = std::ranges::equal(now_, seen_, {}, &Seen::node, &Seen::node);
     if (document_ == nullptr || port != port_ || !sameNodes)
         build(registry, modelName, port);

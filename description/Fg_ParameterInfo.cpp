@@ -102,11 +102,6 @@ RegisterInfo* Fg_ParameterInfo::addGroupInfo(int process, RegisterInfo* parent, 
     return group;
 }
 
-char* Fg_ParameterInfo::keepText(Process& process, const char* text) const {
-    // The record's pointers are not const; nobody writes through them all the same.
-    return constantTexts_ ? const_cast<char*>(text) : copyText(process.memory(), text);
-}
-
 RegisterInfo* Fg_ParameterInfo::addParameter(std::uint32_t kind, const RegisterInfoValue& value,
                                              RegisterInfo* parent, const char* displayName, const char* name,
                                              int access, int flag2, int publish, const char* unit, int id,
@@ -117,14 +112,14 @@ RegisterInfo* Fg_ParameterInfo::addParameter(std::uint32_t kind, const RegisterI
     Memory memory = tree->memory();
     auto* const node = memory.new_object<RegisterInfo>();
     node->kind = kind;
-    node->displayName = keepText(*tree, displayName);
-    node->name = keepText(*tree, name);
+    node->displayName = copyText(tree->memory(), displayName);
+    node->name = copyText(tree->memory(), name);
     node->accessFlags = access;
     node->secondFlags = flag2;
     node->publish = publish;
     node->address = id;
     node->value = value;
-    node->unit = keepText(*tree, unit);
+    node->unit = copyText(tree->memory(), unit);
     node->process = process;
     appendChild(memory, parent, node);
     return node;
@@ -136,7 +131,7 @@ RegisterInfo* Fg_ParameterInfo::addInfoString(RegisterInfo* parent, const char* 
     RegisterInfo* const node = addParameter(FG_KIND_TEXT, {.text = {nullptr}}, parent, displayName, name,
                                             access, flag2, publish, unit, id, process);
     if (node != nullptr) {
-        node->value.text.attribute = keepText(*processAt(process), text == nullptr ? "" : text);
+        node->value.text.attribute = copyText(processAt(process)->memory(), text == nullptr ? "" : text);
     }
     return node;
 }
@@ -171,8 +166,9 @@ int Fg_ParameterInfo::addEnumNameValue(RegisterInfo* node, int index, const char
 
     const std::string_view name(displayName, strnlen(displayName, kLongestEntryName));
     const bool whole = displayName[name.size()] == '\0';
-    entries.displayNames[index] = whole ? keepText(*tree, displayName) : copyText(tree->memory(), name);
-    entries.constantNames[index] = keepText(*tree, constantName);
+    entries.displayNames[index] =
+        whole ? copyText(tree->memory(), displayName) : copyText(tree->memory(), name);
+    entries.constantNames[index] = copyText(tree->memory(), constantName);
     entries.values[index] = value;
     return 0;
 }

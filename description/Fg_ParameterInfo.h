@@ -12,9 +12,9 @@
 
 /// Builds and owns one description tree per process. The host and the setters get raw pointers into it; nodes
 /// and texts stay where they are until `destroy`, `init` or the destructor of the registry frees them all
-/// together. Texts passed in are copied unless they are said to be constants. A process number outside the
-/// registry makes every operation answer null or do nothing. Not synchronised: fill it before the host can
-/// see it. From then on only access flags and maxima change, through `storeField`.
+/// together. Texts passed in are copied. A process number outside the registry makes every operation answer
+/// null or do nothing. Not synchronised: fill it before the host can see it. From then on only access flags
+/// and maxima change, through `storeField`.
 class Fg_ParameterInfo {
  public:
     /// Starts `processCount` empty trees; a negative count is taken as 0.
@@ -37,10 +37,6 @@ class Fg_ParameterInfo {
     /// Adds a group below `parent`, or before all top-level groups when `parent` is null. Returns null, and
     /// adds nothing, when the process is finalised or `parent` is not a group of this process.
     RegisterInfo* addGroupInfo(int process, RegisterInfo* parent, const char* name);
-
-    /// Whether the texts of the parameters and entries to come are constants that outlive the registry: such
-    /// texts are not copied. Names of groups always are.
-    void expectConstantTexts(bool constant) { constantTexts_ = constant; }
 
     // The parameters. Each is appended to the group `parent` and returned; null, and nothing is added, when
     // the process is finalised or `parent` is null or not a group of this process. `access` has bit 0 for
@@ -130,10 +126,7 @@ class Fg_ParameterInfo {
                                const char* displayName, const char* name, int access, int flag2, int publish,
                                const char* unit, int id, int process);
 
-    char* keepText(Process& process, const char* text) const;
-
     int processCount_;
-    bool constantTexts_ = false;
     std::unique_ptr<Process[]> processes_;
 };
 

@@ -68,6 +68,7 @@ std::string ParameterInfoGeneratorXML::maximumText(const RegisterInfo& info, std
 
 void ParameterInfoGeneratorXML::maximum(const RegisterInfo& info, std::uint64_t bits) {
     const std::string text = maximumText(info, bits);
+    places_.maximumBits = bits;
     places_.maximum = {document_.size() + std::string_view("<Max>").size(), text.size()};
     line("Max", text);
 }
@@ -81,7 +82,8 @@ void ParameterInfoGeneratorXML::description(const RegisterInfo& info) {
 void ParameterInfoGeneratorXML::registerPart(const RegisterInfo& info, int length) {
     if (info.address != 0) line("Address", info.address);
     line("Length", length);
-    const std::string_view access = accessText(marovine::loadField(info.accessFlags));
+    places_.accessFlags = marovine::loadField(info.accessFlags);
+    const std::string_view access = accessText(places_.accessFlags);
     places_.access = {document_.size() + std::string_view("<AccessMode>").size(), access.size()};
     line("AccessMode", access);
     line("pPort", "DevicePort");

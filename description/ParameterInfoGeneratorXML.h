@@ -21,9 +21,11 @@ class ParameterInfoGeneratorXML {
         static constexpr auto kNone = static_cast<std::size_t>(-1);
         bool isGiven() const { return length != kNone; }
     };
-    /// Where the text stands that can change while the registry is in use, in this order.
+    /// Where the text stands that can change while the registry is in use, in this order, and what it says.
     struct Places {
         Place access, maximum;
+        std::int32_t accessFlags = 0;
+        std::uint64_t maximumBits = 0;
     };
 
     /// Appends to `document`, which must outlive the generator.
