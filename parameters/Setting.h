@@ -115,7 +115,8 @@ template <class Body>
 /// Checks, remembers, stores and carries out a setting. A refused value changes nothing; when the body
 /// throws, the cached value is put back, while what the body already wrote to the design stays written.
 template <class Cached, class T, class Body>
-[[gnu::always_inline]] inline void applySetting(Cached& cached, const T& value, Verdict verdict, OnError onError, Body&& body) {
+[[gnu::always_inline]] inline void applySetting(Cached& cached, const T& value, Verdict verdict,
+                                                OnError onError, Body&& body) {
     if (verdict != error::success) return onError.fail(verdict);
     leavingErrors(onError, [&] {
         Restore<Cached> old(cached);

@@ -75,7 +75,8 @@ TEST(LineReader, SearchesEachBlockOnce) {
     LineReader reader(file.get());
     const std::clock_t begin = std::clock();
     EXPECT_EQ(std::nullopt, reader.nextWith("nrOfElements"));
-    EXPECT_LT(std::clock() - begin, CLOCKS_PER_SEC);  // some milliseconds; a minute when each line searches on
+    EXPECT_LT(std::clock() - begin,
+              CLOCKS_PER_SEC);  // some milliseconds; a minute when each line searches on
 }
 
 TEST(LineReader, SeesWhatWasWrittenOnceItIsTold) {
