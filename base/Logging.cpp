@@ -13,16 +13,12 @@ using templates::platform::Access;
 using templates::platform::ReadWriteLock;
 using templates::platform::ReadWriteLockGuard;
 
-namespace {
-
-struct LoggerDeleter {
-    void operator()(Logger* logger) const { Logger::destroy(logger); }
-};
-using OwnedLogger = std::unique_ptr<Logger, LoggerDeleter>;
-
-}  // namespace
-
 struct Logging::Record {
+    struct LoggerDeleter {
+        void operator()(Logger* logger) const { Logger::destroy(logger); }
+    };
+    using OwnedLogger = std::unique_ptr<Logger, LoggerDeleter>;
+
     OwnedLogger fallback{Logger::create(nullptr, kSilentThreshold)};
     // Both functions are stored by the dispatcher while it registers and stay as they are.
     CreateLoggerFunction createLogger = nullptr;
@@ -64,7 +60,7 @@ Logger* Logging::getLogger(const char* name) {
     record.createLogger(name, &handle, &threshold);
 
     const ReadWriteLockGuard guard(&record.loggersLock, Access::Write);
-    OwnedLogger& logger = record.loggers[handle];
+    auto& logger = record.loggers[handle];
     if (!logger) {
         logger.reset(Logger::create(handle, threshold));
     }

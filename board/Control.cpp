@@ -17,7 +17,7 @@ namespace virtualboard {
 
 namespace {
 
-void check(int code) {
+void must(int code) {
     if (code == kOk) return;
     const std::string why = VirtualBoardLastError();
     switch (code) {
@@ -92,11 +92,11 @@ Control::Control(GXdevice* board) : board_(board) {
 }
 
 void Control::recordWrites(bool on) {
-    check(VirtualBoardRecordWrites(board_, on));
+    must(VirtualBoardRecordWrites(board_, on));
 }
 std::vector<Write> Control::takeWrites() {
     const VirtualBoardWrite* first = nullptr;
-    check(VirtualBoardTakeWrites(board_, &first));
+    must(VirtualBoardTakeWrites(board_, &first));
     const HandedOut block(first);
     std::vector<Write> writes;
     for (const auto* write = first; write != nullptr; write = write->next)
@@ -104,28 +104,28 @@ std::vector<Write> Control::takeWrites() {
     return writes;
 }
 void Control::watchWrites(WriteFunction watcher) {
-    if (!watcher) return check(VirtualBoardWatchWrites(board_, nullptr, nullptr, nullptr));
+    if (!watcher) return must(VirtualBoardWatchWrites(board_, nullptr, nullptr, nullptr));
     const auto call = [](const VirtualBoardWrite* write, void* context) {
         received<WriteFunction>(context)(fromRecord(*write));
     };
-    check(VirtualBoardWatchWrites(board_, call, sent(std::move(watcher)), release<WriteFunction>));
+    must(VirtualBoardWatchWrites(board_, call, sent(std::move(watcher)), release<WriteFunction>));
 }
 
 Value Control::value(std::string_view name) const {
     VirtualBoardValue value{};
     value.size = sizeof(value);
-    check(VirtualBoardReadValue(board_, Name(name), &value));
+    must(VirtualBoardReadValue(board_, Name(name), &value));
     const HandedOut text(value.text);
     const HandedOut elements(value.elements);
     return fromRecord(value);
 }
 void Control::force(std::string_view name, const Value& value) {
     const VirtualBoardValue record = recordOf(value);
-    check(VirtualBoardForceValue(board_, Name(name), &record));
+    must(VirtualBoardForceValue(board_, Name(name), &record));
 }
 std::vector<std::string> Control::parameterNames() const {
     const char* text = nullptr;
-    check(VirtualBoardParameterNames(board_, &text));
+    must(VirtualBoardParameterNames(board_, &text));
     const HandedOut block(text);
     std::vector<std::string> names;
     std::istringstream lines(text);
@@ -134,30 +134,30 @@ std::vector<std::string> Control::parameterNames() const {
 }
 
 void Control::refuseWrites(std::string_view name, int code) {
-    check(VirtualBoardRefuseWrites(board_, Name(name), code));
+    must(VirtualBoardRefuseWrites(board_, Name(name), code));
 }
 void Control::refuseReads(std::string_view name, int code) {
-    check(VirtualBoardRefuseReads(board_, Name(name), code));
+    must(VirtualBoardRefuseReads(board_, Name(name), code));
 }
 void Control::refuseNthWrite(unsigned n, int code) {
-    check(VirtualBoardRefuseNthWrite(board_, n, code));
+    must(VirtualBoardRefuseNthWrite(board_, n, code));
 }
 void Control::refuseNthRead(unsigned n, int code) {
-    check(VirtualBoardRefuseNthRead(board_, n, code));
+    must(VirtualBoardRefuseNthRead(board_, n, code));
 }
 void Control::clearFaults() {
-    check(VirtualBoardClearFaults(board_));
+    must(VirtualBoardClearFaults(board_));
 }
 
 void Control::setClockMode(ClockMode mode) {
-    check(VirtualBoardSetClockMode(board_, static_cast<int>(mode)));
+    must(VirtualBoardSetClockMode(board_, static_cast<int>(mode)));
 }
 void Control::advanceClock(double seconds) {
-    check(VirtualBoardAdvanceClock(board_, seconds));
+    must(VirtualBoardAdvanceClock(board_, seconds));
 }
 std::int64_t Control::time() const {
     std::int64_t now = 0;
-    check(VirtualBoardTime(board_, &now));
+    must(VirtualBoardTime(board_, &now));
     return now;
 }
 
@@ -168,27 +168,27 @@ std::int64_t Control::waitForPicture(dma_mem* memory, std::int64_t picture,
         std::clamp<std::int64_t>(timeout.count(), 0, std::numeric_limits<std::uint32_t>::max());
     const int code =
         VirtualBoardWaitForPicture(board_, memory, picture, static_cast<std::uint32_t>(milliseconds), &last);
-    if (code == kUnknownBoard) check(code);
+    if (code == kUnknownBoard) must(code);
     return code == kOk ? last : code;
 }
 
 void Control::setScene(const imaging::Image& scene, std::uint32_t fieldWidth) {
-    check(VirtualBoardSetScene(board_, scene.bytes().data(), scene.width, scene.height, fieldWidth));
+    must(VirtualBoardSetScene(board_, scene.bytes().data(), scene.width, scene.height, fieldWidth));
 }
 void Control::showTestChart() {
-    check(VirtualBoardShowTestChart(board_));
+    must(VirtualBoardShowTestChart(board_));
 }
 void Control::setCamera(const imaging::CameraTraits& camera) {
     const CameraRecord packed(camera);
-    check(VirtualBoardSetCamera(board_, &packed.record));
+    must(VirtualBoardSetCamera(board_, &packed.record));
 }
 void Control::setBelt(const imaging::Belt& belt) {
     const BeltRecord packed(belt);
-    check(VirtualBoardSetBelt(board_, &packed.record));
+    must(VirtualBoardSetBelt(board_, &packed.record));
 }
 void Control::setLight(const imaging::Light& light) {
     const LightRecord packed(light);
-    check(VirtualBoardSetLight(board_, &packed.record));
+    must(VirtualBoardSetLight(board_, &packed.record));
 }
 
 namespace {
@@ -196,7 +196,7 @@ namespace {
 /// Throws the faults of a world that was refused.
 void checkWorld(int code, const VirtualBoardWorldFault* first) {
     const HandedOut block(first);
-    if (code != kWrongWorld) return check(code);
+    if (code != kWrongWorld) return must(code);
     WorldFaults faults;
     for (const auto* fault = first; fault != nullptr; fault = fault->next)
         faults.push_back({static_cast<int>(fault->line), fault->path, fault->reason});
@@ -218,7 +218,7 @@ void Control::setWorld(std::string_view json, const std::filesystem::path& folde
 PictureTruth Control::pictureTruth(dma_mem* memory, std::int64_t number) const {
     PictureTruth truth{.number = number};
     const VirtualBoardTruth* first = nullptr;
-    check(VirtualBoardPictureTruth(board_, memory, number, &truth.width, &truth.height, &first));
+    must(VirtualBoardPictureTruth(board_, memory, number, &truth.width, &truth.height, &first));
     const HandedOut block(first);
     for (const auto* thing = first; thing != nullptr; thing = thing->next) {
         const TruthBox box{thing->left, thing->top, thing->width, thing->height};
@@ -232,51 +232,51 @@ PictureTruth Control::pictureTruth(dma_mem* memory, std::int64_t number) const {
 }
 std::string Control::truth(dma_mem* memory, std::int64_t number) const {
     const char* json = nullptr;
-    check(VirtualBoardPictureTruthJson(board_, memory, number, &json));
+    must(VirtualBoardPictureTruthJson(board_, memory, number, &json));
     const HandedOut block(json);
     return json;
 }
 void Control::setRenderThreads(unsigned threads) {
-    check(VirtualBoardSetRenderThreads(board_, threads));
+    must(VirtualBoardSetRenderThreads(board_, threads));
 }
 void Control::setEncoder(const imaging::Encoder& encoder) {
     const EncoderRecord packed(encoder);
-    check(VirtualBoardSetEncoder(board_, &packed.record));
+    must(VirtualBoardSetEncoder(board_, &packed.record));
 }
 void Control::playInput(unsigned input, const imaging::InputSignal& signal) {
     const SignalRecord packed(signal);
-    check(VirtualBoardPlayInput(board_, input, &packed.record));
+    must(VirtualBoardPlayInput(board_, input, &packed.record));
 }
 void Control::setInput(unsigned input, bool high) {
-    check(VirtualBoardSetInput(board_, input, high));
+    must(VirtualBoardSetInput(board_, input, high));
 }
 
 void Control::refuseDesign(bool on) {
-    check(VirtualBoardRefuseDesign(on));
+    must(VirtualBoardRefuseDesign(on));
 }
 void Control::refuseHandle(bool on, int code) {
-    check(VirtualBoardRefuseHandle(on, code));
+    must(VirtualBoardRefuseHandle(on, code));
 }
 void Control::hide(std::string_view name) {
-    check(VirtualBoardHide(Name(name)));
+    must(VirtualBoardHide(Name(name)));
 }
 void Control::clearOpeningFaults() {
-    check(VirtualBoardClearOpeningFaults());
+    must(VirtualBoardClearOpeningFaults());
 }
 
 // ---- events ----
 
 unsigned Control::eventNumber(std::string_view name) const {
     std::uint32_t number = 0;
-    check(VirtualBoardEventNumber(board_, Name(name), &number));
+    must(VirtualBoardEventNumber(board_, Name(name), &number));
     return number;
 }
 void Control::raiseEvent(unsigned number, std::int64_t payload) {
-    check(VirtualBoardRaiseEvent(board_, number, payload));
+    must(VirtualBoardRaiseEvent(board_, number, payload));
 }
 EventSubscription Control::waitEvents(std::uint64_t mask, std::uint32_t room) {
     VirtualBoardSubscription* subscription = nullptr;
-    check(VirtualBoardSubscribe(board_, mask, room, &subscription));
+    must(VirtualBoardSubscribe(board_, mask, room, &subscription));
     return EventSubscription(subscription);
 }
 EventSubscription Control::onEvents(std::uint64_t mask, EventFunction function, std::uint32_t room) {
@@ -285,8 +285,8 @@ EventSubscription Control::onEvents(std::uint64_t mask, EventFunction function, 
         received<EventFunction>(context)(*event);
     };
     VirtualBoardSubscription* subscription = nullptr;
-    check(VirtualBoardOnEvents(board_, mask, room, call, sent(std::move(function)), release<EventFunction>,
-                               &subscription));
+    must(VirtualBoardOnEvents(board_, mask, room, call, sent(std::move(function)), release<EventFunction>,
+                              &subscription));
     return EventSubscription(subscription);
 }
 
@@ -295,7 +295,7 @@ std::optional<Event> EventSubscription::next(double seconds) {
     event.size = sizeof(event);
     const int code = VirtualBoardWaitEvent(subscription_.get(), seconds, &event);
     if (code == kTimeout) return std::nullopt;
-    check(code);
+    must(code);
     return event;
 }
 

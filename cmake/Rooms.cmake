@@ -39,14 +39,6 @@ function(marovine_room target)
     target_link_libraries(${target} PUBLIC ${room_USES} PRIVATE ${room_USES_INSIDE})
 endfunction()
 
-# Headers that most sources of a target include, compiled once: marovine_precompile(TARGET HEADER...). The sanitizer
-# builds go without, so that a source that leaves out an include of its own does not compile there.
-function(marovine_precompile target)
-    if(NOT MAROVINE_SANITIZERS)
-        target_precompile_headers(${target} PRIVATE ${ARGN})
-    endif()
-endfunction()
-
 # Writes the list of rooms, from the ground up, for `tools/draw-house`.
 function(marovine_list_rooms file)
     get_property(rooms GLOBAL PROPERTY marovine_rooms)

@@ -13,13 +13,13 @@ namespace virtualboard::imaging {
 
 namespace {
 
-[[noreturn]] void fail(const std::filesystem::path& target, const std::string& reason) {
+[[noreturn]] void failOn(const std::filesystem::path& target, const std::string& reason) {
     const std::string name = target == "-" ? "standard output" : target.string();
     throw std::runtime_error(name + " cannot be written: " + reason);
 }
 
-[[noreturn]] void fail(const std::filesystem::path& target, int reason) {
-    fail(target, std::generic_category().message(reason));
+[[noreturn]] void failOn(const std::filesystem::path& target, int reason) {
+    failOn(target, std::generic_category().message(reason));
 }
 
 }  // namespace
@@ -34,9 +34,9 @@ PictureStream::PictureStream(std::filesystem::path target, Interrupted interrupt
     } else {
         descriptor_.emplace(target_, O_WRONLY | O_APPEND);
     }
-    if (descriptor_->number() < 0) fail(target_, errno);
+    if (descriptor_->number() < 0) failOn(target_, errno);
     if (isatty(descriptor_->number()) == 1)
-        fail(target_, "it is a terminal, which pictures would leave in disorder; name a file or a pipe");
+        failOn(target_, "it is a terminal, which pictures would leave in disorder; name a file or a pipe");
     // Fewer changes between writer and reader; where it is refused the pipe stays as it is.
     constexpr int kPipeBytes = 1 << 20;
     fcntl(descriptor_->number(), F_SETPIPE_SZ, kPipeBytes);
@@ -67,7 +67,7 @@ bool PictureStream::write(std::string_view piece) {
         const ssize_t count = ::write(descriptor_->number(), part.data(), part.size());
         if (count < 0 && errno == EINTR) continue;
         if (count < 0 && errno == EPIPE) return false;
-        if (count < 0) fail(target_, errno);
+        if (count < 0) failOn(target_, errno);
         piece.remove_prefix(static_cast<std::size_t>(count));
     }
     whole_ = true;
@@ -79,7 +79,7 @@ void PictureStream::finish() {
     const int error = descriptor_->close();
     descriptor_.reset();
     if (!whole_) return;
-    if (error != 0) fail(target_, error);
+    if (error != 0) failOn(target_, error);
     if (file_.has_value()) file_->commit();
 }
 

@@ -11,10 +11,6 @@ namespace virtualboard {
 
 namespace {
 
-[[noreturn]] void refuse(const std::string& what) {
-    throw std::invalid_argument(what);
-}
-
 /// Unit texts travel as ISO-8859-1, the description is UTF-8.
 std::string toLatin1(std::string_view utf8) {
     std::string latin1;

@@ -6,11 +6,11 @@
 
 namespace virtualboard {
 
-namespace {
-
-[[noreturn]] void refuse(const std::string& what) {
+void refuse(const std::string& what) {
     throw std::invalid_argument(what);
 }
+
+namespace {
 
 void checkPlainName(std::string_view name) {
     const auto plain = [](char c) {

@@ -109,4 +109,7 @@ class DesignBuilder {
     std::set<std::int32_t> runtimeIds_;
 };
 
+/// Says what is wrong with a design; always throws `std::invalid_argument`.
+[[noreturn]] void refuse(const std::string& what);
+
 }  // namespace virtualboard

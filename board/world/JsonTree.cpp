@@ -10,7 +10,7 @@
 namespace virtualboard::world {
 namespace {
 
-constexpr std::size_t kMostFaults = 20;  // of names given twice
+constexpr std::size_t kMostRepeated = 20;  // of names given twice
 
 /// Where the parser stands. It reads one character beyond a number, so blanks do not count.
 struct Place {
@@ -60,9 +60,9 @@ std::string reasonOf(std::string_view what) {
 }
 
 /// Builds the tree from what the parser tells.
-class Builder {
+class TreeBuilder {
  public:
-    Builder(const Place& place, WorldFaults& faults) : place_(place), faults_(faults) {}
+    TreeBuilder(const Place& place, WorldFaults& faults) : place_(place), faults_(faults) {}
 
     bool null() { return add({}); }
     bool boolean(bool value) { return add({.kind = JsonNode::Kind::Truth, .number = value ? 1.0 : 0.0}); }
@@ -97,7 +97,7 @@ class Builder {
             const std::string above = path();
             faults_.push_back(
                 {nameLine_, above + (above.empty() ? "" : ".") + shortened(name), "given twice"});
-            if (faults_.size() >= kMostFaults) return false;
+            if (faults_.size() >= kMostRepeated) return false;
         }
         if (object.names.size() >= kMostMembers) {
             faults_.push_back({nameLine_, path(), "an object of more members than any here has"});
@@ -169,7 +169,7 @@ std::optional<JsonNode> readJson(std::string_view text, WorldFaults& faults) {
         return std::nullopt;
     }
     Place place;
-    Builder builder(place, faults);
+    TreeBuilder builder(place, faults);
     const std::size_t before = faults.size();
     const CountingIterator begin(text.data(), place), end(text.data() + text.size(), place);
     const bool read = nlohmann::json::sax_parse(begin, end, &builder);
