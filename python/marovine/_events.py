@@ -2,7 +2,9 @@
 
 from __future__ import annotations
 
+from collections import deque
 from collections.abc import AsyncIterator, Iterator
+from contextlib import suppress
 from dataclasses import dataclass
 from typing import Any
 
@@ -37,9 +39,13 @@ class Events(Iterator[Event], AsyncIterator[Event]):
         self._events = _native.Events(board, sum(masks.values()), room)
         self.timeout = timeout
         """Seconds to wait for an event; None waits for good."""
+        self._kept: deque[Event] = deque()  # that came to a cancelled wait
 
-    def _wait(self, timeout: float | None) -> Event | None:
-        happened: Any = self._events.next_event(timeout)
+    def _wait(self, timeout: float | None, interrupt: _native.Interrupt | None = None) -> Event | None:
+        if self._kept:
+            with suppress(IndexError):  # another thread was quicker
+                return self._kept.popleft()
+        happened: Any = self._events.next_event(timeout, interrupt)
         if happened is None:
             return None
         number, *rest = happened
@@ -68,7 +74,7 @@ class Events(Iterator[Event], AsyncIterator[Event]):
         return self
 
     async def __anext__(self) -> Event:
-        event = await elsewhere(lambda: self._wait(self.timeout), self._events.interrupt)
+        event = await elsewhere(lambda interrupt: self._wait(self.timeout, interrupt), self._kept)
         if event is None:
             raise StopAsyncIteration
         return event
@@ -76,6 +82,7 @@ class Events(Iterator[Event], AsyncIterator[Event]):
     def end(self) -> None:
         """Ends the subscription, and a wait of another thread with it. May be called again."""
         self._events.end()
+        self._kept.clear()
 
     def __enter__(self) -> Events:
         return self

@@ -4,7 +4,9 @@ from __future__ import annotations
 
 import enum
 import json
+from collections import deque
 from collections.abc import AsyncIterator, Iterator
+from contextlib import suppress
 from typing import TYPE_CHECKING, Any, NamedTuple
 
 import numpy as np
@@ -119,9 +121,13 @@ class Acquisition(Iterator[Picture], AsyncIterator[Picture]):
         self._acquisition = applet.begin_acquisition(-1 if count is None else count, buffers)
         self.timeout = timeout
         """Seconds to wait for a picture; None waits for good."""
+        self._kept: deque[Picture] = deque()  # that came to a cancelled wait
 
-    def _wait(self, timeout: float | None) -> Picture | None:
-        taken: Any = self._acquisition.next(timeout)
+    def _wait(self, timeout: float | None, interrupt: _native.Interrupt | None = None) -> Picture | None:
+        if self._kept:
+            with suppress(IndexError):  # another thread was quicker
+                return self._kept.popleft()
+        taken: Any = self._acquisition.next(timeout, interrupt)
         if taken is None:
             return None
         pixels, number, frame, trigger, *rest = taken
@@ -153,7 +159,7 @@ class Acquisition(Iterator[Picture], AsyncIterator[Picture]):
         return self
 
     async def __anext__(self) -> Picture:
-        picture = await elsewhere(lambda: self._wait(self.timeout), self._acquisition.interrupt)
+        picture = await elsewhere(lambda interrupt: self._wait(self.timeout, interrupt), self._kept)
         if picture is None:
             self.stop()
             raise StopAsyncIteration

@@ -10,7 +10,6 @@
 #include "client/Grabber.h"
 #include "marovine/BoardCodes.h"
 #include "pictures/Png.h"
-#include "python/native/Waiting.h"
 
 namespace marovine::python {
 
@@ -112,7 +111,7 @@ AcquisitionState& AcquisitionObject::use() const {
     return *state_;
 }
 
-nb::object AcquisitionObject::next(std::optional<double> timeout) {
+nb::object AcquisitionObject::next(std::optional<double> timeout, const Interrupt* interrupt) {
     static_cast<void>(use());
     const auto state = state_;
     const auto why = [&] {
@@ -127,7 +126,7 @@ nb::object AcquisitionObject::next(std::optional<double> timeout) {
                                              .withoutRealTime = "set board.clock to Clock.FAST"}});
     };
     const auto taken = waitFor(
-        timeout, interrupted_, [&](milliseconds slice) { return state->next(slice); },
+        timeout, interrupt, [&](milliseconds slice) { return state->next(slice); },
         [&] { return state->isOver(); }, why);
     if (!taken) return nb::none();
     const auto& info = taken->info;
@@ -164,8 +163,7 @@ nb::bytes encodePng(const Colours& picture) {
 
 void bindAcquisition(nb::module_& module) {
     nb::class_<AcquisitionObject>(module, "Acquisition", nb::is_weak_referenceable())
-        .def("next", &AcquisitionObject::next, nb::arg("timeout").none())
-        .def("interrupt", &AcquisitionObject::interrupt)
+        .def("next", &AcquisitionObject::next, nb::arg("timeout").none(), nb::arg("interrupt").none())
         .def("stop",
              [](const AcquisitionObject& object) {
                  AcquisitionState& state = object.use();

@@ -12,6 +12,7 @@
 
 #include "marovine/FrameMemory.h"
 #include "python/native/Applet.h"
+#include "python/native/Waiting.h"
 
 namespace marovine::python {
 
@@ -67,14 +68,11 @@ class AcquisitionObject {
     /// (pixels, number, frame, trigger, first line's time, last line's time, trigger's time, first line,
     /// encoder position, lost before): the picture and `FrameMemoryPictureInfo`, or None when no more
     /// pictures come. Raises `TimeoutError`.
-    nb::object next(std::optional<double> timeout);
-    /// Ends a wait that another thread is in: it raises `TimeoutError`.
-    void interrupt() { interrupted_ = true; }
+    nb::object next(std::optional<double> timeout, const Interrupt* interrupt);
 
  private:
     Birthplace born_;
     std::shared_ptr<AcquisitionState> state_;
-    std::atomic<bool> interrupted_ = false;
 };
 
 /// `pictures` of -1 are without end.

@@ -3,8 +3,6 @@
 #include <chrono>
 #include <utility>
 
-#include "python/native/Waiting.h"
-
 namespace marovine::python {
 
 using virtualboard::Event;
@@ -32,7 +30,7 @@ void EventsObject::end() {
     });
 }
 
-nb::object EventsObject::next(std::optional<double> timeout) {
+nb::object EventsObject::next(std::optional<double> timeout, const Interrupt* interrupt) {
     born_.check();
     const auto state = state_;
     const auto moment = [&](std::chrono::milliseconds slice) -> std::optional<Event> {
@@ -41,7 +39,7 @@ nb::object EventsObject::next(std::optional<double> timeout) {
         return state->subscription.next(std::chrono::duration<double>(slice).count());
     };
     const auto event = waitFor(
-        timeout, interrupted_, moment, [&] { return state->over.load(); },
+        timeout, interrupt, moment, [&] { return state->over.load(); },
         [] {
             return std::string("no event came in time; unless the clock runs in real time, it must be moved");
         });
@@ -50,11 +48,11 @@ nb::object EventsObject::next(std::optional<double> timeout) {
 }
 
 void bindEvents(nb::module_& module) {
+    nb::class_<Interrupt>(module, "Interrupt").def(nb::init<>()).def("set", &Interrupt::set);
     nb::class_<EventsObject>(module, "Events", nb::is_weak_referenceable())
         .def(nb::init<const BoardObject&, std::uint64_t, std::uint32_t>(), nb::arg("board"), nb::arg("mask"),
              nb::arg("room"))
-        .def("next_event", &EventsObject::next, nb::arg("timeout").none())
-        .def("interrupt", &EventsObject::interrupt)
+        .def("next_event", &EventsObject::next, nb::arg("timeout").none(), nb::arg("interrupt").none())
         .def("end", &EventsObject::end);
 }
 

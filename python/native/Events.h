@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "python/native/Board.h"
+#include "python/native/Waiting.h"
 
 namespace marovine::python {
 
@@ -20,9 +21,7 @@ class EventsObject {
     ~EventsObject();
 
     /// (number, time, count, payload, lost), or None when the subscription is over. Raises `TimeoutError`.
-    nb::object next(std::optional<double> timeout);
-    /// Ends a wait that another thread is in: it raises `TimeoutError`.
-    void interrupt() { interrupted_ = true; }
+    nb::object next(std::optional<double> timeout, const Interrupt* interrupt);
     void end();
 
  private:
@@ -35,7 +34,6 @@ class EventsObject {
 
     Birthplace born_;
     std::shared_ptr<State> state_;
-    std::atomic<bool> interrupted_ = false;
 };
 
 void bindEvents(nb::module_& module);

@@ -2,6 +2,7 @@
 
 /// Waits that an interrupt ends: in slices, with a look at Python's signals between them.
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <optional>
@@ -10,19 +11,29 @@
 
 namespace marovine::python {
 
+/// Ends one wait from another thread. Set for good, so that it also ends a wait that has not begun yet.
+class Interrupt {
+ public:
+    void set() { set_ = true; }
+    bool isSet() const { return set_; }
+
+ private:
+    std::atomic<bool> set_ = false;
+};
+
 /// Asks `next`, without the interpreter's lock, for something that comes within a moment, until it has come,
 /// it is over, or the time is up. Nothing when it is over; `TimeoutError`, with what `why` says, when the
-/// time is up or `interrupted` was set meanwhile.
+/// time is up or `interrupt`, which may be null, is set.
 template <class Next, class IsOver, class Why>
-auto waitFor(std::optional<double> timeout, std::atomic<bool>& interrupted, const Next& next,
+auto waitFor(std::optional<double> timeout, const Interrupt* interrupt, const Next& next,
              const IsOver& isOver, const Why& why) -> decltype(next(std::chrono::milliseconds())) {
     using Clock = std::chrono::steady_clock;
     constexpr std::chrono::milliseconds kSlice{50};
     if (timeout && !(*timeout >= 0))
         raise(PyExc_ValueError, "a timeout is a number of seconds, 0 or more, or None");
     const auto begin = Clock::now();
-    interrupted = false;
     while (true) {
+        if (interrupt != nullptr && interrupt->isSet()) raise(PyExc_TimeoutError, "the wait was ended");
         std::chrono::milliseconds slice = kSlice;
         bool last = false;
         if (timeout) {
@@ -34,7 +45,6 @@ auto waitFor(std::optional<double> timeout, std::atomic<bool>& interrupted, cons
         if (auto found = unlocked([&] { return next(slice); })) return found;
         if (isOver()) return std::nullopt;
         if (PyErr_CheckSignals() != 0) throw nb::python_error();
-        if (interrupted) raise(PyExc_TimeoutError, "the wait was ended");
         if (last) raise(PyExc_TimeoutError, unlocked(why));
     }
 }

@@ -7,7 +7,7 @@ import signal
 import threading
 import time
 from collections.abc import Iterator
-from contextlib import contextmanager
+from contextlib import contextmanager, suppress
 from pathlib import Path
 from typing import Any
 
@@ -188,5 +188,32 @@ def test_waiting_in_an_event_loop(applet: marovine.Applet) -> None:
             await asyncio.wait_for(anext(acquisition), 0.1)
         return time.monotonic() - begin
 
+    async def cancel_one_of_many() -> int:
+        acquisition = applet.acquire(timeout=None)
+        tasks = [asyncio.ensure_future(anext(acquisition)) for _ in range(12)]  # more than there are threads
+        await asyncio.sleep(0.1)
+        for task in tasks[1:]:
+            task.cancel()
+        done, pending = await asyncio.wait(tasks[1:], timeout=10)
+        assert not pending and all(task.cancelled() for task in done)
+        applet.trigger()
+        return (await asyncio.wait_for(tasks[0], 10)).number
+
     assert asyncio.run(take()) == [1, 2, 3]
     assert asyncio.run(give_up()) < 2
+    assert asyncio.run(cancel_one_of_many()) == 1
+
+
+def test_a_cancelled_wait_loses_no_picture(applet: marovine.Applet) -> None:
+    async def take() -> list[int]:
+        numbers: list[int] = []
+        acquisition = applet.acquire(timeout=None, buffers=64)
+        for _ in range(40):
+            with suppress(asyncio.TimeoutError):
+                numbers.append((await asyncio.wait_for(anext(acquisition), 0.005)).number)
+        acquisition.stop()
+        return numbers
+
+    applet.board.clock = "real time"
+    numbers = asyncio.run(take())
+    assert numbers == list(range(1, len(numbers) + 1))
