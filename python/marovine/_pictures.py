@@ -129,7 +129,8 @@ class Acquisition(Iterator[Picture], AsyncIterator[Picture]):
                 return self._kept.popleft()
         taken: Any = self._acquisition.next(timeout, interrupt)
         if taken is None:
-            return None
+            self._acquisition.stop()  # whoever ended it: it is over when this returns
+            return self._kept.popleft() if self._kept else None
         pixels, number, frame, trigger, *rest = taken
         picture: Picture = pixels.view(Picture)
         picture.info = PictureInfo(number, frame, Trigger(trigger), *rest)
@@ -141,7 +142,6 @@ class Acquisition(Iterator[Picture], AsyncIterator[Picture]):
     def __next__(self) -> Picture:
         picture = self._wait(self.timeout)
         if picture is None:
-            self.stop()
             raise StopIteration
         return picture
 
@@ -161,18 +161,18 @@ class Acquisition(Iterator[Picture], AsyncIterator[Picture]):
     async def __anext__(self) -> Picture:
         picture = await elsewhere(lambda interrupt: self._wait(self.timeout, interrupt), self._kept)
         if picture is None:
-            self.stop()
             raise StopAsyncIteration
         return picture
 
     def stop(self) -> None:
         """Ends the acquisition; arrays that were taken stay. May be called again, and from any thread."""
         self._acquisition.stop()
+        self._kept.clear()
 
     @property
     def running(self) -> bool:
         """Whether more pictures may come."""
-        return not self._acquisition.over
+        return bool(self._kept) or not self._acquisition.over
 
     @property
     def delivered(self) -> int:

@@ -60,7 +60,7 @@ nb::object arrayOf(const std::shared_ptr<FrameMemory>& memory, const FrameMemory
 }  // namespace
 
 AcquisitionState::AcquisitionState(AppletUse used, std::int64_t pictures, std::uint32_t buffers)
-    : used_(std::move(used)), memory_(memoryFor(*used_, buffers)) {
+    : used_(std::move(used)), memory_(memoryFor(*used_, buffers)), pictures_(pictures) {
     const int code = used_->library().acquire(used_->record(), 0, pictures, 0, memory_->get());
     if (code < 0) {
         stopped_ = true;
@@ -82,7 +82,7 @@ std::optional<TakenPicture> AcquisitionState::next(milliseconds moment) {
     if (used_.board->hasWorld) taken.truth = used_.board->board.control().truth(memory_->get(), taken_ + 1);
     taken.picture = memory_->take(taken_ + 1);
     if (taken.picture.pixels == nullptr) throw std::bad_alloc();
-    ++taken_;
+    if (++taken_ == pictures_) stop();
     return taken;
 }
 

@@ -33,7 +33,7 @@ class AcquisitionState {
     ~AcquisitionState() { stop(); }
 
     /// Waits a moment for the next picture and takes it out of the ring; nothing when none came. Threads that
-    /// ask at the same time get one picture each.
+    /// ask at the same time get one picture each. The last picture ends the acquisition.
     std::optional<TakenPicture> next(std::chrono::milliseconds moment);
     void stop();
     /// Whether no more pictures will come: it was stopped, or all that it was to take have been.
@@ -51,6 +51,7 @@ class AcquisitionState {
     std::shared_ptr<virtualboard::FrameMemory> memory_;
     std::timed_mutex turn_;  ///< of the thread that waits
     std::mutex stopping_;
+    std::int64_t pictures_;  ///< to be taken; -1 without end
     std::int64_t taken_ = 0;
     std::atomic<bool> over_ = false;
     bool stopped_ = false;

@@ -95,7 +95,9 @@ def test_an_acquisition_ends(applet: marovine.Applet) -> None:
         endless.next()
     for _ in applet.acquire():
         break  # the loop's end drops the acquisition
-    two = applet.acquire(2)
+    one = applet.acquire(1)
+    assert one.next().number == 1 and not one.running and one.delivered == 1
+    two = applet.acquire(2)  # the last picture left the board free
     assert len(list(two)) == 2 and list(two) == [] and "over" in repr(two)
     for count, buffers in ((-2, 4), (1, 0), (1, 10**9)):
         with pytest.raises(ValueError):
