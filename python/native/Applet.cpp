@@ -87,6 +87,22 @@ const ParameterType& AppletObject::named(const std::string& name) const {
     return *find(use()->nameOf(name));
 }
 
+const ParameterType& AppletObject::named(nb::handle name) const {
+    if (PyUnicode_Check(name.ptr()) == 0)
+        raise(PyExc_TypeError,
+              std::string("the name of a parameter is a text, not ") + Py_TYPE(name.ptr())->tp_name);
+    return named(spelling(name));
+}
+
+bool AppletObject::has(nb::handle name) const {
+    try {
+        static_cast<void>(named(name));
+        return true;
+    } catch (const host::UnknownName&) {
+        return false;
+    }
+}
+
 nb::object AppletObject::get(const ParameterType& type) const {
     const auto used = use();
     const auto value = unlocked([&] { return used->get(type.name); });
@@ -106,8 +122,8 @@ void AppletObject::set(const ParameterType& type, nb::handle object) const {
 void AppletObject::setElements(const ParameterType& type, std::uint32_t first, nb::handle object) const {
     const auto used = use();
     if (type.kind != FG_KIND_UINT32_FIELD) raise(PyExc_TypeError, type.name + " is no table");
-    const auto value = fromPython(type, *used, object);
-    unlocked([&] { used->setElements(type.name, first, std::get<host::Field>(value)); });
+    const auto elements = elementsFromPython(type, object);
+    unlocked([&] { used->setElements(type.name, first, elements); });
 }
 
 nb::object AppletObject::refusal(const AppletUse& used, const ParameterType& type, const host::Value& value,
@@ -219,28 +235,21 @@ void bindApplet(nb::module_& module) {
         .def_prop_ro("closed", &AppletObject::closed)
         .def("names", [](const AppletObject& object) { return object.use()->names(); })
         .def(
-            "name_of",
-            [](const AppletObject& object, const std::string& name) { return object.named(name).name; },
+            "name_of", [](const AppletObject& object, nb::handle name) { return object.named(name).name; },
             nb::arg("name"))
+        .def("has", &AppletObject::has, nb::arg("name"))
         .def(
-            "has",
-            [](const AppletObject& object, std::string_view name) { return object.find(name) != nullptr; },
-            nb::arg("name"))
-        .def(
-            "get",
-            [](const AppletObject& object, const std::string& name) {
-                return object.get(object.named(name));
-            },
+            "get", [](const AppletObject& object, nb::handle name) { return object.get(object.named(name)); },
             nb::arg("name"))
         .def(
             "put",
-            [](const AppletObject& object, const std::string& name, nb::handle value) {
+            [](const AppletObject& object, nb::handle name, nb::handle value) {
                 object.set(object.named(name), value);
             },
             nb::arg("name"), nb::arg("value").none())
         .def(
             "put_elements",
-            [](const AppletObject& object, const std::string& name, std::uint32_t first, nb::handle value) {
+            [](const AppletObject& object, nb::handle name, std::uint32_t first, nb::handle value) {
                 object.setElements(object.named(name), first, value);
             },
             nb::arg("name"), nb::arg("first"), nb::arg("value"))

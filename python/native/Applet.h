@@ -44,6 +44,10 @@ class AppletObject {
     const ParameterType* find(std::string_view name) const;
     /// The parameter that a text names without regard to case. Throws `UnknownName`.
     const ParameterType& named(const std::string& name) const;
+    /// The same for a Python object; raises `TypeError` for what is no text.
+    const ParameterType& named(nb::handle name) const;
+    /// Whether a text names a parameter, without regard to case.
+    bool has(nb::handle name) const;
     /// As `use`, for what is tried out on a second board; raises `Error` when the steps to there are unknown.
     AppletUse useRemembered() const;
 

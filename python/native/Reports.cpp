@@ -164,7 +164,7 @@ nb::dict setMany(const AppletObject& object, const nb::list& pairs) {
     // Everything is read before anything is set: a mistake at the end changes nothing.
     std::vector<Setting> settings;
     for (nb::handle pair : pairs) {
-        const auto& type = object.named(nb::cast<std::string>(pair[0]));
+        const auto& type = object.named(nb::handle(nb::object(pair[0])));
         settings.push_back({&type, fromPython(type, *used, pair[1])});
     }
     const Outcome outcome = unlocked([&] { return apply(used, settings); });

@@ -18,6 +18,13 @@ std::string typeName(nb::handle object) {
     return Py_TYPE(object.ptr())->tp_name;
 }
 
+/// Raises an exception with a better text in place of the present one of its class; others stay.
+[[noreturn]] void raiseInstead(PyObject* type, const std::string& text) {
+    if (PyErr_ExceptionMatches(type) == 0) throw nb::python_error();
+    PyErr_Clear();
+    raise(type, text);
+}
+
 template <class T>
 constexpr const char* kTypeText = sizeof(T) == 4 ? std::is_signed_v<T> ? "a signed whole number of 32 bits"
                                                                        : "an unsigned whole number of 32 bits"
@@ -26,10 +33,9 @@ constexpr const char* kTypeText = sizeof(T) == 4 ? std::is_signed_v<T> ? "a sign
 
 template <class T>
 T wholeNumber(const std::string& name, nb::handle object) {
-    if (PyIndex_Check(object.ptr()) == 0)
-        raise(PyExc_TypeError, name + ": takes a whole number, not " + typeName(object));
     const nb::object index = nb::steal(PyNumber_Index(object.ptr()));
-    if (!index.is_valid()) throw nb::python_error();
+    if (!index.is_valid())
+        raiseInstead(PyExc_TypeError, name + ": takes a whole number, not " + typeName(object));
     int overflow = 0;
     const long long number = PyLong_AsLongLongAndOverflow(index.ptr(), &overflow);
     if (overflow == 0 && std::in_range<T>(number)) return static_cast<T>(number);
@@ -46,9 +52,9 @@ T wholeNumber(const std::string& name, nb::handle object) {
 double realNumber(const std::string& name, nb::handle object) {
     const double number = PyFloat_AsDouble(object.ptr());
     if (number != -1.0 || PyErr_Occurred() == nullptr) return number;
-    if (PyErr_ExceptionMatches(PyExc_TypeError) == 0) throw nb::python_error();
-    PyErr_Clear();
-    raise(PyExc_TypeError, name + ": takes a number, not " + typeName(object));
+    if (PyErr_ExceptionMatches(PyExc_OverflowError) != 0)
+        raiseInstead(PyExc_OverflowError, name + ": the number does not fit a double");
+    raiseInstead(PyExc_TypeError, name + ": takes a number, not " + typeName(object));
 }
 
 /// A text without zero bytes, in the encoding of file names; paths are texts as well.
@@ -68,9 +74,10 @@ std::string text(const std::string& name, nb::handle object) {
     return result;
 }
 
-Field field(const std::string& name, std::size_t elements, nb::handle object) {
+Field field(const std::string& name, std::size_t elements, bool whole, nb::handle object) {
     using Array = nb::ndarray<const std::uint32_t, nb::ndim<1>, nb::c_contig, nb::device::cpu>;
-    const auto checked = nb::module_::import_("marovine._fields").attr("elements")(name, elements, object);
+    const auto checked =
+        nb::module_::import_("marovine._fields").attr("elements")(name, elements, whole, object);
     const auto array = nb::cast<Array>(checked);
     return {array.data(), array.data() + array.size()};
 }
@@ -94,6 +101,16 @@ nb::object arrayOf(const Field& elements) {
 }
 
 }  // namespace
+
+std::string spelling(nb::handle text) {
+    const nb::object bytes = nb::steal(PyUnicode_AsEncodedString(text.ptr(), "utf-8", "backslashreplace"));
+    if (!bytes.is_valid()) throw nb::python_error();
+    std::string result;
+    for (const char c : std::string_view(PyBytes_AS_STRING(bytes.ptr()),
+                                         static_cast<std::size_t>(PyBytes_GET_SIZE(bytes.ptr()))))
+        c == '\0' ? result += "\\0" : result += c;
+    return result;
+}
 
 nb::object textToPython(std::string_view text) {
     return nb::steal(PyUnicode_DecodeFSDefaultAndSize(text.data(), static_cast<Py_ssize_t>(text.size())));
@@ -127,10 +144,14 @@ nb::object toPython(const ParameterType& type, const host::Applet& applet, const
 }
 
 Value fromPython(const ParameterType& type, const host::Applet& applet, nb::handle object) {
-    if (type.kind == FG_KIND_UINT32_FIELD) return field(type.name, type.elements, object);
+    if (type.kind == FG_KIND_UINT32_FIELD) return field(type.name, type.elements, true, object);
     if (type.kind == FG_KIND_ENUMERATION && PyUnicode_Check(object.ptr()) != 0)
-        return applet.parameter(type.name).parse(nb::cast<std::string>(object));
+        return applet.parameter(type.name).parse(spelling(object));
     return fromPythonLike(type.name, host::emptyValueOf(type.kind), object);
+}
+
+Field elementsFromPython(const ParameterType& type, nb::handle object) {
+    return field(type.name, type.elements, false, object);
 }
 
 Value fromPythonLike(const std::string& name, const Value& like, nb::handle object) {
@@ -139,7 +160,7 @@ Value fromPythonLike(const std::string& name, const Value& like, nb::handle obje
             if constexpr (std::is_same_v<T, std::string>) {
                 return text(name, object);
             } else if constexpr (std::is_same_v<T, Field>) {
-                return field(name, v.size(), object);
+                return field(name, v.size(), false, object);
             } else if constexpr (std::is_same_v<T, double>) {
                 return realNumber(name, object);
             } else {

@@ -20,6 +20,9 @@ struct ParameterType {
     mutable std::vector<std::pair<std::int32_t, nb::object>> members{};
 };
 
+/// A Python text that names something. Names hold neither zero bytes nor halves of surrogate pairs: both are
+/// written out, so that what is not found can be told.
+std::string spelling(nb::handle text);
 /// Texts that are file names, in the encoding of file names.
 nb::object textToPython(std::string_view text);
 /// A value without a parameter's meaning: a number, a text or an array.
@@ -28,8 +31,11 @@ nb::object toPython(const host::Value& value);
 nb::object toPython(const ParameterType& type, const host::Applet& applet, const host::Value& value);
 
 /// The value that an object stands for. Raises `TypeError` for what cannot be one, `OverflowError` for a
-/// number that no value of the type reaches and `ValueError` for an unknown entry.
+/// number that no value of the type reaches and `ValueError` for an unknown entry or a table that is not
+/// whole.
 host::Value fromPython(const ParameterType& type, const host::Applet& applet, nb::handle object);
+/// Some elements of a table.
+host::Field elementsFromPython(const ParameterType& type, nb::handle object);
 /// The same in the type of a value that is there already, for parameters of the design.
 host::Value fromPythonLike(const std::string& name, const host::Value& like, nb::handle object);
 

@@ -2,6 +2,7 @@
 
 import enum
 import json
+from collections.abc import Callable
 from pathlib import Path
 from typing import Any
 
@@ -50,15 +51,19 @@ def test_enumerations_take_members_numbers_and_texts(applet: marovine.Applet) ->
         ("FG_WIDTH", 2048.0, TypeError),
         ("FG_WIDTH", float("nan"), TypeError),
         ("FG_WIDTH", None, TypeError),
+        ("FG_WIDTH", np.array([1, 2]), TypeError),
         ("FG_WIDTH", -1, OverflowError),
         ("FG_WIDTH", 2**80, OverflowError),
         ("FG_WIDTH", 2**32 + 2048, OverflowError),
         ("FG_LINEEXPOSURE", "20", TypeError),
         ("FG_LINEEXPOSURE", 1j, TypeError),
+        ("FG_LINEEXPOSURE", 10**400, OverflowError),
         ("FG_LINEEXPOSURE", float("nan"), marovine.Refused),
         ("FG_LINEEXPOSURE", float("inf"), marovine.Refused),
         ("FG_LUT_TYPE", 12345, marovine.Refused),
         ("FG_LUT_TYPE", [], TypeError),
+        ("FG_LUT_TYPE", "\ud800", ValueError),
+        ("FG_LUT_TYPE", "a\0b", ValueError),
         ("FG_LUT_CUSTOM_FILE", 3, TypeError),
         ("FG_LUT_CUSTOM_FILE", "a\0b", ValueError),
         ("FG_LUT_VALUE_RED", np.zeros(257, int), ValueError),
@@ -66,6 +71,10 @@ def test_enumerations_take_members_numbers_and_texts(applet: marovine.Applet) ->
         ("FG_LUT_VALUE_RED", np.zeros(256), TypeError),
         ("FG_LUT_VALUE_RED", np.full(256, -1), OverflowError),
         ("FG_LUT_VALUE_RED", [2**70] * 256, OverflowError),
+        ("FG_LUT_VALUE_RED", [1] * 255 + [None], TypeError),
+        ("FG_LUT_VALUE_RED", [[1], [1, 2]], ValueError),
+        ("FG_LUT_VALUE_RED", np.array(5), TypeError),
+        ("FG_LUT_VALUE_RED", [7, 8], ValueError),
         ("FG_LUT_VALUE_RED", np.full(256, 256), marovine.Refused),
         ("FG_LUT_VALUE_RED", [], ValueError),
         ("FG_LUT_VALUE_RED", "abc", TypeError),
@@ -90,6 +99,17 @@ def test_names_that_are_not_there(applet: marovine.Applet) -> None:
         with pytest.raises(wrong, match="nearest: FG_WIDTH"):
             applet["FG_WIDHT"]
     assert not hasattr(applet, "FG_WIDHT")
+    assert "fg_width" in applet and "\ud800" not in applet
+    wrongs: list[Any] = ["\ud800", "FG_WIDTH\0", 5]
+    for name in wrongs:
+        calls: list[Callable[[], object]] = [
+            lambda: applet[name],  # noqa: B023
+            lambda: applet.set({name: 2}),  # noqa: B023
+            lambda: applet.parameters[name],  # noqa: B023
+        ]
+        for call in calls:
+            with pytest.raises((KeyError, TypeError), match="no parameter is named .*\\\\|is a text, not int"):
+                call()
     with pytest.raises(AttributeError):
         del applet.FG_WIDTH
     with pytest.raises(AttributeError, match="capital"):
