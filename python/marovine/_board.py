@@ -13,6 +13,7 @@ import numpy as np
 from numpy.typing import ArrayLike
 
 from marovine import _native
+from marovine._arguments import path_text, whole_number
 from marovine.reports import Write
 
 
@@ -33,6 +34,13 @@ class Clock(enum.Enum):
 
 
 _MODES = list(Clock)
+
+
+def _plain(value: object) -> Any:
+    """What JSON has no word for, in a world: NumPy's numbers and arrays."""
+    if isinstance(value, (np.generic, np.ndarray)):
+        return value.tolist()
+    raise TypeError(f"a world holds dicts, lists, texts and numbers, not {type(value).__name__}")
 
 
 class Board(_native.Board):
@@ -115,9 +123,9 @@ class Board(_native.Board):
         Raises ``WorldError``, whose text has a line for each fault; then all stays as it was.
         """
         if isinstance(world, dict):
-            self.set_world(json.dumps(world), os.fspath(folder))
+            self.set_world(json.dumps(world, default=_plain), path_text(folder))
         else:
-            self.load_world_file(os.fspath(world))
+            self.load_world_file(path_text(world))
 
     def move_belt(self, speed: float = 500.0, object_pixel: float = 0.1, encoder_pitch: float = 0.1) -> None:
         """Lets the belt run at ``speed`` mm/s. One sensor pixel sees ``object_pixel`` mm of it, and the encoder on its
@@ -131,7 +139,7 @@ class Board(_native.Board):
 
     def set_input(self, input: int, high: bool) -> None:
         """The level at an input: 0 to 7 are the inputs, 8 to 11 the front inputs. Raises ``ValueError`` for others."""
-        super().set_input(input, high)
+        super().set_input(whole_number("input", input, 0, 11), bool(high))
 
     def set_render_threads(self, threads: int) -> None:
         """Threads that render a large picture, from the next acquisition on; 0, as at first: one for each core."""
@@ -187,7 +195,8 @@ class Board(_native.Board):
 
     @contextmanager
     def journal(self) -> Iterator[list[Write]]:
-        """Collects every write to the design; the list is filled when the block ends. One journal at a time."""
+        """Collects every write to the design; the list is filled when the block ends. One journal at a
+        time: a second one raises ``Error``."""
         writes: list[Write] = []
         self.keep_journal(True)
         try:
@@ -199,5 +208,8 @@ class Board(_native.Board):
 
     def watch(self, function: Callable[[Write], object] | None) -> None:
         """Calls a function at each write, in the thread that made it; None ends that. An exception in the function
-        makes the write fail and comes out of the call that led to it."""
+        makes the write fail and comes out of the call that led to it. The function cannot set parameters of an applet
+        on this board: ``Error``."""
+        if function is not None and not callable(function):
+            raise TypeError(f"watch takes a function or None, not {type(function).__name__}")
         self.call_at_writes(None if function is None else lambda write: function(Write(*write)))

@@ -67,6 +67,13 @@ AppletUse AppletObject::useRemembered() const {
     return use();
 }
 
+AppletUse AppletObject::useToSet() const {
+    auto used = use();
+    if (used.board->listeners->isCalling())
+        raiseError("Error", "a function that watches writes cannot set parameters");
+    return used;
+}
+
 void AppletObject::close() {
     born_.check();
     AppletUse last{std::move(board_), std::move(applet_), false};
@@ -110,7 +117,7 @@ nb::object AppletObject::get(const ParameterType& type) const {
 }
 
 void AppletObject::set(const ParameterType& type, nb::handle object) const {
-    const auto used = use();
+    const auto used = useToSet();
     const auto value = fromPython(type, *used, object);
     const int code = unlocked([&] { return used->trySet(type.name, value); });
     if (code == 0) return;
@@ -120,7 +127,7 @@ void AppletObject::set(const ParameterType& type, nb::handle object) const {
 }
 
 void AppletObject::setElements(const ParameterType& type, std::uint32_t first, nb::handle object) const {
-    const auto used = use();
+    const auto used = useToSet();
     if (type.kind != FG_KIND_UINT32_FIELD) raise(PyExc_TypeError, type.name + " is no table");
     const auto elements = elementsFromPython(type, object);
     unlocked([&] { used->setElements(type.name, first, elements); });

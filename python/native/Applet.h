@@ -37,6 +37,8 @@ class AppletObject {
 
     /// Raises `ClosedError` or `ForkedError`.
     AppletUse use() const;
+    /// As `use`, to set parameters; raises `Error` in a function that watches the board's writes.
+    AppletUse useToSet() const;
     void close();
     bool closed() const { return applet_ == nullptr; }
 

@@ -19,11 +19,19 @@ using virtualboard::Write;
 
 // ---- writes ----
 
-void WriteListeners::keepJournal(bool on) {
+namespace {
+
+/// Whose functions this thread is in; one may lead to writes on another board.
+thread_local std::vector<const WriteListeners*> calling;
+
+}  // namespace
+
+bool WriteListeners::keepJournal(bool on) {
     const std::lock_guard lock(mutex_);
-    journalOn_ = on;
+    const bool before = std::exchange(journalOn_, on);
     if (!on) journal_.clear();
     listen();
+    return before;
 }
 
 Writes WriteListeners::takeJournal() {
@@ -58,6 +66,10 @@ void WriteListeners::call(nb::object function) {
     }
 }
 
+bool WriteListeners::isCalling() const {
+    return std::ranges::find(calling, this) != calling.end();
+}
+
 /// A board that nobody listens to pays nothing for it.
 void WriteListeners::listen() {
     if (!journalOn_ && lists_.empty() && function_ == nullptr) return control_.watchWrites({});
@@ -74,6 +86,10 @@ void WriteListeners::heard(const Write& write) {
     }
     if (function == nullptr) return;
     const nb::gil_scoped_acquire lock;
+    calling.push_back(this);
+    struct Leaving {
+        ~Leaving() { calling.pop_back(); }
+    } leaving;
     try {
         (*function)(writeToPython(write));
     } catch (nb::python_error& error) {
@@ -240,7 +256,11 @@ void bindBoard(nb::module_& module) {
         .def("set_camera", &setCamera, nb::arg("sensor_width"), nb::arg("phase"), nb::arg("neutral_exposure"))
         .def(
             "keep_journal",
-            [](const BoardObject& board, bool on) { board.use()->listeners->keepJournal(on); }, nb::arg("on"))
+            [](const BoardObject& board, bool on) {
+                if (board.use()->listeners->keepJournal(on) && on)
+                    raiseError("Error", "the board keeps a journal already; one journal at a time");
+            },
+            nb::arg("on"))
         .def("take_journal",
              [](const BoardObject& board) { return writesToPython(board.use()->listeners->takeJournal()); })
         .def(

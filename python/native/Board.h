@@ -20,13 +20,16 @@ class WriteListeners {
  public:
     explicit WriteListeners(virtualboard::Control control) : control_(control) {}
 
-    void keepJournal(bool on);
+    /// Whether a journal was kept before.
+    bool keepJournal(bool on);
     Writes takeJournal();
     /// Adds a list that takes in every write until it is removed.
     void add(Writes* list);
     void remove(Writes* list);
     /// Calls a Python function at each write; none ends that.
     void call(nb::object function);
+    /// Whether this thread is in that function now.
+    bool isCalling() const;
 
  private:
     void listen();

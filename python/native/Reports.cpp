@@ -160,7 +160,7 @@ Outcome apply(const AppletUse& used, std::vector<Setting>& settings) {
 
 /// {"set": [(name, before, after)], "moved": [...], "writes": [...], "refused": exception or None}
 nb::dict setMany(const AppletObject& object, const nb::list& pairs) {
-    const auto used = object.use();
+    const auto used = object.useToSet();
     // Everything is read before anything is set: a mistake at the end changes nothing.
     std::vector<Setting> settings;
     for (nb::handle pair : pairs) {
@@ -203,6 +203,7 @@ std::vector<std::string> save(const AppletObject& object, const fs::path& file) 
 
 /// A value that the load skipped: (line, sentence, advice).
 nb::list load(const AppletObject& object, const fs::path& file) {
+    static_cast<void>(object.useToSet());
     const auto used = object.useRemembered();
     using Skipped = std::tuple<std::size_t, std::string, std::vector<std::string>>;
     const auto skipped = unlocked([&] {

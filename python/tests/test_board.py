@@ -37,6 +37,8 @@ def test_faults_and_journal(applet: marovine.Applet) -> None:
     board = applet.board
     with board.journal() as writes:
         applet.FG_WIDTH = 512
+        with pytest.raises(marovine.Error, match="one journal"), board.journal():
+            pass
         with board.faults(writes={X_LENGTH: -31005}), pytest.raises(marovine.Refused, match="-31005"):
             applet.FG_WIDTH = 1024
     assert applet.FG_WIDTH == 512
@@ -88,9 +90,11 @@ def test_callbacks(applet: marovine.Applet) -> None:
         applet.FG_WIDTH = 256
 
     applet.board.watch(set_again)  # not allowed from within a set
-    with pytest.raises(RuntimeError):
+    with pytest.raises(marovine.Error, match="watches writes cannot set"):
         applet.FG_WIDTH = 1024
     applet.board.watch(None)
+    with pytest.raises(TypeError, match="a function or None"):
+        applet.board.watch(5)  # type: ignore[arg-type]
     assert applet.FG_WIDTH == 512
     applet.FG_WIDTH = 1024
 
@@ -109,8 +113,9 @@ def test_surroundings(applet: marovine.Applet) -> None:
     for speed, pixel in ((float("nan"), 0.1), (500.0, 0.0)):
         with pytest.raises(ValueError):
             board.move_belt(speed, pixel)
-    with pytest.raises(ValueError):
-        board.set_input(12, True)
+    for input in (-1, 12):
+        with pytest.raises(ValueError, match="input must be 0 to 11"):
+            board.set_input(input, True)
     with pytest.raises(ValueError):
         board.use_camera(phase=4)
     board.use_camera(sensor_width=128)
