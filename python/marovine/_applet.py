@@ -12,6 +12,7 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from marovine import _native, parameters as _generated  # noqa: F401 - its classes are found by name
+from marovine._arguments import path_text, whole_number
 from marovine._attributes import ParameterAttributes
 from marovine._board import Board
 from marovine._events import Events
@@ -124,7 +125,7 @@ class Applet(_native.Applet, ParameterAttributes):
 
     def set_elements(self, name: str, first: int, values: ArrayLike) -> None:
         """Sets the elements of a table from ``first`` on."""
-        self.put_elements(name, first, values)
+        self.put_elements(name, whole_number("first", first, 0, 2**32 - 1), values)
 
     def curves(self) -> Curves:
         """The lookup tables as arrays to plot."""
@@ -138,7 +139,7 @@ class Applet(_native.Applet, ParameterAttributes):
     ) -> Acquisition:
         """Takes pictures of the size that the applet is set to: ``for picture in applet.acquire(100): ...``
 
-        :param count: how many; None takes pictures until the acquisition is stopped.
+        :param count: how many, 1 or more; None takes pictures until the acquisition is stopped.
         :param timeout: seconds to wait for each, ``TimeoutError`` after that; None waits for good.
         :param buffers: of the ring that the board fills while the program is busy, 1 to 1024.
 
@@ -154,7 +155,7 @@ class Applet(_native.Applet, ParameterAttributes):
 
     def save(self, file: Path) -> None:
         """Saves the configuration; the name must hold ".mcf". Warns of tables that the file has no place for."""
-        lost = self.save_file(os.fspath(file))
+        lost = self.save_file(path_text(file))
         if lost:
             warnings.warn(f"{file} has no place for the elements of {', '.join(lost)}", stacklevel=2)
 
@@ -163,15 +164,15 @@ class Applet(_native.Applet, ParameterAttributes):
 
         Raises ``Error`` with every reason that can be found when the applet refuses the file.
         """
-        return [Skipped(*skipped) for skipped in self.load_file(os.fspath(file))]
+        return [Skipped(*skipped) for skipped in self.load_file(path_text(file))]
 
     def check(self, file: Path) -> list[Finding]:
         """What a load of the file would fail on, skip, misread or not keep, in line order. Changes nothing."""
-        return [Finding(*finding) for finding in self.check_file(os.fspath(file))]
+        return [Finding(*finding) for finding in self.check_file(path_text(file))]
 
     def diff(self, first: Path, second: Path | None = None) -> list[Difference]:
         """The parameters in which two files, or a file and the applet as it is, differ."""
-        found = self.diff_files(os.fspath(first), "" if second is None else os.fspath(second))
+        found = self.diff_files(path_text(first), "" if second is None else path_text(second))
         return [Difference(*difference) for difference in found]
 
     def xml(self) -> str:

@@ -13,6 +13,7 @@ import numpy as np
 from numpy.typing import NDArray
 
 from marovine import _native
+from marovine._arguments import whole_number
 from marovine._waiting import elsewhere
 from marovine.errors import ClosedError
 
@@ -20,13 +21,17 @@ if TYPE_CHECKING:
     from marovine._applet import Applet
 
 _WIDEST_SHOWN = 1024
+_PNG_SIDE = 1_000_000  # what readers of PNG files take
 _PICTURES, _LOST = 1, 2
 
 
 def png_of(picture: NDArray[np.uint8]) -> bytes:
     """An array of shape (height, width, 3), ``uint8``, blue first, as a PNG file. Raises ``ValueError`` for others."""
+    picture = np.asarray(picture)
     if picture.ndim != 3 or picture.shape[2] != 3 or picture.dtype != np.uint8 or picture.size == 0:
         raise ValueError(f"an array of shape {picture.shape} and type {picture.dtype} is no colour picture")
+    if max(picture.shape) > _PNG_SIDE:
+        raise ValueError(f"a PNG file has at most {_PNG_SIDE} pixels a side, the picture is of {picture.shape}")
     return _native.encode_png(np.ascontiguousarray(picture))
 
 
@@ -118,7 +123,8 @@ class Acquisition(Iterator[Picture], AsyncIterator[Picture]):
     """
 
     def __init__(self, applet: Applet, count: int | None, timeout: float | None, buffers: int) -> None:
-        self._acquisition = applet.begin_acquisition(-1 if count is None else count, buffers)
+        pictures = -1 if count is None else whole_number("count", count, 1, 2**63 - 1, "1 or more, or None")
+        self._acquisition = applet.begin_acquisition(pictures, whole_number("buffers", buffers, 1, 1024))
         self.timeout = timeout
         """Seconds to wait for a picture; None waits for good."""
         self._kept: deque[Picture] = deque()  # that came to a cancelled wait

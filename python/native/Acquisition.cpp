@@ -19,8 +19,6 @@ using virtualboard::imaging::kBytesPerPixel;
 
 namespace {
 
-constexpr std::int64_t kMostBuffers = 1024;
-
 std::shared_ptr<FrameMemory> memoryFor(host::Applet& applet, std::uint32_t buffers) {
     const auto size = [&](const char* name) {
         return static_cast<std::size_t>(*host::numberOf(applet.get(name)));
@@ -111,12 +109,13 @@ AcquisitionState& AcquisitionObject::use() const {
     return *state_;
 }
 
-nb::object AcquisitionObject::next(std::optional<double> timeout, const Interrupt* interrupt) {
+nb::object AcquisitionObject::next(nb::handle timeout, const Interrupt* interrupt) {
+    const auto seconds = timeoutFrom(timeout);
     static_cast<void>(use());
     const auto state = state_;
     const auto why = [&] {
         return host::whyNoPicture(state->applet(),
-                                  {.seconds = *timeout,
+                                  {.seconds = *seconds,
                                    .realTime = state->inRealTime(),
                                    .attached = state->attached(),
                                    .belt = state->belt(),
@@ -126,7 +125,7 @@ nb::object AcquisitionObject::next(std::optional<double> timeout, const Interrup
                                              .withoutRealTime = "set board.clock to Clock.FAST"}});
     };
     const auto taken = waitFor(
-        timeout, interrupt, [&](milliseconds slice) { return state->next(slice); },
+        seconds, interrupt, [&](milliseconds slice) { return state->next(slice); },
         [&] { return state->isOver(); }, why);
     if (!taken) return nb::none();
     const auto& info = taken->info;
@@ -136,13 +135,9 @@ nb::object AcquisitionObject::next(std::optional<double> timeout, const Interrup
 }
 
 std::unique_ptr<AcquisitionObject> acquire(AppletObject& applet, std::int64_t pictures,
-                                           std::int64_t buffers) {
-    if (pictures < -1) raise(PyExc_ValueError, "the number of pictures is 0 or more, or None for no end");
-    if (buffers < 1 || buffers > kMostBuffers) raise(PyExc_ValueError, "buffers must be 1 to 1024");
+                                           std::uint32_t buffers) {
     const auto used = applet.use();
-    auto state = unlocked([&] {
-        return std::make_shared<AcquisitionState>(used, pictures, static_cast<std::uint32_t>(buffers));
-    });
+    auto state = unlocked([&] { return std::make_shared<AcquisitionState>(used, pictures, buffers); });
     applet.follow(state);
     return std::make_unique<AcquisitionObject>(std::move(state));
 }

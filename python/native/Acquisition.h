@@ -69,7 +69,7 @@ class AcquisitionObject {
     /// (pixels, number, frame, trigger, first line's time, last line's time, trigger's time, first line,
     /// encoder position, lost before): the picture and `FrameMemoryPictureInfo`, or None when no more
     /// pictures come. Raises `TimeoutError`.
-    nb::object next(std::optional<double> timeout, const Interrupt* interrupt);
+    nb::object next(nb::handle timeout, const Interrupt* interrupt);
 
  private:
     Birthplace born_;
@@ -77,7 +77,8 @@ class AcquisitionObject {
 };
 
 /// `pictures` of -1 are without end.
-std::unique_ptr<AcquisitionObject> acquire(AppletObject& applet, std::int64_t pictures, std::int64_t buffers);
+std::unique_ptr<AcquisitionObject> acquire(AppletObject& applet, std::int64_t pictures,
+                                           std::uint32_t buffers);
 
 void bindAcquisition(nb::module_& module);
 

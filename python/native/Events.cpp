@@ -30,7 +30,8 @@ void EventsObject::end() {
     });
 }
 
-nb::object EventsObject::next(std::optional<double> timeout, const Interrupt* interrupt) {
+nb::object EventsObject::next(nb::handle timeout, const Interrupt* interrupt) {
+    const auto seconds = timeoutFrom(timeout);
     born_.check();
     const auto state = state_;
     const auto moment = [&](std::chrono::milliseconds slice) -> std::optional<Event> {
@@ -39,7 +40,7 @@ nb::object EventsObject::next(std::optional<double> timeout, const Interrupt* in
         return state->subscription.next(std::chrono::duration<double>(slice).count());
     };
     const auto event = waitFor(
-        timeout, interrupt, moment, [&] { return state->over.load(); },
+        seconds, interrupt, moment, [&] { return state->over.load(); },
         [] {
             return std::string("no event came in time; unless the clock runs in real time, it must be moved");
         });

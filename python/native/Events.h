@@ -21,7 +21,7 @@ class EventsObject {
     ~EventsObject();
 
     /// (number, time, count, payload, lost), or None when the subscription is over. Raises `TimeoutError`.
-    nb::object next(std::optional<double> timeout, const Interrupt* interrupt);
+    nb::object next(nb::handle timeout, const Interrupt* interrupt);
     void end();
 
  private:

@@ -11,6 +11,17 @@
 
 namespace marovine::python {
 
+/// The seconds that a timeout stands for; nothing for None. Raises `TypeError` or `ValueError`.
+inline std::optional<double> timeoutFrom(nb::handle timeout) {
+    constexpr const char* kText = "a timeout is a number of seconds, 0 or more, or None";
+    if (timeout.is_none()) return std::nullopt;
+    const double seconds = PyFloat_AsDouble(timeout.ptr());
+    if (seconds >= 0) return seconds;
+    const bool isNoNumber = PyErr_Occurred() != nullptr && PyErr_ExceptionMatches(PyExc_TypeError) != 0;
+    PyErr_Clear();
+    raise(isNoNumber ? PyExc_TypeError : PyExc_ValueError, kText);
+}
+
 /// Ends one wait from another thread. Set for good, so that it also ends a wait that has not begun yet.
 class Interrupt {
  public:
@@ -29,8 +40,6 @@ auto waitFor(std::optional<double> timeout, const Interrupt* interrupt, const Ne
              const IsOver& isOver, const Why& why) -> decltype(next(std::chrono::milliseconds())) {
     using Clock = std::chrono::steady_clock;
     constexpr std::chrono::milliseconds kSlice{50};
-    if (timeout && !(*timeout >= 0))
-        raise(PyExc_ValueError, "a timeout is a number of seconds, 0 or more, or None");
     const auto begin = Clock::now();
     while (true) {
         if (interrupt != nullptr && interrupt->isSet()) raise(PyExc_TimeoutError, "the wait was ended");

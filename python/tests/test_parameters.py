@@ -170,6 +170,8 @@ def test_tables(applet: marovine.Applet) -> None:
     assert curves.green[-2:].tolist() == [7, 8] and curves.level[-1] == 255
     with pytest.raises(marovine.Refused):
         applet.set_elements("FG_LUT_VALUE_GREEN", 255, [1, 2])
+    with pytest.raises(ValueError, match="first must be 0 to"):
+        applet.set_elements("FG_LUT_VALUE_GREEN", -1, [1])
     with pytest.raises(TypeError):
         applet.set_elements("FG_WIDTH", 0, [1])
 
@@ -207,6 +209,9 @@ def test_files(applet: marovine.Applet, tmp_path: Path) -> None:
     applet.FG_LUT_VALUE_RED = np.zeros(256, np.uint8)
     with pytest.warns(UserWarning, match="no place for the elements of FG_LUT_VALUE_RED"):
         applet.save(file)
+    for call in (applet.save, applet.load, applet.check, applet.diff):
+        with pytest.raises(ValueError, match="zero byte"):
+            call("a\0.mcf")
     for call in (applet.load, applet.diff):
         with pytest.raises(marovine.Error, match="no file"):
             call(tmp_path / "missing.mcf")

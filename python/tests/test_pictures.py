@@ -39,6 +39,8 @@ def test_pictures_are_read_only_arrays(applet: marovine.Applet) -> None:
     assert type(pictures[0] > 3) is np.ndarray and isinstance(pictures[0].mean(), float)
     with pytest.raises(ValueError, match="no colour picture"):
         pictures[0][0].png()
+    with pytest.raises(ValueError, match="pixels a side"):
+        marovine.png_of(np.zeros((2, 2**20, 3), np.uint8))
     first, second = (picture.info for picture in pictures[:2])
     assert first is not None and second is not None
     assert first.first_line_time < first.last_line_time <= second.first_line_time
@@ -51,10 +53,10 @@ def test_worlds_and_their_truth(applet: marovine.Applet, tmp_path: Path) -> None
     (tmp_path / "part.png").write_bytes(marovine.png_of(part))
     world: dict[str, Any] = {
         "format": 1,
-        "belt": {"speed": 500, "objectPixel": 0.1, "colour": "#000000"},
+        "belt": {"speed": np.int64(500), "objectPixel": 0.1, "colour": "#000000"},
         "parts": [{"name": "chip", "picture": "part.png", "spacing": 3, "across": 5}],
     }
-    (tmp_path / "world.json").write_text(json.dumps(world))
+    (tmp_path / "world.json").write_text(json.dumps(world, default=int))
     for source, folder in ((world, tmp_path), (tmp_path / "world.json", Path("."))):
         applet.board.load_world(source, folder)
         picture = applet.acquire(1).next()
@@ -66,7 +68,7 @@ def test_worlds_and_their_truth(applet: marovine.Applet, tmp_path: Path) -> None
     for wrong in wrongs:
         with pytest.raises(marovine.WorldError):
             applet.board.load_world(wrong)
-    with pytest.raises(TypeError):
+    with pytest.raises(TypeError, match="a world holds"):
         applet.board.load_world({"format": object()})
     assert applet.acquire(1).next().truth is not None  # the last good one
 
@@ -99,7 +101,7 @@ def test_an_acquisition_ends(applet: marovine.Applet) -> None:
     assert one.next().number == 1 and not one.running and one.delivered == 1
     two = applet.acquire(2)  # the last picture left the board free
     assert len(list(two)) == 2 and list(two) == [] and "over" in repr(two)
-    for count, buffers in ((-2, 4), (1, 0), (1, 10**9)):
+    for count, buffers in ((-1, 4), (0, 4), (1, 0), (1, 10**9)):
         with pytest.raises(ValueError):
             applet.acquire(count, buffers=buffers)
     running = applet.acquire()
@@ -119,9 +121,10 @@ def test_a_picture_that_does_not_come(applet: marovine.Applet) -> None:
     applet.trigger()
     picture = acquisition.next(10)
     assert picture.number == 1 and picture.info is not None and picture.info.trigger == marovine.Trigger.SOFTWARE
-    for timeout in (-1.0, float("nan")):
-        with pytest.raises(ValueError):
-            acquisition.next(timeout)
+    wrongs: list[tuple[Any, type[Exception]]] = [(-1.0, ValueError), (float("nan"), ValueError), ("x", TypeError)]
+    for wrong, error in wrongs:
+        with pytest.raises(error, match="a timeout is a number of seconds"):
+            acquisition.next(wrong)
 
 
 @contextmanager
