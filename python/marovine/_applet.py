@@ -200,7 +200,7 @@ class Applet(_native.Applet, ParameterAttributes):
         Raises ``UnknownParameter`` for a name that the design lacks.
         """
         masks = {name: self._mask_of(name) for name in names} or self.event_masks
-        return Events(self._board, masks, timeout, room)
+        return Events(self._board, masks, timeout, whole_number("room", room, 1, 2**32 - 1, "1 or more"))
 
     def raise_event(self, name: str, payload: int = 0) -> None:
         """Lets an event happen on the board now, such as an alarm that nothing on it brings about. Raises

@@ -114,7 +114,8 @@ class Board(_native.Board):
             raise TypeError(f"a scene has elements of uint8, not {array.dtype}")
         if array.ndim != 3 or array.shape[2] != 3:
             raise ValueError(f"a scene has the shape (height, width, 3), not {array.shape}")
-        self.set_scene(np.ascontiguousarray(array), field_width)
+        width = whole_number("field_width", field_width, 0, 2**32 - 1, "0 or more")
+        self.set_scene(np.ascontiguousarray(array), width)
 
     def load_world(self, world: dict[str, Any] | str | os.PathLike[str], folder: str | os.PathLike[str] = ".") -> None:
         """Puts a world around the board, from a dict or a file: belt, encoder, inputs, parts, camera and light, as
@@ -135,7 +136,8 @@ class Board(_native.Board):
     def use_camera(self, sensor_width: int = 16384, phase: int = 0, neutral_exposure: float = 19.0) -> None:
         """The camera: its pixels, the Bayer phase of its first pixel, and the exposure in µs that shows the scene's
         colours as they are."""
-        self.set_camera(sensor_width, phase, neutral_exposure)
+        sensor_width = whole_number("sensor_width", sensor_width, 0, 2**32 - 1, "0 or more")
+        self.set_camera(sensor_width, whole_number("phase", phase, 0, 3), neutral_exposure)
 
     def set_input(self, input: int, high: bool) -> None:
         """The level at an input: 0 to 7 are the inputs, 8 to 11 the front inputs. Raises ``ValueError`` for others."""
@@ -143,7 +145,7 @@ class Board(_native.Board):
 
     def set_render_threads(self, threads: int) -> None:
         """Threads that render a large picture, from the next acquisition on; 0, as at first: one for each core."""
-        super().set_render_threads(threads)
+        super().set_render_threads(whole_number("threads", threads, 0, 2**32 - 1, "0 or more"))
 
     # ---- faults ----
 
@@ -167,11 +169,11 @@ class Board(_native.Board):
 
     def refuse_nth_write(self, n: int, code: int) -> None:
         """Makes the n-th write from now (1 is the next one), whatever its parameter, fail once with a code."""
-        super().refuse_nth_write(n, code)
+        super().refuse_nth_write(whole_number("n", n, 1, 2**31 - 1, "1 or more"), code)
 
     def refuse_nth_read(self, n: int, code: int) -> None:
         """Makes the n-th read from now fail once with a code."""
-        super().refuse_nth_read(n, code)
+        super().refuse_nth_read(whole_number("n", n, 1, 2**31 - 1, "1 or more"), code)
 
     def clear_faults(self) -> None:
         """Ends all faults of the board."""

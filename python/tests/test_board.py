@@ -116,8 +116,9 @@ def test_surroundings(applet: marovine.Applet) -> None:
     for input in (-1, 12):
         with pytest.raises(ValueError, match="input must be 0 to 11"):
             board.set_input(input, True)
-    with pytest.raises(ValueError):
-        board.use_camera(phase=4)
+    for phase in (-1, 4):
+        with pytest.raises(ValueError, match="phase must be 0 to 3"):
+            board.use_camera(phase=phase)
     board.use_camera(sensor_width=128)
     picture = applet.acquire(1).next()
     assert picture[:, :100].any() and not picture[:, 140:].any()  # beyond its sensor a line is black
