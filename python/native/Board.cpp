@@ -168,7 +168,7 @@ void setScene(const BoardObject& board, const Colours& picture, std::uint32_t fi
     if (width > mostPixels / height) raise(PyExc_ValueError, "the scene has more than 2**28 pixels");
     virtualboard::imaging::Image scene(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height));
     std::memcpy(scene.pixels.data(), picture.data(), scene.bytes().size());
-    onBoard(board, [&](Control& control) { control.setScene(std::move(scene), fieldWidth); });
+    onBoard(board, [&](Control& control) { control.setScene(scene, fieldWidth); });
 }
 
 void setWorld(const BoardObject& board, const std::string& json, const std::filesystem::path& folder) {
