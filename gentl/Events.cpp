@@ -180,6 +180,8 @@ void* EventSource::registerEvent(EVENT_TYPE type) {
         throw Error(GC_ERR_INVALID_PARAMETER, "there is no event type " + std::to_string(type));
     if (!fires(type)) throw Error(GC_ERR_NOT_IMPLEMENTED, "this module has no events of that type");
     const std::lock_guard lock(mutex_);
+    // Whoever found the module before it closed may come here after it.
+    if (closed_) throw Error(GC_ERR_INVALID_HANDLE, "the module was closed");
     auto& queue = queues_[type];
     if (queue != nullptr) throw Error(GC_ERR_RESOURCE_IN_USE, "this event is registered already");
     queue = makeQueue(type);
@@ -197,6 +199,7 @@ void EventSource::unregisterEvent(EVENT_TYPE type) {
 
 void EventSource::closeEvents() {
     const std::lock_guard lock(mutex_);
+    closed_ = true;
     for (const auto& [type, queue] : queues_) {
         queue->close();
         Handles::instance().remove(*queue);

@@ -75,11 +75,11 @@ class EventSource {
  public:
     virtual ~EventSource() = default;
 
-    /// The handle of a new registration. Throws NOT_IMPLEMENTED for a sort that this source never fires and
-    /// RESOURCE_IN_USE for one that is registered.
+    /// The handle of a new registration. Throws NOT_IMPLEMENTED for a sort that this source never fires,
+    /// RESOURCE_IN_USE for one that is registered and INVALID_HANDLE after `closeEvents`.
     void* registerEvent(EVENT_TYPE type);
     void unregisterEvent(EVENT_TYPE type);
-    /// Ends all registrations.
+    /// Ends all registrations, for good.
     void closeEvents();
 
  protected:
@@ -94,6 +94,7 @@ class EventSource {
  private:
     mutable std::mutex mutex_;
     std::map<EVENT_TYPE, std::shared_ptr<EventQueue>> queues_;
+    bool closed_ = false;
 };
 
 }  // namespace marovine::gentl

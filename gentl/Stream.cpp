@@ -40,6 +40,13 @@ std::shared_ptr<Buffer> Stream::announce(void* memory, std::size_t size, void* u
     return buffer;
 }
 
+/// Where a buffer is announced; throws INVALID_HANDLE for one that was revoked. With the lock.
+Stream::Buffers::const_iterator Stream::placeOf(const Buffer& buffer) const {
+    const auto place = std::ranges::find(announced_, &buffer, &std::shared_ptr<Buffer>::get);
+    if (place == announced_.end()) throw Error(GC_ERR_INVALID_HANDLE, "the buffer was revoked");
+    return place;
+}
+
 void Stream::revoke(Buffer& buffer) {
     std::shared_ptr<Buffer> revoked;
     const std::lock_guard lock(mutex_);
@@ -47,8 +54,7 @@ void Stream::revoke(Buffer& buffer) {
         throw Error(GC_ERR_BUSY, "the buffer is queued or being filled; flush the queue first");
     if (waitsForDelivery(buffer))
         throw Error(GC_ERR_BUSY, "the buffer waits for delivery; flush the queue first");
-    const auto place = std::ranges::find(announced_, &buffer, &std::shared_ptr<Buffer>::get);
-    if (place == announced_.end()) throw Error(GC_ERR_INVALID_HANDLE, "the buffer was revoked");
+    const auto place = placeOf(buffer);
     revoked = *place;
     announced_.erase(place);
     revoked->close();
@@ -64,6 +70,7 @@ void Stream::mustHold(const Buffer& buffer, std::size_t bytes) const {
 void Stream::queue(Buffer& buffer) {
     const std::lock_guard lock(mutex_);
     if (gone_) throw Error(GC_ERR_INVALID_HANDLE, "the data stream was closed");
+    placeOf(buffer);  // another thread may have revoked it meanwhile
     if (buffer.queued) throw Error(GC_ERR_RESOURCE_IN_USE, "the buffer is queued already");
     if (waitsForDelivery(buffer))
         throw Error(GC_ERR_RESOURCE_IN_USE, "the buffer waits for delivery: take it from the event first");
@@ -273,7 +280,7 @@ void Stream::close() {
         }
         end();
     }
-    std::vector<std::shared_ptr<Buffer>> buffers;
+    Buffers buffers;
     {
         const std::lock_guard lock(mutex_);
         input_.clear();

@@ -50,6 +50,8 @@ class Stream final : public Module {
         void operator()(dma_mem* memory) const { FrameMemoryFree(memory); }
     };
 
+    using Buffers = std::vector<std::shared_ptr<Buffer>>;
+
     void describe(NodeMap& nodes) override;
     bool fires(EVENT_TYPE type) const override { return type == EVENT_NEW_BUFFER; }
     std::shared_ptr<EventQueue> makeQueue(EVENT_TYPE) override { return output_; }
@@ -65,6 +67,7 @@ class Stream final : public Module {
     /// Whether the buffer was too small for the whole picture.
     bool isCut(const Buffer& buffer) const;
     bool waitsForDelivery(const Buffer& buffer) const { return output_->holds(buffer.handle()); }
+    Buffers::const_iterator placeOf(const Buffer& buffer) const;
     void enqueue(Buffer& buffer);
     void unqueue(const std::function<void(Buffer&)>& then);
     void mustHold(const Buffer& buffer, std::size_t bytes) const;
@@ -79,7 +82,7 @@ class Stream final : public Module {
     std::uint64_t run_ = 0;  ///< pictures asked of the board in this run
 
     mutable std::mutex mutex_;
-    std::vector<std::shared_ptr<Buffer>> announced_;
+    Buffers announced_;
     std::deque<Buffer*> input_;  ///< queued buffers in order
     std::uint64_t announcements_ = 0;
     bool started_ = false;

@@ -198,6 +198,36 @@ TEST_F(GenTL, AWaitEndsWhenItIsKilledOrWhatItWaitsForCloses) {
     }
 }
 
+TEST_F(GenTL, WhatClosesWhileAnotherThreadUsesItIsGoneForIt) {
+    const auto atOnce = [](const auto& one, const auto& other) {
+        std::atomic<int> ready = 0;
+        const auto meet = [&ready] {
+            for (++ready; ready < 2;) std::this_thread::yield();
+        };
+        std::thread thread([&] { meet(), one(); });
+        meet(), other();
+        thread.join();
+    };
+    for (int i = 0; i < 3000; ++i) {
+        const BUFFER_HANDLE buffer = announce(1, 64).front();
+        GC_ERROR queued = -1;
+        GC_ERROR revoked = -1;
+        atOnce([&] { queued = DSQueueBuffer(stream, buffer); },
+               [&] { revoked = DSRevokeBuffer(stream, buffer, nullptr, nullptr); });
+        ASSERT_TRUE(queued == GC_ERR_SUCCESS ? revoked == GC_ERR_BUSY : revoked == GC_ERR_SUCCESS);
+        ASSERT_EQ(GC_ERR_SUCCESS, DSFlushQueue(stream, ACQ_QUEUE_ALL_DISCARD));
+        if (revoked == GC_ERR_BUSY) {
+            ASSERT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(stream, buffer, nullptr, nullptr));
+        }
+    }
+    for (int i = 0; i < 500; ++i) {
+        EVENT_HANDLE event = nullptr;
+        atOnce([&] { GCRegisterEvent(stream, EVENT_NEW_BUFFER, &event); }, [&] { DSClose(stream); });
+        ASSERT_EQ(GC_ERR_INVALID_HANDLE, EventFlush(event)) << "the event has outlived its module";
+        openStream(device, stream);
+    }
+}
+
 TEST(GenTLSeveral, TwoDevicesStreamAtOnceWhileTheirFeaturesAreRead) {
     class Two : public GenTL {
      public:
