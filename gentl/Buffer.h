@@ -15,6 +15,9 @@ struct Picture {
     std::uint64_t number = 0;  ///< of the run, from 0; lost pictures count
     std::uint64_t time = 0;    ///< ns of the board's clock, when its last line had come
     std::size_t bytes = 0;     ///< 0: nothing
+    std::uint32_t xOffset = 0;
+    std::uint32_t yOffset = 0;
+    bool cut = false;  ///< the buffer was too small for the whole picture
 };
 
 /// Announced memory. What changes is guarded by its stream.

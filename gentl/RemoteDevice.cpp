@@ -16,6 +16,11 @@ namespace {
 
 /// Decides how large a picture is; a consumer that streams has its buffers for that size.
 constexpr std::array<std::string_view, 3> kSizes{"FG_WIDTH", "FG_HEIGHT", "FG_FORMAT"};
+/// What TLParamsLocked locks.
+constexpr std::array<std::string_view, 6> kLockedByStreaming{"FG_WIDTH", "FG_HEIGHT", "FG_FORMAT",
+                                                             "Width",    "Height",    "PixelFormat"};
+/// What an acquisition locks.
+constexpr std::array<std::string_view, 2> kLockedByAcquisition{"AcquisitionMode", "AcquisitionFrameCount"};
 
 /// Puts a world around a board.
 void loadWorld(virtualboard::Control& board, const std::string& file) {
@@ -35,6 +40,7 @@ RemoteDevice::RemoteDevice(std::string id, const std::string& worldFile, bool re
               {.writeDefaults = true, .rememberSteps = true}) {
     if (!worldFile.empty()) loadWorld(board(), worldFile);
     board().setClockMode(virtualboard::ClockMode::RealTime);
+    rememberWindow();
 }
 
 void RemoteDevice::setStream(std::weak_ptr<Stream> stream) {
@@ -70,6 +76,7 @@ void RemoteDevice::set(std::string_view name, const host::Value& value) {
     const std::lock_guard lock(setting_);
     const auto before = standings();
     if (const int code = applet_.trySet(name, value)) refuse(name, value, code);
+    rememberWindow();
     tellWhatMoved(before);
 }
 
@@ -117,6 +124,17 @@ void RemoteDevice::tellWhatMoved(const std::vector<host::Applet::Standing>& befo
     }
 }
 
+void RemoteDevice::tellMoved(std::span<const std::string_view> names) {
+    const auto events = registered(EVENT_FEATURE_INVALIDATE);
+    if (events == nullptr) return;
+    for (const auto name : names) events->push({.id = std::string(name)});
+}
+
+void RemoteDevice::setStreaming(std::int64_t locked) {
+    if (locked != 0 && locked != 1) throw Error(GC_ERR_INVALID_VALUE, "TLParamsLocked is 0 or 1");
+    if (tlParamsLocked_.exchange(locked) != locked) tellMoved(kLockedByStreaming);
+}
+
 bool RemoteDevice::isLocked(const std::string& name) const {
     if (locked() && std::ranges::find(kSizes, name) != kSizes.end()) return true;
     return !applet_.writable(name);
@@ -142,7 +160,19 @@ std::size_t RemoteDevice::payloadSize() const {
            virtualboard::imaging::kBytesPerPixel;
 }
 
-std::uint64_t RemoteDevice::picturesWanted() const {
+RemoteDevice::Window RemoteDevice::window() const {
+    const std::lock_guard lock(windowing_);
+    return window_;
+}
+
+void RemoteDevice::rememberWindow() {
+    const auto value = [this](const char* name) { return static_cast<std::uint32_t>(integer(name)); };
+    const Window now{value("FG_XOFFSET"), value("FG_YOFFSET"), value("FG_HEIGHT")};
+    const std::lock_guard lock(windowing_);
+    window_ = now;
+}
+
+std::uint64_t RemoteDevice::picturesOfMode() const {
     switch (acquisitionMode_) {
         case kSingleFrame:
             return 1;
@@ -153,18 +183,31 @@ std::uint64_t RemoteDevice::picturesWanted() const {
     }
 }
 
+void RemoteDevice::setPicturesLeft(std::uint64_t pictures) {
+    const bool before = picturesLeft_.exchange(pictures) > 0;
+    if (before != (pictures > 0)) tellMoved(kLockedByAcquisition);
+}
+
+void RemoteDevice::pictureTaken() {
+    std::uint64_t left = picturesLeft_;
+    while (left != 0 && left != GENTL_INFINITE && !picturesLeft_.compare_exchange_weak(left, left - 1)) {
+    }
+    if (left == 1) tellMoved(kLockedByAcquisition);
+}
+
 void RemoteDevice::start() {
-    acquiring_ = true;
+    // Pictures that are still to come are not asked for again.
+    if (!acquiring()) setPicturesLeft(picturesOfMode());
     try {
         if (const auto data = stream()) data->cameraStarts();
     } catch (...) {
-        acquiring_ = false;
+        setPicturesLeft(0);
         throw;
     }
 }
 
 void RemoteDevice::stop() {
-    acquiring_ = false;
+    setPicturesLeft(0);
     if (const auto data = stream()) data->cameraStops();
 }
 
@@ -176,7 +219,9 @@ std::vector<std::string> RemoteDevice::moversOf(const std::string& name) {
         return host::moversOfAll(fresh);
     }();
     const auto found = movers.find(name);
-    return found != movers.end() ? found->second : std::vector<std::string>();
+    auto names = found != movers.end() ? found->second : std::vector<std::string>();
+    if (std::ranges::find(kSizes, name) != kSizes.end()) names.emplace_back("TLParamsLocked");
+    return names;
 }
 
 void RemoteDevice::close() {

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <map>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -37,12 +38,23 @@ class RemoteDevice final : public Module {
 
     /// Bytes of the largest picture that the applet is set to.
     std::size_t payloadSize() const;
-    /// Pictures that the acquisition mode asks for; all of them without limit.
-    std::uint64_t picturesWanted() const;
-    /// Whether AcquisitionStart was executed and not yet ended.
-    bool acquiring() const { return acquiring_; }
+    /// The part of the sensor's picture that is taken.
+    struct Window {
+        std::uint32_t xOffset, yOffset, height;
+    };
+    /// The window after the last set, without a call of the applet: a thread of the board may ask.
+    Window window() const;
+    /// Pictures that are still to come since AcquisitionStart; GENTL_INFINITE without limit.
+    std::uint64_t picturesLeft() const { return picturesLeft_; }
+    /// A picture came; the acquisition ends with the last one that its mode asks for. A thread of the board
+    /// may tell.
+    void pictureTaken();
+    /// Whether AcquisitionStart was executed and the acquisition has not ended.
+    bool acquiring() const { return picturesLeft_ > 0; }
     /// Whether the consumer streams: what decides how large a picture is cannot change.
     bool locked() const { return tlParamsLocked_ != 0; }
+    /// Writes TLParamsLocked, 0 or 1.
+    void setStreaming(std::int64_t locked);
 
     /// The features of the board itself, which no real device has: its clock and what drives its inputs.
     void describeBoard(NodeMap& nodes);
@@ -60,7 +72,7 @@ class RemoteDevice final : public Module {
     bool isLocked(const std::string& name) const;
     /// Throws ACCESS_DENIED with the cause while a parameter cannot be set.
     void mustBeUnlocked(const std::string& name);
-    /// The parameters that move this one.
+    /// The features that move or lock this parameter.
     std::vector<std::string> moversOf(const std::string& name);
 
     // ---- the standard features ----
@@ -79,15 +91,23 @@ class RemoteDevice final : public Module {
     /// Where parameters stand before a set, to see what it moved.
     std::vector<host::Applet::Standing> standings() const;
     void tellWhatMoved(const std::vector<host::Applet::Standing>& before);
+    void rememberWindow();
+    /// Tells consumers that features are to be looked at again.
+    void tellMoved(std::span<const std::string_view> names);
+    /// How many pictures are left from now on, 0: none flow.
+    void setPicturesLeft(std::uint64_t pictures);
+    std::uint64_t picturesOfMode() const;
     [[noreturn]] void refuse(std::string_view name, const host::Value& value, int code);
 
     const bool readOnly_;
     mutable host::Applet applet_;
     std::map<std::string, std::vector<std::string>, std::less<>> standardNames_;  ///< by parameter
     std::mutex setting_;
+    mutable std::mutex windowing_;
+    Window window_{};
     std::mutex streaming_;
     std::weak_ptr<Stream> stream_;
-    std::atomic<bool> acquiring_ = false;
+    std::atomic<std::uint64_t> picturesLeft_ = 0;
     std::atomic<std::int64_t> tlParamsLocked_ = 0;
 
     /// The entries of AcquisitionMode, and the most that AcquisitionFrameCount takes.

@@ -178,7 +178,7 @@ void RemoteDevice::describePicture(NodeMap& nodes) {
     nodes.enumeration({.name = "PixelFormat",
                        .category = kPicture,
                        .toolTip = "Format of the pixels: blue, green and red, a byte each",
-                       .movedBy = {"FG_FORMAT"},
+                       .movedBy = {"FG_FORMAT", "TLParamsLocked"},
                        .locked = [this] { return locked(); },
                        .streamable = true},
                       {{.name = "BGR8", .value = PFNC_BGR8, .displayName = "BGR8"}},
@@ -222,7 +222,11 @@ void RemoteDevice::describePicture(NodeMap& nodes) {
                    .category = kTransport,
                    .toolTip = "1 while the consumer streams: the size of a picture stays",
                    .visibility = Visibility::Invisible},
-                  kept(tlParamsLocked_, 1));
+                  {.read = [this] { return tlParamsLocked_.load(); },
+                   .write = [this](std::int64_t value) { setStreaming(value); },
+                   .minimum = [] { return 0; },
+                   .maximum = [] { return 1; },
+                   .increment = [] { return 1; }});
 }
 
 void RemoteDevice::describeAcquisition(NodeMap& nodes) {
@@ -232,13 +236,14 @@ void RemoteDevice::describeAcquisition(NodeMap& nodes) {
     nodes.enumeration({.name = "AcquisitionMode",
                        .category = kAcquisition,
                        .toolTip = "How many pictures AcquisitionStart brings",
+                       .movedBy = {"AcquisitionStart", "AcquisitionStop"},
                        .locked = [this] { return acquiring(); },
                        .streamable = true},
                       modes, keptEntry(acquisitionMode_, modes));
     nodes.integer({.name = "AcquisitionFrameCount",
                    .category = kAcquisition,
                    .toolTip = "Pictures that AcquisitionStart brings in the mode MultiFrame",
-                   .movedBy = {"AcquisitionMode"},
+                   .movedBy = {"AcquisitionMode", "AcquisitionStart", "AcquisitionStop"},
                    .locked = [this] { return acquiring(); },
                    .streamable = true},
                   {.read = [this] { return frameCount_.load(); },
@@ -252,10 +257,11 @@ void RemoteDevice::describeAcquisition(NodeMap& nodes) {
                    .minimum = [] { return 1; },
                    .maximum = [] { return kMostFrames; },
                    .increment = [] { return 1; }});
-    nodes.command({.name = "AcquisitionStart",
-                   .category = kAcquisition,
-                   .toolTip = "Pictures flow as soon as the data stream is started, too"},
-                  [this] { start(); });
+    nodes.command(
+        {.name = "AcquisitionStart",
+         .category = kAcquisition,
+         .toolTip = "Pictures flow as soon as the data stream is started, too"},
+        [this] { start(); }, [this] { return !acquiring() || picturesLeft_ == GENTL_INFINITE; });
     nodes.command(
         {.name = "AcquisitionStop", .category = kAcquisition, .toolTip = "Ends what AcquisitionStart began"},
         [this] { stop(); });

@@ -192,8 +192,8 @@ void Stream::cameraStops() {
 void Stream::begin() {
     auto& applet = remote_->applet();
     const std::lock_guard lock(mutex_);
-    if (delivered_ >= wanted_) return;
-    run_ = std::min(wanted_ - delivered_, remote_->picturesWanted());
+    run_ = std::min(wanted_ - delivered_, remote_->picturesLeft());
+    if (run_ == 0) return;
     const std::size_t bytes = remote_->payloadSize();
     for (const Buffer* buffer : input_) mustHold(*buffer, bytes);
     std::unique_ptr<dma_mem, Free> memory(FrameMemoryCreateQueued(bytes, &Stream::finished, this));
@@ -251,13 +251,19 @@ void Stream::take(Buffer& buffer, const FrameMemoryPicture& picture, const Frame
         return;
     }
     const std::size_t row = std::size_t{picture.width} * virtualboard::imaging::kBytesPerPixel;
+    const auto window = remote_->window();
+    const bool noRowFits = buffer.size() - row * picture.height < row;
     buffer.picture = {.width = picture.width,
                       .height = picture.height,
                       .number = static_cast<std::uint64_t>(info.frame),
                       .time = static_cast<std::uint64_t>(info.lastLineTime),
-                      .bytes = row * picture.height};
+                      .bytes = row * picture.height,
+                      .xOffset = window.xOffset,
+                      .yOffset = window.yOffset,
+                      .cut = picture.height < window.height && noRowFits};
     ++delivered_;
     ++runDelivered_;
+    remote_->pictureTaken();
     deliver(buffer);
 }
 

@@ -64,8 +64,6 @@ class Stream final : public Module {
     void end();
     std::uint64_t lost() const;
     bool isGrabbing() const { return started_ && delivered_ < wanted_; }
-    /// Whether the buffer was too small for the whole picture.
-    bool isCut(const Buffer& buffer) const;
     bool waitsForDelivery(const Buffer& buffer) const { return output_->holds(buffer.handle()); }
     Buffers::const_iterator placeOf(const Buffer& buffer) const;
     void enqueue(Buffer& buffer);

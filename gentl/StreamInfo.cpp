@@ -46,12 +46,6 @@ void Stream::info(STREAM_INFO_CMD command, INFO_DATATYPE* type, void* buffer, st
     }
 }
 
-bool Stream::isCut(const Buffer& buffer) const {
-    const Picture& picture = buffer.picture;
-    if (picture.bytes == 0 || picture.bytes >= remote_->payloadSize()) return false;
-    return buffer.size() - picture.bytes < picture.bytes / picture.height;  // not another row fits
-}
-
 void Stream::bufferInfo(const Buffer& buffer, BUFFER_INFO_CMD command, INFO_DATATYPE* type, void* place,
                         std::size_t* size) const {
     Answer answer(type, place, size);
@@ -78,7 +72,7 @@ void Stream::bufferInfo(const Buffer& buffer, BUFFER_INFO_CMD command, INFO_DATA
         case BUFFER_INFO_IS_ACQUIRING:
             return answer.boolean(memory_ != nullptr && !input_.empty() && input_.front() == &buffer);
         case BUFFER_INFO_IS_INCOMPLETE:
-            return answer.boolean(isCut(buffer) || (picture.bytes == 0 && !buffer.queued));
+            return answer.boolean(picture.cut || (picture.bytes == 0 && !buffer.queued));
         case BUFFER_INFO_TLTYPE:
             return answer.text(kTechnology);
         case BUFFER_INFO_SIZE_FILLED:
@@ -90,9 +84,9 @@ void Stream::bufferInfo(const Buffer& buffer, BUFFER_INFO_CMD command, INFO_DATA
         case BUFFER_INFO_DELIVERED_IMAGEHEIGHT:
             return answer.size(ofPicture(picture.height));
         case BUFFER_INFO_XOFFSET:
-            return answer.size(ofPicture(static_cast<std::size_t>(remote_->integer("FG_XOFFSET"))));
+            return answer.size(ofPicture(picture.xOffset));
         case BUFFER_INFO_YOFFSET:
-            return answer.size(ofPicture(static_cast<std::size_t>(remote_->integer("FG_YOFFSET"))));
+            return answer.size(ofPicture(picture.yOffset));
         case BUFFER_INFO_XPADDING:
         case BUFFER_INFO_YPADDING:
         case BUFFER_INFO_IMAGEOFFSET:
@@ -110,7 +104,7 @@ void Stream::bufferInfo(const Buffer& buffer, BUFFER_INFO_CMD command, INFO_DATA
         case BUFFER_INFO_PIXEL_ENDIANNESS:
             return answer.int32(PIXELENDIANNESS_LITTLE);
         case BUFFER_INFO_DATA_LARGER_THAN_BUFFER:
-            return answer.boolean(isCut(buffer));
+            return answer.boolean(picture.cut);
         case BUFFER_INFO_DELIVERED_CHUNKPAYLOADSIZE:
             return answer.size(0);
         case BUFFER_INFO_CONTAINS_CHUNKDATA:

@@ -24,6 +24,7 @@ using testing::HasSubstr;
 
 TEST_F(GenTL, FillsBuffersInTheirOrderAndCountsWhatFindsNone) {
     setWindow(64, 64);
+    ASSERT_EQ(GC_ERR_SUCCESS, write("FG_XOFFSET", std::uint32_t{8}));
     const std::size_t bytes = streamInfo<std::size_t>(STREAM_INFO_PAYLOAD_SIZE);
     ASSERT_EQ(64u * 64 * 3, bytes);
     auto buffers = announce(3, bytes);
@@ -51,6 +52,7 @@ TEST_F(GenTL, FillsBuffersInTheirOrderAndCountsWhatFindsNone) {
         EXPECT_GT(time, before);
         before = time;
         EXPECT_EQ(64u, bufferInfo<std::size_t>(buffers[i], BUFFER_INFO_DELIVERED_IMAGEHEIGHT));
+        EXPECT_EQ(8u, bufferInfo<std::size_t>(buffers[i], BUFFER_INFO_XOFFSET));
         EXPECT_EQ(bytes, bufferInfo<std::size_t>(buffers[i], BUFFER_INFO_SIZE_FILLED));
         EXPECT_EQ(PFNC_BGR8,
                   static_cast<int>(bufferInfo<std::uint64_t>(buffers[i], BUFFER_INFO_PIXELFORMAT)));
@@ -66,6 +68,10 @@ TEST_F(GenTL, FillsBuffersInTheirOrderAndCountsWhatFindsNone) {
     ASSERT_EQ(GC_ERR_SUCCESS, DSStopAcquisition(stream, ACQ_STOP_FLAGS_DEFAULT));
     EXPECT_EQ(GC_ERR_RESOURCE_IN_USE, DSStopAcquisition(stream, ACQ_STOP_FLAGS_DEFAULT));
     EXPECT_EQ(4u, streamInfo<std::uint64_t>(STREAM_INFO_NUM_DELIVERED));
+    ASSERT_EQ(GC_ERR_SUCCESS, write("FG_XOFFSET", std::uint32_t{16}));
+    setWindow(64, 128);
+    EXPECT_EQ(8u, bufferInfo<std::size_t>(buffers[0], BUFFER_INFO_XOFFSET)) << "as when it was taken";
+    EXPECT_EQ(0u, bufferInfo<bool8_t>(buffers[0], BUFFER_INFO_IS_INCOMPLETE));
     for (BUFFER_HANDLE buffer : buffers)
         EXPECT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(stream, buffer, nullptr, nullptr));
     void* memory = nullptr;
@@ -117,6 +123,28 @@ TEST_F(GenTL, TakesAsManyPicturesAsAskedAndFlushesAsTold) {
         EXPECT_NE(nullptr, next(event));
         EXPECT_EQ(nullptr, next(event, 20));
     }
+    ASSERT_EQ(GC_ERR_SUCCESS, DSStopAcquisition(stream, ACQ_STOP_FLAGS_DEFAULT));
+    ASSERT_EQ(GC_ERR_SUCCESS, DSStartAcquisition(stream, 0, GENTL_INFINITE));
+    EXPECT_EQ(nullptr, next(event, 20)) << "the camera's acquisition was over";
+    EXPECT_EQ(0, read<std::int32_t>("AcquisitionStart"));
+
+    // Three, over two runs of the stream.
+    ASSERT_EQ(GC_ERR_SUCCESS, write<std::int32_t>("AcquisitionMode", 2)) << lastError();
+    ASSERT_EQ(GC_ERR_SUCCESS, write<std::int64_t>("AcquisitionFrameCount", 3)) << lastError();
+    ASSERT_EQ(GC_ERR_SUCCESS, DSStopAcquisition(stream, ACQ_STOP_FLAGS_DEFAULT));
+    ASSERT_EQ(GC_ERR_SUCCESS, DSFlushQueue(stream, ACQ_QUEUE_ALL_TO_INPUT));
+    ASSERT_EQ(GC_ERR_SUCCESS, write<std::int32_t>("AcquisitionStart", 1));
+    EXPECT_EQ(1, read<std::int32_t>("AcquisitionStart")) << "not done";
+    ASSERT_EQ(GC_ERR_SUCCESS, write<std::int32_t>("AcquisitionStart", 1)) << "changes nothing";
+    for (const int pictures : {2, 1}) {
+        ASSERT_EQ(GC_ERR_SUCCESS, DSStartAcquisition(stream, 0, pictures == 2 ? 2 : GENTL_INFINITE));
+        EXPECT_EQ(GC_ERR_ACCESS_DENIED, write<std::int32_t>("AcquisitionMode", 0));
+        for (int i = 0; i < pictures; ++i) EXPECT_NE(nullptr, next(event));
+        EXPECT_EQ(nullptr, next(event, 20));
+        ASSERT_EQ(GC_ERR_SUCCESS, DSStopAcquisition(stream, ACQ_STOP_FLAGS_DEFAULT));
+    }
+    EXPECT_EQ(GC_ERR_SUCCESS, write<std::int32_t>("AcquisitionMode", 0)) << lastError();
+    ASSERT_EQ(GC_ERR_SUCCESS, DSStartAcquisition(stream, 0, GENTL_INFINITE));
     EXPECT_EQ(GC_ERR_SUCCESS, DSClose(stream)) << "while it grabs";
 }
 
