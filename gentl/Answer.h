@@ -14,7 +14,7 @@
 namespace marovine::gentl {
 
 /// The places that a consumer gives for an answer. With a null buffer only the size is said; a buffer that is
-/// too small throws BUFFER_TOO_SMALL and stays as it was.
+/// too small throws BUFFER_TOO_SMALL and stays as it was. The type is said in every case.
 class Answer {
  public:
     /// `type` may be null, `size` may not.
@@ -39,6 +39,11 @@ class Answer {
     void uint64(std::uint64_t value) { number(INFO_DATATYPE_UINT64, value); }
     void size(std::size_t value) { number(INFO_DATATYPE_SIZET, value); }
     void pointer(const void* value) { number(INFO_DATATYPE_PTR, value); }
+    /// Refuses an information of this type that is not there.
+    [[noreturn]] void none(INFO_DATATYPE type, GC_ERROR code, const char* why) {
+        if (type_ != nullptr) *type_ = type;
+        throw Error(code, why);
+    }
 
  private:
     template <class T>
@@ -47,11 +52,11 @@ class Answer {
     }
     template <class Copy>
     void give(INFO_DATATYPE type, std::size_t size, Copy copy) {
+        if (type_ != nullptr) *type_ = type;
         if (buffer_ != nullptr && *size_ < size)
             throw Error(GC_ERR_BUFFER_TOO_SMALL, "the answer has " + std::to_string(size) +
                                                      " bytes, the buffer " + std::to_string(*size_));
         if (buffer_ != nullptr) copy(static_cast<char*>(buffer_));
-        if (type_ != nullptr) *type_ = type;
         *size_ = size;
     }
 
@@ -65,14 +70,12 @@ inline void answerText(std::string_view text, char* buffer, std::size_t* size) {
     Answer(nullptr, buffer, size).text(text);
 }
 
-/// Texts of features are cut to this many bytes, with their end.
-inline constexpr std::size_t kTextBytes = 1024;
-
-/// A text that an information function answers: `ask` is given the buffer and its size.
+/// The whole text that an information function answers: `ask` is given the buffer and the place of its size.
 template <class Ask>
 std::string answeredText(Ask ask) {
-    std::string buffer(kTextBytes, '\0');
-    std::size_t size = buffer.size();
+    std::size_t size = 0;
+    ask(nullptr, &size);
+    std::string buffer(size, '\0');
     ask(buffer.data(), &size);
     return buffer.c_str();
 }

@@ -73,6 +73,7 @@ void EventQueue::get(void* buffer, std::size_t* size, std::uint64_t timeout) {
     }
     if (!came) throw Error(GC_ERR_TIMEOUT, "no event came within " + std::to_string(timeout) + " ms");
     const auto bytes = bytesOf(events_.front());
+    if (*size < bytes.size()) changed_.notify_one();  // it stays: another wait may have room for it
     Answer(nullptr, buffer, size).bytes(bytes);
     events_.pop_front();
 }

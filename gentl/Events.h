@@ -55,7 +55,7 @@ class EventQueue final : public Entity {
     std::vector<void*> takeBuffers(const void* buffer = nullptr);
 
  private:
-    /// The largest value of an event of a remote device.
+    /// The most events that wait.
     static constexpr std::size_t kMost = 65536;
 
     std::size_t largest() const;

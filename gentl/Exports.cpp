@@ -1,5 +1,7 @@
 /// The functions of the interface, but for those of data streams. No logic here.
 
+#include <new>
+
 #include "gentl/Producer.h"
 
 using namespace marovine::gentl;
@@ -44,11 +46,16 @@ GC_ERROR GCGetInfo(TL_INFO_CMD command, INFO_DATATYPE* type, void* buffer, size_
 }
 
 GC_ERROR GCGetLastError(GC_ERROR* errorCode, char* text, size_t* size) {
-    return always("GCGetLastError", [&] {
-        const LastError& last = lastError();
+    const LastError& last = lastError();
+    if (errorCode != nullptr) *errorCode = last.code;
+    try {  // a refusal of this call does not take the place of the one that it tells
         answerText(last.code == GC_ERR_SUCCESS ? "no error" : last.text, text, size);
-        if (errorCode != nullptr) *errorCode = last.code;
-    });
+        return GC_ERR_SUCCESS;
+    } catch (const Error& error) {
+        return error.code;
+    } catch (const std::bad_alloc&) {
+        return GC_ERR_OUT_OF_MEMORY;
+    }
 }
 
 GC_ERROR GCInitLib(void) {

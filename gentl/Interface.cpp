@@ -73,7 +73,8 @@ void Interface::describe(NodeMap& nodes) {
                      {.name = kTechnologyName, .value = 0});
     nodes.text({.name = "WorldFile",
                 .category = category,
-                .toolTip = "The file that says what stands around the board; empty for the built-in scene"},
+                .toolTip = "The file that says what stands around the board; empty for the built-in scene",
+                .custom = true},
                {.read = [this] { return world_.file; }});
 
     const std::string list = "DeviceEnumeration";
@@ -87,15 +88,14 @@ void Interface::describe(NodeMap& nodes) {
                      .selects = {"DeviceID", "DeviceVendorName", "DeviceModelName", "DeviceSerialNumber",
                                  "DeviceVersion", "DeviceAccessStatus"}},
                     "an interface has one device, 0");
-    const auto answer = [this](DEVICE_INFO_CMD command, void* buffer, std::size_t size) {
+    const auto answer = [this](DEVICE_INFO_CMD command, void* buffer, std::size_t* size) {
         const std::lock_guard lock(mutex_);
-        gentl::deviceInfo(*this, idOfDevice(), device_.get(), command, nullptr, buffer, &size);
+        gentl::deviceInfo(*this, idOfDevice(), device_.get(), command, nullptr, buffer, size);
     };
     const auto text = [&](const char* name, DEVICE_INFO_CMD command, const char* toolTip) {
-        nodes.text(
-            {.name = name, .category = list, .toolTip = toolTip}, {.read = [answer, command] {
-                return answeredText([&](char* out, std::size_t* size) { answer(command, out, *size); });
-            }});
+        nodes.text({.name = name, .category = list, .toolTip = toolTip}, {.read = [answer, command] {
+                       return answeredText([&](char* out, std::size_t* size) { answer(command, out, size); });
+                   }});
     };
     text("DeviceID", DEVICE_INFO_ID, "Id of the device");
     text("DeviceVendorName", DEVICE_INFO_VENDOR, "Maker of the device");
@@ -111,7 +111,8 @@ void Interface::describe(NodeMap& nodes) {
                        {.name = "OpenReadOnly", .value = DEVICE_ACCESS_STATUS_OPEN_READONLY}},
                       {.read = [answer] {
                           std::int32_t status = 0;
-                          answer(DEVICE_INFO_ACCESS_STATUS, &status, sizeof status);
+                          std::size_t size = sizeof status;
+                          answer(DEVICE_INFO_ACCESS_STATUS, &status, &size);
                           return std::int64_t{status};
                       }});
 }

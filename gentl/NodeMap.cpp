@@ -13,6 +13,8 @@ namespace marovine::gentl {
 
 namespace {
 
+/// Texts of features are cut to this many bytes, with their end.
+constexpr std::size_t kTextBytes = 1024;
 constexpr std::string_view kSeparator = " > ";
 constexpr std::array kVisibilities{"Beginner", "Expert", "Guru", "Invisible"};
 

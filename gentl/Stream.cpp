@@ -116,12 +116,18 @@ void Stream::flush(ACQ_QUEUE_TYPE operation) {
             output_->takeBuffers();
             return;
         case ACQ_QUEUE_ALL_TO_INPUT:
-            output_->takeBuffers();
-            [[fallthrough]];
-        case ACQ_QUEUE_UNQUEUED_TO_INPUT:
+        case ACQ_QUEUE_UNQUEUED_TO_INPUT: {
+            const bool all = operation == ACQ_QUEUE_ALL_TO_INPUT;
+            std::vector<Buffer*> moved;
             for (const auto& buffer : announced_)
-                if (!buffer->queued && !waitsForDelivery(*buffer)) enqueue(*buffer);
+                if (!buffer->queued && (all || !waitsForDelivery(*buffer))) moved.push_back(buffer.get());
+            // All or none: one that is too small is found before the first moves.
+            if (started_)
+                for (const Buffer* buffer : moved) mustHold(*buffer, remote_->payloadSize());
+            if (all) output_->takeBuffers();
+            for (Buffer* buffer : moved) enqueue(*buffer);
             return;
+        }
         case ACQ_QUEUE_ALL_DISCARD:
             unqueue([](Buffer&) {});
             output_->takeBuffers();

@@ -40,7 +40,7 @@ void Stream::info(STREAM_INFO_CMD command, INFO_DATATYPE* type, void* buffer, st
             return answer.size(1);
         case STREAM_INFO_FLOW_TABLE:
         case STREAM_INFO_GENDC_PREFETCH_DESCRIPTOR:
-            throw Error(GC_ERR_NOT_AVAILABLE, "the data stream has no flows");
+            answer.none(INFO_DATATYPE_BUFFER, GC_ERR_NOT_AVAILABLE, "the data stream has no flows");
         default:
             unknownCommand("a data stream", command);
     }
@@ -51,8 +51,8 @@ void Stream::bufferInfo(const Buffer& buffer, BUFFER_INFO_CMD command, INFO_DATA
     Answer answer(type, place, size);
     const std::lock_guard lock(mutex_);
     const Picture& picture = buffer.picture;
-    const auto ofPicture = [&picture](auto value) {
-        if (picture.bytes == 0) throw Error(GC_ERR_NO_DATA, "the buffer holds no picture");
+    const auto ofPicture = [&](INFO_DATATYPE answered, auto value) {
+        if (picture.bytes == 0) answer.none(answered, GC_ERR_NO_DATA, "the buffer holds no picture");
         return value;
     };
     switch (command) {
@@ -64,13 +64,14 @@ void Stream::bufferInfo(const Buffer& buffer, BUFFER_INFO_CMD command, INFO_DATA
             return answer.pointer(buffer.userPointer);
         case BUFFER_INFO_TIMESTAMP:
         case BUFFER_INFO_TIMESTAMP_NS:
-            return answer.uint64(ofPicture(picture.time));
+            return answer.uint64(ofPicture(INFO_DATATYPE_UINT64, picture.time));
         case BUFFER_INFO_NEW_DATA:
             return answer.boolean(picture.bytes != 0 && !buffer.queued);
         case BUFFER_INFO_IS_QUEUED:
             return answer.boolean(buffer.queued);
         case BUFFER_INFO_IS_ACQUIRING:
-            return answer.boolean(memory_ != nullptr && !input_.empty() && input_.front() == &buffer);
+            return answer.boolean(isGrabbing() && memory_ != nullptr && !input_.empty() &&
+                                  input_.front() == &buffer);
         case BUFFER_INFO_IS_INCOMPLETE:
             return answer.boolean(picture.cut || (picture.bytes == 0 && !buffer.queued));
         case BUFFER_INFO_TLTYPE:
@@ -79,20 +80,20 @@ void Stream::bufferInfo(const Buffer& buffer, BUFFER_INFO_CMD command, INFO_DATA
         case BUFFER_INFO_DATA_SIZE:
             return answer.size(picture.bytes);
         case BUFFER_INFO_WIDTH:
-            return answer.size(ofPicture(picture.width));
+            return answer.size(ofPicture(INFO_DATATYPE_SIZET, picture.width));
         case BUFFER_INFO_HEIGHT:
         case BUFFER_INFO_DELIVERED_IMAGEHEIGHT:
-            return answer.size(ofPicture(picture.height));
+            return answer.size(ofPicture(INFO_DATATYPE_SIZET, picture.height));
         case BUFFER_INFO_XOFFSET:
-            return answer.size(ofPicture(picture.xOffset));
+            return answer.size(ofPicture(INFO_DATATYPE_SIZET, picture.xOffset));
         case BUFFER_INFO_YOFFSET:
-            return answer.size(ofPicture(picture.yOffset));
+            return answer.size(ofPicture(INFO_DATATYPE_SIZET, picture.yOffset));
         case BUFFER_INFO_XPADDING:
         case BUFFER_INFO_YPADDING:
         case BUFFER_INFO_IMAGEOFFSET:
-            return answer.size(ofPicture(0));
+            return answer.size(ofPicture(INFO_DATATYPE_SIZET, 0));
         case BUFFER_INFO_FRAMEID:
-            return answer.uint64(ofPicture(picture.number));
+            return answer.uint64(ofPicture(INFO_DATATYPE_UINT64, picture.number));
         case BUFFER_INFO_IMAGEPRESENT:
             return answer.boolean(picture.bytes != 0);
         case BUFFER_INFO_PAYLOADTYPE:
@@ -111,8 +112,9 @@ void Stream::bufferInfo(const Buffer& buffer, BUFFER_INFO_CMD command, INFO_DATA
         case BUFFER_INFO_IS_COMPOSITE:
             return answer.boolean(false);
         case BUFFER_INFO_CHUNKLAYOUTID:
+            answer.none(INFO_DATATYPE_UINT64, GC_ERR_NOT_AVAILABLE, "pictures have no chunks");
         case BUFFER_INFO_FILENAME:
-            throw Error(GC_ERR_NOT_AVAILABLE, "pictures have neither chunks nor a file name");
+            answer.none(INFO_DATATYPE_STRING, GC_ERR_NOT_AVAILABLE, "pictures have no file name");
         default:
             unknownCommand("a buffer", command);
     }
@@ -169,10 +171,10 @@ Buffer::Buffer(Stream& stream, std::string id, void* memory, std::size_t size, v
 
 void Buffer::describe(NodeMap& nodes) {
     const std::string category = "BufferInformation";
-    nodes.text({.name = "BufferID", .category = category, .toolTip = "Id of the buffer"},
+    nodes.text({.name = "BufferID", .category = category, .toolTip = "Id of the buffer", .custom = true},
                {.read = [this] { return id(); }});
     const auto number = [&](const char* name, std::int64_t value, const char* toolTip) {
-        nodes.integer({.name = name, .category = category, .toolTip = toolTip},
+        nodes.integer({.name = name, .category = category, .toolTip = toolTip, .custom = true},
                       {.read = [value] { return value; }});
     };
     number("BufferSize", static_cast<std::int64_t>(size_), "Bytes of the buffer");

@@ -181,7 +181,7 @@ void System::describe(NodeMap& nodes) {
                   [this] { update(); });
     const auto selected = [this] {
         const std::lock_guard lock(mutex_);
-        return std::clamp<std::int64_t>(selected_, 0, static_cast<std::int64_t>(worlds_.size()) - 1);
+        return std::min(selected_, static_cast<std::int64_t>(worlds_.size()) - 1);
     };
     nodes.integer({.name = "InterfaceSelector",
                    .category = list,
@@ -192,7 +192,9 @@ void System::describe(NodeMap& nodes) {
                    .write =
                        [this](std::int64_t index) {
                            const std::lock_guard lock(mutex_);
-                           if (index < 0 || index >= static_cast<std::int64_t>(worlds_.size()))
+                           // Before the first update there is none, and 0 is what the range claims.
+                           const auto count = static_cast<std::int64_t>(worlds_.size());
+                           if (index < 0 || index >= std::max<std::int64_t>(count, 1))
                                throw Error(GC_ERR_INVALID_VALUE,
                                            "there is no interface " + std::to_string(index));
                            selected_ = index;
