@@ -69,8 +69,12 @@ void RemoteDevice::describeParameter(NodeMap& nodes, const Parameter& parameter)
                     .unit = parameter.unit,
                     .visibility = visibilityOf(parameter),
                     .movedBy = moversOf(name),
-                    .readOut = !writable};
-    if (writable) feature.locked = [this, name] { return isLocked(name); };
+                    .readOut = !writable,
+                    .custom = true};
+    if (writable) {
+        feature.locked = [this, name] { return isLocked(name); };
+        feature.whyLocked = [this, name] { return whyLocked(name); };
+    }
 
     /// One end of the range as it is now.
     const auto end = [this, name](auto zero, host::Value host::Range::*which) {
@@ -93,7 +97,6 @@ void RemoteDevice::describeParameter(NodeMap& nodes, const Parameter& parameter)
         return access;
     };
     const std::function<void(std::int64_t)> writeInteger = [this, name](std::int64_t value) {
-        mustBeUnlocked(name);
         setInteger(name, value);
     };
 
@@ -104,10 +107,9 @@ void RemoteDevice::describeParameter(NodeMap& nodes, const Parameter& parameter)
 
     switch (parameter.kind) {
         case FG_KIND_DOUBLE:
-            nodes.real(feature, numbers(0.0, std::function<void(double)>([this, name](double value) {
-                                            mustBeUnlocked(name);
-                                            set(name, value);
-                                        })));
+            nodes.real(
+                feature,
+                numbers(0.0, std::function<void(double)>([this, name](double value) { set(name, value); })));
             break;
         case FG_KIND_ENUMERATION: {
             std::vector<EntryNode> entries;
@@ -118,11 +120,7 @@ void RemoteDevice::describeParameter(NodeMap& nodes, const Parameter& parameter)
         }
         case FG_KIND_TEXT: {
             TextAccess access{.read = [this, name] { return std::get<std::string>(applet_.get(name)); }};
-            if (writable)
-                access.write = [this, name](const std::string& text) {
-                    mustBeUnlocked(name);
-                    set(name, text);
-                };
+            if (writable) access.write = [this, name](const std::string& text) { set(name, text); };
             nodes.text(feature, access);
             break;
         }
@@ -133,7 +131,6 @@ void RemoteDevice::describeParameter(NodeMap& nodes, const Parameter& parameter)
                                }};
             if (writable)
                 access.write = [this, name](std::uint32_t first, const host::Field& elements) {
-                    mustBeUnlocked(name);
                     setElements(name, first, elements);
                 };
             nodes.table(feature, access);

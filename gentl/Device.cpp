@@ -45,7 +45,7 @@ Device::Device(const std::shared_ptr<Interface>& interface, std::string id, DEVI
     : Module("TLDevice", id),
       interface_(interface),
       access_(access),
-      remote_(std::make_shared<RemoteDevice>(std::move(id), interface->world().file,
+      remote_(std::make_shared<RemoteDevice>(std::move(id), interface->id(), interface->world().file,
                                              access == DEVICE_ACCESS_READONLY)) {
     Handles::instance().add(remote_);
 }

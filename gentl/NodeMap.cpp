@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstring>
 #include <type_traits>
 #include <utility>
@@ -51,6 +52,30 @@ T load(ConstBytes data, Width width) {
     }
 }
 
+/// Refuses to write what is locked or not available.
+void mustBeWritable(const Feature& feature) {
+    if (feature.available && !feature.available())
+        throw Error(GC_ERR_ACCESS_DENIED, feature.name + " is not available in the present mode");
+    if (feature.locked && feature.locked())
+        throw Error(GC_ERR_ACCESS_DENIED,
+                    feature.whyLocked ? feature.whyLocked() : feature.name + " cannot be set now");
+}
+
+/// A write that asks first whether it may.
+template <class... Arguments>
+std::function<void(Arguments...)> guarded(const Feature& feature, std::function<void(Arguments...)> write) {
+    if (!write || (!feature.locked && !feature.available)) return write;
+    return [feature, write = std::move(write)](Arguments... arguments) {
+        mustBeWritable(feature);
+        write(arguments...);
+    };
+}
+template <class T>
+Access<T> guarded(const Feature& feature, Access<T> access) {
+    access.write = guarded(feature, std::move(access.write));
+    return access;
+}
+
 }  // namespace
 
 NodeMap::NodeMap(std::string port, std::string_view model, std::string_view toolTip)
@@ -83,7 +108,7 @@ void NodeMap::list(std::string_view name, const std::vector<std::string>& values
 
 void NodeMap::begin(std::string_view node, const Feature& feature, std::string_view access) {
     nodes_ += "  <" + std::string(node) + " Name=\"" + feature.name + "\" NameSpace=\"" +
-              (feature.category.starts_with("Applet") ? "Custom" : "Standard") + "\">\n";
+              (feature.custom ? "Custom" : "Standard") + "\">\n";
     element("ToolTip", feature.toolTip);
     element("DisplayName", feature.displayName);
     element("Visibility", kVisibilities[static_cast<std::size_t>(feature.visibility)]);
@@ -155,13 +180,15 @@ std::string NodeMap::rangeOf(const std::string& name, const Access<T>& access, W
     return range;
 }
 
+/// The register of a yes or no; returns its name.
+std::string NodeMap::flag(const std::string& name, const std::function<bool()>& ask) {
+    return number(name, Access<std::int64_t>{.read = [ask] { return ask() ? 1 : 0; }}, {.bytes = 4}, false);
+}
+
 std::string NodeMap::guards(const Feature& feature) {
     std::string access;
     const auto add = [&](const char* what, const std::function<bool()>& ask) {
-        if (!ask) return;
-        const Access<std::int64_t> flag{.read = [ask] { return ask() ? 1 : 0; }};
-        access +=
-            xmlElement(std::string("pIs") + what, number(feature.name + what, flag, {.bytes = 4}, false));
+        if (ask) access += xmlElement(std::string("pIs") + what, flag(feature.name + what, ask));
     };
     add("Available", feature.available);
     add("Locked", feature.locked);
@@ -173,7 +200,8 @@ std::string NodeMap::guards(const Feature& feature) {
 void NodeMap::integer(const Feature& feature, const Access<std::int64_t>& access, Width width) {
     Parts parts{.kind = Kind::Integer, .access = guards(feature), .unit = feature.unit};
     parts.range = rangeOf(feature.name, access, width);
-    const std::string value = number(feature.name + "Value", access, width, feature.readOut);
+    const std::string value =
+        number(feature.name + "Value", guarded(feature, access), width, feature.readOut);
     begin("Integer", feature, parts.access);
     element("pValue", value);
     nodes_ += parts.range;
@@ -185,7 +213,13 @@ void NodeMap::integer(const Feature& feature, const Access<std::int64_t>& access
 void NodeMap::real(const Feature& feature, const Access<double>& access) {
     Parts parts{.kind = Kind::Real, .access = guards(feature), .unit = feature.unit};
     parts.range = rangeOf(feature.name, access, {});
-    const std::string value = number(feature.name + "Value", access, {}, feature.readOut);
+    auto checked = guarded(feature, access);
+    if (checked.write)
+        checked.write = [name = feature.name, write = std::move(checked.write)](double value) {
+            if (std::isnan(value)) throw Error(GC_ERR_INVALID_VALUE, name + " = NaN: that is no number");
+            write(value);
+        };
+    const std::string value = number(feature.name + "Value", checked, {}, feature.readOut);
     begin("Float", feature, parts.access);
     element("pValue", value);
     nodes_ += parts.range;
@@ -195,7 +229,8 @@ void NodeMap::real(const Feature& feature, const Access<double>& access) {
 
 void NodeMap::boolean(const Feature& feature, const Access<std::int64_t>& access) {
     Parts parts{.access = guards(feature)};
-    const std::string value = number(feature.name + "Value", access, {.bytes = 4}, feature.readOut);
+    const std::string value =
+        number(feature.name + "Value", guarded(feature, access), {.bytes = 4}, feature.readOut);
     begin("Boolean", feature, parts.access);
     element("pValue", value);
     element("OnValue", "1");
@@ -213,7 +248,7 @@ void NodeMap::text(const Feature& feature, const TextAccess& access) {
             std::memcpy(out.data(), text.data() + offset, std::min(out.size(), length - offset));
     };
     if (access.write)
-        content.write = [write = access.write](std::size_t offset, ConstBytes data) {
+        content.write = [write = guarded(feature, access.write)](std::size_t offset, ConstBytes data) {
             if (offset != 0) throw Error(GC_ERR_INVALID_PARAMETER, "a text is written from its beginning");
             const auto* text = reinterpret_cast<const char*>(data.data());
             write(std::string(text, std::find(text, text + data.size(), '\0')));
@@ -232,9 +267,13 @@ void NodeMap::enumeration(const Feature& feature, const std::vector<EntryNode>& 
     for (const auto& entry : entries) {
         parts.entries += "    <EnumEntry Name=\"" + entry.name + "\">\n";
         if (!entry.displayName.empty()) parts.entries += "  " + xmlElement("DisplayName", entry.displayName);
+        if (entry.available)
+            parts.entries += "  " + xmlElement("pIsAvailable", flag(feature.name + entry.name + "Available",
+                                                                    entry.available));
         parts.entries += "  " + xmlElement("Value", std::to_string(entry.value)) + "    </EnumEntry>\n";
     }
-    const std::string value = number(feature.name + "Value", access, {.bytes = 4}, feature.readOut);
+    const std::string value =
+        number(feature.name + "Value", guarded(feature, access), {.bytes = 4}, feature.readOut);
     begin("Enumeration", feature, parts.access);
     nodes_ += parts.entries;
     element("pValue", value);
@@ -262,11 +301,14 @@ void NodeMap::command(const Feature& feature, const std::function<void()>& run,
                       const std::function<bool()>& isDone) {
     Access<std::int64_t> access{.read = [isDone] { return isDone && !isDone() ? 1 : 0; },
                                 .write =
-                                    [run](std::int64_t value) {
-                                        if (value == 1) run();
+                                    [name = feature.name, run](std::int64_t value) {
+                                        if (value != 1)
+                                            throw Error(GC_ERR_INVALID_VALUE,
+                                                        name + " is a command: write 1");
+                                        run();
                                     }};
     Parts parts{.access = guards(feature)};
-    const std::string value = number(feature.name + "Value", access, {.bytes = 4}, false);
+    const std::string value = number(feature.name + "Value", guarded(feature, access), {.bytes = 4}, false);
     begin("Command", feature, parts.access);
     element("pValue", value);
     element("CommandValue", "1");
@@ -288,7 +330,7 @@ void NodeMap::table(const Feature& feature, const TableAccess& access) {
         std::memcpy(out.data(), elements.data(), out.size());
     };
     if (access.write)
-        content.write = [=, write = access.write](std::size_t offset, ConstBytes data) {
+        content.write = [=, write = guarded(feature, access.write)](std::size_t offset, ConstBytes data) {
             const auto [first, count] = inElements(offset, data.size());
             std::vector<std::uint32_t> elements(count);
             std::memcpy(elements.data(), data.data(), data.size());

@@ -29,9 +29,11 @@ struct Feature {
     std::vector<std::string> movedBy{};  ///< features whose change changes this one or its range
     std::vector<std::string> selects{};  ///< features that show another value when this one changes
     bool readOut = false;                ///< changes by itself: consumers look again every second
-    std::function<bool()> locked{};      ///< whether it cannot be written now
-    std::function<bool()> available{};   ///< whether it can be read now
-    bool streamable = false;             ///< whether a consumer saves it with its settings
+    std::function<bool()> locked{};      ///< whether it cannot be written now: writes answer ACCESS_DENIED
+    std::function<std::string()> whyLocked{};  ///< what a refused write is told, where more is known
+    std::function<bool()> available{};         ///< whether it means something now; else it is not written
+    bool streamable = false;                   ///< whether a consumer saves it with its settings
+    bool custom = false;                       ///< the producer's own, of no standard naming
 };
 
 /// How the value of a number is reached. What is missing is not there: without `write` it is read-only.
@@ -66,6 +68,7 @@ struct EntryNode {
     std::string name;
     std::int64_t value;
     std::string displayName{};
+    std::function<bool()> available{};  ///< whether it can be chosen now
 };
 
 class NodeMap {
@@ -83,7 +86,7 @@ class NodeMap {
     void onlyChoice(const Feature& feature, const EntryNode& entry);
     /// A selector whose one index is 0; `refusal` says so to who writes another.
     void onlyIndex(const Feature& feature, const std::string& refusal);
-    /// `run` is called when 1 is written; `isDone` is asked until it is, where given.
+    /// `run` is called when 1 is written, all else is refused; `isDone` is asked until it is, where given.
     void command(const Feature& feature, const std::function<void()>& run,
                  const std::function<bool()>& isDone = {});
     void table(const Feature& feature, const TableAccess& access);
@@ -116,6 +119,7 @@ class NodeMap {
         std::string unit{};
     };
 
+    std::string flag(const std::string& name, const std::function<bool()>& ask);
     std::string guards(const Feature& feature);
     void begin(std::string_view node, const Feature& feature, std::string_view access);
     void end(std::string_view node);

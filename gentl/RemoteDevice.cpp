@@ -33,8 +33,10 @@ void loadWorld(virtualboard::Control& board, const std::string& file) {
 
 }  // namespace
 
-RemoteDevice::RemoteDevice(std::string id, const std::string& worldFile, bool readOnly)
+RemoteDevice::RemoteDevice(std::string id, std::string serialNumber, const std::string& worldFile,
+                           bool readOnly)
     : Module("Device", std::move(id)),
+      serialNumber_(std::move(serialNumber)),
       readOnly_(readOnly),
       applet_(host::Library::load(), std::make_unique<host::VirtualBoard>(),
               {.writeDefaults = true, .rememberSteps = true}) {
@@ -140,8 +142,7 @@ bool RemoteDevice::isLocked(const std::string& name) const {
     return !applet_.writable(name);
 }
 
-void RemoteDevice::mustBeUnlocked(const std::string& name) {
-    if (!isLocked(name)) return;
+std::string RemoteDevice::whyLocked(const std::string& name) {
     std::string text = name + " cannot be set now";
     if (locked() && applet_.writable(name)) {
         text += ", because TLParamsLocked is 1: end the acquisition first";
@@ -150,7 +151,7 @@ void RemoteDevice::mustBeUnlocked(const std::string& name) {
         const auto causes = host::causesOfReadOnly(applet_, name);
         if (!causes.empty()) text += ", because " + host::causesText(causes);
     }
-    throw Error(GC_ERR_ACCESS_DENIED, text);
+    return text;
 }
 
 // ---- the acquisition ----

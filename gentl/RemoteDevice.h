@@ -21,7 +21,7 @@ class RemoteDevice final : public Module {
  public:
     /// Opens the applet on a board of its own, in the world of a file where one is given. Throws IO when it
     /// cannot be opened or the file is no world.
-    RemoteDevice(std::string id, const std::string& worldFile, bool readOnly);
+    RemoteDevice(std::string id, std::string serialNumber, const std::string& worldFile, bool readOnly);
 
     host::Applet& applet() { return applet_; }
     void close() override;
@@ -70,8 +70,8 @@ class RemoteDevice final : public Module {
     void describeApplet(NodeMap& nodes);
     void describeParameter(NodeMap& nodes, const host::Parameter& parameter);
     bool isLocked(const std::string& name) const;
-    /// Throws ACCESS_DENIED with the cause while a parameter cannot be set.
-    void mustBeUnlocked(const std::string& name);
+    /// Why a parameter cannot be set now.
+    std::string whyLocked(const std::string& name);
     /// The features that move or lock this parameter.
     std::vector<std::string> moversOf(const std::string& name);
 
@@ -99,6 +99,7 @@ class RemoteDevice final : public Module {
     std::uint64_t picturesOfMode() const;
     [[noreturn]] void refuse(std::string_view name, const host::Value& value, int code);
 
+    const std::string serialNumber_;
     const bool readOnly_;
     mutable host::Applet applet_;
     std::map<std::string, std::vector<std::string>, std::less<>> standardNames_;  ///< by parameter

@@ -137,7 +137,7 @@ void RemoteDevice::describeDevice(NodeMap& nodes) {
     text("DeviceModelName", identity::name, "Name of the device");
     text("DeviceVersion", identity::version, "Version of the device");
     text("DeviceFirmwareVersion", identity::build, "Version of the applet's build");
-    text("DeviceSerialNumber", id(), "Serial number of the device");
+    text("DeviceSerialNumber", serialNumber_, "Serial number of the device");
     nodes.onlyChoice({.name = "DeviceScanType", .category = kDevice, .toolTip = "How the sensor scans"},
                      {.name = "Linescan", .value = 1});
     constexpr std::array kNaming{std::pair{"DeviceSFNCVersionMajor", 2},
@@ -185,9 +185,6 @@ void RemoteDevice::describePicture(NodeMap& nodes) {
                       {.read = [] { return PFNC_BGR8; },
                        .write =
                            [this](std::int64_t value) {
-                               if (locked())
-                                   throw Error(GC_ERR_ACCESS_DENIED,
-                                               "TLParamsLocked is 1: end the acquisition first");
                                if (value != PFNC_BGR8)
                                    throw Error(GC_ERR_INVALID_VALUE, "the pixel format is always BGR8");
                            }});
@@ -245,6 +242,7 @@ void RemoteDevice::describeAcquisition(NodeMap& nodes) {
                    .toolTip = "Pictures that AcquisitionStart brings in the mode MultiFrame",
                    .movedBy = {"AcquisitionMode", "AcquisitionStart", "AcquisitionStop"},
                    .locked = [this] { return acquiring(); },
+                   .available = [this] { return acquisitionMode_ == kMultiFrame; },
                    .streamable = true},
                   {.read = [this] { return frameCount_.load(); },
                    .write =
@@ -283,7 +281,7 @@ void RemoteDevice::describeTriggers(NodeMap& nodes) {
     nodes.enumeration({.name = "TriggerSelector",
                        .category = kAcquisition,
                        .toolTip = "What the trigger starts",
-                       .selects = {"TriggerMode", "TriggerSource", "TriggerActivation"}},
+                       .selects = {"TriggerMode", "TriggerSource", "TriggerActivation", "TriggerSoftware"}},
                       starts, keptEntry(triggerSelector_, starts));
     nodes.enumeration({.name = "TriggerMode",
                        .category = kAcquisition,
@@ -303,7 +301,10 @@ void RemoteDevice::describeTriggers(NodeMap& nodes) {
     constexpr std::int64_t inputs = 8;
     constexpr std::int64_t frontInputs = 4;
     constexpr std::int64_t firstFront = 16;
-    std::vector<EntryNode> sources{{.name = "Software", .value = constant("TRGINSOFTWARE")}};
+    // Only a picture can be triggered by software.
+    const auto startsPictures = [this] { return triggerSelector_ == 0; };
+    std::vector<EntryNode> sources{
+        {.name = "Software", .value = constant("TRGINSOFTWARE"), .available = startsPictures}};
     for (std::int64_t i = 0; i < inputs; ++i) sources.push_back({"Line" + std::to_string(i), i});
     for (std::int64_t i = 0; i < frontInputs; ++i)
         sources.push_back({"FrontLine" + std::to_string(i), firstFront + i});
@@ -328,7 +329,9 @@ void RemoteDevice::describeTriggers(NodeMap& nodes) {
          .write = [this, trigger](std::int64_t edge) { setInteger(trigger().polarity, edge); }});
     nodes.command({.name = "TriggerSoftware",
                    .category = kAcquisition,
-                   .toolTip = "A trigger of the image trigger's software source"},
+                   .toolTip = "A trigger of the image trigger's software source",
+                   .movedBy = {"TriggerSelector"},
+                   .available = startsPictures},
                   [this] { setInteger("FG_SENDSOFTWARETRIGGER", constant("FG_APPLY")); });
 }
 
@@ -376,7 +379,8 @@ void RemoteDevice::describeColour(NodeMap& nodes) {
                    .toolTip = "The selected element of the selected table",
                    .movedBy = parametersOf("LUTValue", {"LUTSelector", "LUTIndex", "FG_LUT_TYPE", "Gain",
                                                         "Gamma", "BlackLevel", "FG_PROCESSING_INVERT"}),
-                   .locked = [this, table] { return isLocked(table()); }},
+                   .locked = [this, table] { return isLocked(table()); },
+                   .whyLocked = [this, table] { return whyLocked(table()); }},
                   {.read =
                        [this, table] {
                            const auto index = static_cast<std::uint32_t>(tableIndex_.load());
@@ -384,7 +388,6 @@ void RemoteDevice::describeColour(NodeMap& nodes) {
                        },
                    .write =
                        [this, table](std::int64_t value) {
-                           mustBeUnlocked(table());
                            const auto element =
                                host::valueLike(std::uint32_t{}, static_cast<long double>(value));
                            if (!element) throw Error(GC_ERR_INVALID_VALUE, "an element is not below 0");
@@ -404,7 +407,8 @@ void RemoteDevice::describeBoard(NodeMap& nodes) {
         {.name = "BoardClock",
          .category = kBoard,
          .toolTip = "How the board's time passes: with the machine's, or from picture to picture "
-                    "as fast as there are buffers"},
+                    "as fast as there are buffers",
+         .custom = true},
         {{.name = "RealTime", .value = 0}, {.name = "AsFastAsPossible", .value = 1}},
         {.read = [this] { return clockMode_.load(); },
          .write =
@@ -417,12 +421,14 @@ void RemoteDevice::describeBoard(NodeMap& nodes) {
     nodes.integer({.name = "BoardInputSelector",
                    .category = kBoard,
                    .toolTip = "An input of the board: 0 to 7, and 8 to 11 at the front",
-                   .selects = {"BoardInputLevel"}},
+                   .selects = {"BoardInputLevel"},
+                   .custom = true},
                   kept(inputSelector_, lastInput));
     nodes.boolean({.name = "BoardInputLevel",
                    .category = kBoard,
                    .toolTip = "The level that drives the selected input",
-                   .movedBy = {"BoardInputSelector"}},
+                   .movedBy = {"BoardInputSelector"},
+                   .custom = true},
                   {.read = [this] { return (integer("FG_DIGIO_INPUT") >> inputSelector_) & 1; },
                    .write =
                        [this](std::int64_t level) {

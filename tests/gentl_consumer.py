@@ -53,12 +53,17 @@ def read(node):
     return node.value
 
 
+NOT_IN_EVERY_MODE = {"AcquisitionFrameCount", "TriggerSoftware"}
+
+
 def read_all(name, node_map):
     nodes = features(node_map)
     for node in nodes:
         if is_event_data(node):
             continue  # there from the first such event on
         mode = genapi.EAccessMode(node.node.get_access_mode())
+        if mode == genapi.EAccessMode.NA and node.node.name in NOT_IN_EVERY_MODE:
+            continue
         check(mode in (genapi.EAccessMode.RO, genapi.EAccessMode.RW, genapi.EAccessMode.WO),
               f"{name}: {node.node.name} has the access mode {mode}")
         try:
@@ -127,7 +132,18 @@ def every_mode(node_map):
 
 
 def moves(node_map):
-    """Ranges and units follow at once."""
+    """Ranges, units and what is there follow at once."""
+    there = lambda node: node.get_access_mode() in (genapi.EAccessMode.RW, genapi.EAccessMode.WO, genapi.EAccessMode.RO)
+    for selector, modes in {"TriggerSelector": ("LineStart", "FrameStart"),
+                            "AcquisitionMode": ("MultiFrame", "Continuous")}.items():
+        for mode in modes:
+            node_map.get_node(selector).value = mode
+            frames = node_map.TriggerSelector.value == "FrameStart"
+            software = [entry for entry in node_map.TriggerSource.entries if entry.symbolic == "Software"][0]
+            check(there(software.node) == there(node_map.TriggerSoftware.node) == frames,
+                  f"the software trigger does not follow {selector} = {mode}")
+            check(there(node_map.AcquisitionFrameCount.node) == (mode == "MultiFrame"),
+                  f"AcquisitionFrameCount does not follow {selector} = {mode}")
     before = node_map.FG_XOFFSET.max
     node_map.Width.value = 2048
     check(node_map.PayloadSize.value == 2048 * node_map.Height.value * 3, "PayloadSize does not follow Width")

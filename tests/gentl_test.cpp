@@ -3,8 +3,10 @@
 #include <gmock/gmock.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -181,6 +183,10 @@ TEST_F(GenTL, RegistersReachTheAppletAndRefusalsSayWhy) {
     EXPECT_THAT(lastError(), HasSubstr("because FG_IMGTRIGGERMODE is FREE_RUN"));
     EXPECT_EQ(GC_ERR_SUCCESS, write("FG_LINEEXPOSURE", 33.5));
     EXPECT_EQ(33.5, read<double>("FG_LINEEXPOSURE"));
+    EXPECT_EQ(GC_ERR_INVALID_VALUE, write("FG_PROCESSING_GAMMA", std::numeric_limits<double>::quiet_NaN()));
+    EXPECT_EQ(1.0, read<double>("FG_PROCESSING_GAMMA"));
+    EXPECT_EQ(GC_ERR_INVALID_VALUE, write("AcquisitionStart", std::int32_t{2})) << "a command takes 1";
+    EXPECT_EQ(GC_ERR_ACCESS_DENIED, write("AcquisitionFrameCount", std::int64_t{2})) << "not in this mode";
     EXPECT_EQ(GC_ERR_INVALID_VALUE, write("TriggerMode", std::int32_t{2}));
     EXPECT_EQ(GC_ERR_SUCCESS, write("TLParamsLocked", std::int64_t{1}));
     EXPECT_EQ(GC_ERR_ACCESS_DENIED, write("FG_WIDTH", std::uint32_t{512}));
@@ -196,6 +202,44 @@ TEST_F(GenTL, RegistersReachTheAppletAndRefusalsSayWhy) {
     EXPECT_EQ(GC_ERR_INVALID_VALUE, GCWritePortStacked(remote, entries, &count));
     EXPECT_EQ(1u, count);
     EXPECT_EQ(8u, read<std::uint32_t>("FG_XOFFSET"));
+}
+
+TEST_F(GenTL, WhatIsRefusedSaysItsTypeAndTheErrorStaysToBeTold) {
+    char text[4096] = "";
+    std::size_t size = 1;
+    INFO_DATATYPE type = INFO_DATATYPE_UNKNOWN;
+    EXPECT_EQ(GC_ERR_BUFFER_TOO_SMALL, DevGetInfo(device, DEVICE_INFO_VENDOR, &type, text, &size));
+    EXPECT_EQ(INFO_DATATYPE_STRING, type);
+    const auto buffer = announce(1, 64).front();
+    EXPECT_EQ(GC_ERR_NO_DATA, DSGetBufferInfo(stream, buffer, BUFFER_INFO_WIDTH, &type, text, &size));
+    EXPECT_EQ(INFO_DATATYPE_SIZET, type);
+
+    EXPECT_EQ(GC_ERR_INVALID_HANDLE, DSClose(kForeign));
+    GC_ERROR told = GC_ERR_SUCCESS;
+    EXPECT_EQ(GC_ERR_BUFFER_TOO_SMALL, GCGetLastError(&told, text, &(size = 1)));
+    EXPECT_EQ(GC_ERR_INVALID_HANDLE, told);
+    EXPECT_EQ(GC_ERR_INVALID_PARAMETER, GCGetLastError(&(told = 0), text, nullptr));
+    EXPECT_EQ(GC_ERR_INVALID_HANDLE, told);
+    EXPECT_THAT(lastError(), HasSubstr("closed or foreign"));
+}
+
+TEST(GenTLLife, AnInterfaceOfAStrangeNameHasAProperDocument) {
+    struct Reader : GenTL {
+        using GenTL::document;
+    };
+    setenv("MAROVINE_WORLD", "w\x01\xC0\xAF\xED\xA0\x80\xC3\xA4\xE2\x82.json", 1);
+    TL_HANDLE system = nullptr;
+    IF_HANDLE interface = nullptr;
+    ASSERT_EQ(GC_ERR_SUCCESS, GCInitLib());
+    ASSERT_EQ(GC_ERR_SUCCESS, TLOpen(&system));
+    ASSERT_EQ(GC_ERR_SUCCESS, TLUpdateInterfaceList(system, nullptr, 0));
+    const auto id = textOf([&](char* text, auto* size) { return TLGetInterfaceID(system, 0, text, size); });
+    ASSERT_EQ(GC_ERR_SUCCESS, TLOpenInterface(system, id.c_str(), &interface));
+    const std::string r = "\xEF\xBF\xBD";
+    EXPECT_THAT(Reader::document(interface),
+                HasSubstr("w" + r + r + r + r + r + r + "\xC3\xA4" + r + r + ".json"));
+    EXPECT_EQ(GC_ERR_SUCCESS, GCCloseLib());
+    unsetenv("MAROVINE_WORLD");
 }
 
 /// A sanitizer keeps what was freed for a while.
