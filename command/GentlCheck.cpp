@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include <array>
 #include <chrono>
 #include <memory>
 #include <utility>
@@ -15,21 +16,84 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// The functions that a consumer needs, found in the producer by their names.
+/// All functions of the interface.
+constexpr std::array kFunctions{"DSAllocAndAnnounceBuffer",
+                                "DSAnnounceBuffer",
+                                "DSClose",
+                                "DSFlushQueue",
+                                "DSGetBufferChunkData",
+                                "DSGetBufferID",
+                                "DSGetBufferInfo",
+                                "DSGetBufferPartInfo",
+                                "DSGetInfo",
+                                "DSGetNumBufferParts",
+                                "DSGetParentDev",
+                                "DSQueueBuffer",
+                                "DSRevokeBuffer",
+                                "DSStartAcquisition",
+                                "DSStopAcquisition",
+                                "DevClose",
+                                "DevGetDataStreamID",
+                                "DevGetInfo",
+                                "DevGetNumDataStreams",
+                                "DevGetParentIF",
+                                "DevGetPort",
+                                "DevOpenDataStream",
+                                "EventFlush",
+                                "EventGetData",
+                                "EventGetDataInfo",
+                                "EventGetInfo",
+                                "EventKill",
+                                "GCCloseLib",
+                                "GCGetInfo",
+                                "GCGetLastError",
+                                "GCGetNumPortURLs",
+                                "GCGetPortInfo",
+                                "GCGetPortURL",
+                                "GCGetPortURLInfo",
+                                "GCInitLib",
+                                "GCReadPort",
+                                "GCReadPortStacked",
+                                "GCRegisterEvent",
+                                "GCUnregisterEvent",
+                                "GCWritePort",
+                                "GCWritePortStacked",
+                                "IFClose",
+                                "IFGetDeviceID",
+                                "IFGetDeviceInfo",
+                                "IFGetInfo",
+                                "IFGetNumDevices",
+                                "IFGetParentTL",
+                                "IFOpenDevice",
+                                "IFUpdateDeviceList",
+                                "TLClose",
+                                "TLGetInfo",
+                                "TLGetInterfaceID",
+                                "TLGetInterfaceInfo",
+                                "TLGetNumInterfaces",
+                                "TLOpen",
+                                "TLOpenInterface",
+                                "TLUpdateInterfaceList"};
+
+/// A producer: the functions that the walk calls, found by their names.
 class Producer {
  public:
     explicit Producer(const std::filesystem::path& file)
         : library_(dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL)) {
         if (library_ == nullptr) throw Failure("the producer cannot be loaded: " + std::string(dlerror()));
-        for (const auto& [name, place] : functions_) {
-            *place = dlsym(library_, name);
-            if (*place == nullptr)
-                throw Failure(file.string() + " is no producer: it does not export " + name);
-        }
+        for (const auto& [name, place] : functions_) *place = dlsym(library_, name);
     }
     Producer(const Producer&) = delete;
     Producer& operator=(const Producer&) = delete;
     ~Producer() { dlclose(library_); }
+
+    /// The functions of the interface that it does not export.
+    std::vector<std::string> missing() const {
+        std::vector<std::string> names;
+        for (const char* name : kFunctions)
+            if (dlsym(library_, name) == nullptr) names.emplace_back(name);
+        return names;
+    }
 
     decltype(&::GCInitLib) initialise{};
     decltype(&::GCCloseLib) close{};
@@ -103,6 +167,10 @@ class Walk {
     std::vector<GentlFinding> findings;
 
     void run() {
+        for (const auto& name : producer_.missing())
+            findings.push_back({"functions", name + " is not exported", false});
+        if (!findings.empty()) return;
+        findings.push_back({"functions", "all " + std::to_string(kFunctions.size()) + " are exported"});
         try {
             must(producer_.initialise());
             TL_HANDLE system = nullptr;
@@ -132,18 +200,30 @@ class Walk {
         }
         throw Failure(std::string(text.c_str()) + " (" + std::to_string(code) + ")");
     }
+    static void mustBeTooSmall(GC_ERROR code) {
+        if (code != GC_ERR_BUFFER_TOO_SMALL)
+            throw Failure("a buffer one byte short is answered with " + std::to_string(code));
+    }
     template <class Ask>
     std::string text(Ask ask) {
         std::size_t size = 0;
         must(ask(nullptr, &size));
         std::string result(size, '\0');
+        std::size_t less = size - 1;
+        mustBeTooSmall(ask(result.data(), &less));
         must(ask(result.data(), &size));
         return result.c_str();
     }
     template <class T, class Ask>
     T number(Ask ask) {
         T value{};
-        std::size_t size = sizeof value;
+        std::size_t size = 0;
+        must(ask(nullptr, &size));
+        if (size != sizeof value)
+            throw Failure("an information has " + std::to_string(size) + " bytes, not " +
+                          std::to_string(sizeof value));
+        std::size_t less = size - 1;
+        mustBeTooSmall(ask(&value, &less));
         must(ask(&value, &size));
         return value;
     }
@@ -245,6 +325,7 @@ class Walk {
         for (int i = 0; i < kBuffers; ++i) {
             BUFFER_HANDLE buffer = nullptr;
             must(producer_.announce(stream, bytes, nullptr, &buffer));
+            if (i == 0) port(what + ": buffer", buffer);
             must(producer_.queue(stream, buffer));
         }
         must(producer_.start(stream, ACQ_START_FLAGS_DEFAULT, GENTL_INFINITE));
