@@ -43,7 +43,7 @@ async function look() {
 function showLines(text, findings) {
     /** @type {Map<number, Finding[]>} */
     const byLine = new Map();
-    const elsewhere = findings.filter((finding) => finding.line === null || finding.line === undefined);
+    const elsewhere = findings.filter((finding) => !finding.line);
     for (const finding of findings)
         if (finding.line) byLine.set(finding.line, [...(byLine.get(finding.line) ?? []), finding]);
     const note = (/** @type {Finding} */ finding) =>

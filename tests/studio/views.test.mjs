@@ -106,6 +106,12 @@ test("a dropped configuration is checked, compared and loaded", () => withStudio
     const [download] = await Promise.all([page.waitForEvent("download"), page.click("#configuration-save")]);
     assert.match(await readFile(await download.path(), "utf8"), /^FG_WIDTH=2048;/m);
 
+    // What is wrong with the file as a whole stands above its lines.
+    await drop(page, "main", "headless.mcf", "FG_WIDTH=512;\n");
+    await page.locator("#configuration-lines li.found:not([value])").first().waitFor();
+    assert.equal(await page.locator("#configuration-lines .finding").count(),
+        Number.parseInt(await page.locator("#check-text").innerText(), 10), "what is counted is shown");
+
     await drop(page, "main", "holiday.mcf", "this is no configuration");
     await page.locator("#notice").getByRole("alert").waitFor();
 }));
