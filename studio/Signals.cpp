@@ -92,7 +92,7 @@ Signals::Signals(host::Applet& applet, std::function<void(Json)> tell)
     std::uint64_t others = 0;
     for (const auto& event : sdkEvents) {
         const unsigned number = board.eventNumber(event.designName);
-        Meaning meaning{.event = event.sdkName, .track = {}, .high = false};
+        Meaning meaning{.event = event.sdkName};
         const std::string_view name = event.sdkName;
         if (const auto input = inputSignal(name); !input.empty()) {
             meaning.track = input;
@@ -117,7 +117,7 @@ void Signals::end() {
 void Signals::happened(const virtualboard::Event& event) {
     const auto found = meanings_.find(event.number);
     if (found == meanings_.end()) return;
-    const Meaning& meaning = found->second;
+    Meaning& meaning = found->second;
     std::int64_t untold = 0;
     {
         const std::lock_guard lock(mutex_);
@@ -127,11 +127,11 @@ void Signals::happened(const virtualboard::Event& event) {
             while (edges.size() > kMostKept || edges.back().at - edges.front().at > kKept) edges.pop_front();
         }
         if (meaning.track == kLine) return;
-        if (!told_.take()) {
-            ++untold_;
+        if (!meaning.told.take()) {
+            ++meaning.untold;
             return;
         }
-        untold = std::exchange(untold_, 0);
+        untold = std::exchange(meaning.untold, 0);
     }
     tell_({{"name", meaning.event},
            {"atNs", event.time},

@@ -21,7 +21,7 @@
 namespace marovine::studio {
 
 /// Follows the board's events: edges at inputs and frames always, lines only while somebody asks, as they are
-/// many. Events are told as they come, up to 20 a second.
+/// many. Events are told as they come, each up to 20 times a second.
 class Signals {
  public:
     /// `tell` is called in a thread of the board's.
@@ -48,9 +48,12 @@ class Signals {
         bool high = false;
     };
     struct Meaning {
-        std::string event;           ///< the SDK's name
-        std::optional<Track> track;  ///< which level it changes
+        std::string event;             ///< the SDK's name
+        std::optional<Track> track{};  ///< which level it changes
         bool high = false;
+        /// Each event has its own: one that comes with every line leaves room for an input's edge.
+        RateLimit told{20, 20};
+        std::int64_t untold = 0;
     };
 
     void happened(const virtualboard::Event& event);
@@ -66,8 +69,6 @@ class Signals {
 
     mutable std::mutex mutex_;
     std::map<Track, std::deque<Edge>> tracks_;
-    RateLimit told_{20, 20};
-    std::int64_t untold_ = 0;
 
     Clock::time_point asked_{};
     virtualboard::EventSubscription lines_;

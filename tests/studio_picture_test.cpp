@@ -177,6 +177,10 @@ TEST_F(StudioTest, ShowsWhatSignalsDid) {
     board.setClockMode(virtualboard::ClockMode::Manual);
     service.opened(1);
     get("/api/signals");
+    // An event that comes with every line takes no room from the others.
+    const auto many =
+        board.eventNumber("Device1_Process1_Trigger_Events_Events_LVAL_FVAL_CustomSignalEvent0");
+    for (int i = 0; i < 100; ++i) board.raiseEvent(many, 0);
     const std::string pins = "Device1_Process1_Trigger_Inputs_InputEvents_InputEvents_";
     for (const char* edge : {"Pin5", "NotPin5"})
         board.raiseEvent(board.eventNumber(pins + edge), edge[0] == 'P');
