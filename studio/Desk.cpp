@@ -281,9 +281,12 @@ void Desk::restore(const Entry& entry, Json& document) {
     }
 }
 
-Json Desk::undo(const std::string& page) {
+Json Desk::undo(const std::string& page, std::optional<std::uint64_t> wanted) {
     if (history_.empty()) throw NotFound("there is no change to take back");
     const Entry entry = history_.back();
+    if (wanted && *wanted != entry.number)
+        throw Conflict("change " + std::to_string(*wanted) + " is not the last one; the last is " +
+                       std::to_string(entry.number) + ", " + entry.title);
     history_.pop_back();
     undoing_ = true;
     const auto done = [this](Desk*) { undoing_ = false; };

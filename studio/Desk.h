@@ -80,8 +80,8 @@ class Desk {
     /// result is its document, or one of what moved, with the numbers of revision and change.
     host::Json change(const std::string& title, const std::string& page,
                       const std::function<host::Json()>& act);
-    /// Takes the last change back. Throws `NotFound`.
-    host::Json undo(const std::string& page);
+    /// Takes the last change back. Throws `NotFound`, and `Conflict` when the last one is not `wanted`.
+    host::Json undo(const std::string& page, std::optional<std::uint64_t> wanted);
     host::Json history() const;
     /// A configuration from elsewhere as a file of the folder: it names tables in the folder only.
     std::filesystem::path keepConfiguration(const std::string& name, std::string_view content);

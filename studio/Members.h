@@ -22,6 +22,11 @@ class NotFound : public host::Failure {
     using Failure::Failure;
 };
 
+/// What was asked for does not fit the state that the studio is in.
+class Conflict : public host::Failure {
+    using Failure::Failure;
+};
+
 /// An object whose members are all known. Every function throws `BadRequest` for a member of another type.
 class Members {
  public:

@@ -188,7 +188,7 @@ Response failed(Desk* desk, const std::exception& error) {
         status = kBadRequest;
     if (is(static_cast<NotFound*>(nullptr)) || is(static_cast<host::UnknownName*>(nullptr)))
         status = kNotFound;
-    if (is(static_cast<host::Refused*>(nullptr))) status = kConflict;
+    if (is(static_cast<host::Refused*>(nullptr)) || is(static_cast<Conflict*>(nullptr))) status = kConflict;
     return {.status = status, .body = desk != nullptr ? desk->failureText(error) : errorText(error.what())};
 }
 

@@ -151,6 +151,7 @@ void Service::opened(Peer peer) {
         tell(peer, {{"type", "hello"},
                     {"page", pageName(peer)},
                     {"revision", desk_->revision()},
+                    {"instance", instance_},
                     {"acquisition", desk_->acquisition()}});
         const std::lock_guard lock(mutex_);
         if (gone_.erase(peer) == 0) peers_.insert(peer);

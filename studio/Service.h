@@ -13,6 +13,7 @@
 #include <string>
 #include <thread>
 
+#include "studio/Access.h"
 #include "studio/Desk.h"
 #include "studio/Gallery.h"
 #include "studio/Http.h"
@@ -58,6 +59,7 @@ class Service final : public Application {
     Send send_;
     GivenFiles given_;
     Clock::time_point start_ = Clock::now();
+    std::string instance_ = newToken();  ///< tells a page that comes back whether this is the studio it knew
     mutable std::mutex mutex_;
     std::set<Peer> peers_;
     std::set<Peer> gone_;  ///< closed before they were greeted

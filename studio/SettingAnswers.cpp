@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <limits>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -117,7 +118,9 @@ Response set(Studio& studio, const Request& request) {
 }
 
 Response undo(Studio& studio, const Request& request) {
-    return documentOf(studio.desk.undo(pageOf(request)));
+    std::optional<std::uint64_t> change;
+    if (request.find("change") != nullptr) change = wholeIn(request, "change", 0);
+    return documentOf(studio.desk.undo(pageOf(request), change));
 }
 
 Response history(Studio& studio, const Request&) {

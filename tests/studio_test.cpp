@@ -91,6 +91,10 @@ TEST_F(StudioTest, TellsEveryPageWhatMovedAndTakesItBack) {
         EXPECT_THAT(changes[0]["change"]["writes"], Not(IsEmpty()));
     }
     EXPECT_EQ(get("/api/history")["changes"].size(), 4U);
+    // Only who knows of the last change takes it back by its number.
+    EXPECT_EQ(ask("POST", "/api/undo?change=1").status, 409);
+    EXPECT_EQ(get("/api/history")["changes"].size(), 4U);
+    EXPECT_EQ(ask("POST", "/api/undo?change=4").status, 200);
     while (ask("POST", "/api/undo").status == 200)
         EXPECT_THAT(get("/api/history")["changes"].size(), testing::Lt(4U));
     EXPECT_EQ(settings(get("/api/parameters")), before);

@@ -14,7 +14,8 @@ import { say, store, trying } from "./state.js";
 
 const changesKept = 100;
 
-/** The revision of the board that the page shows. */
+/** The studio that the page shows, and the revision of its board: another studio counts from the start. */
+let instance = "";
 let revision = -1;
 /** Revisions whose change was taken in: an own one comes twice, as the answer and as a message. */
 const taken = new Set();
@@ -85,7 +86,25 @@ export function select(name) {
 }
 
 async function loadAll() {
+/**
+ * The history as the studio has it, with what the page knows besides of the changes that it saw itself.
+ * @param {Parameters<typeof fromHistory>[0][]} past oldest first
+ * @param {number} begin key of the first entry that came after the history was asked for
+ */
+function listed(past, begin) {
+    const { changes } = store.state;
+    const numbers = new Set(past.map(({ change }) => change));
+    const seen = new Map();
+    for (const entry of changes) {
+        const kept = { ...entry, numbers: entry.numbers.filter((number) => numbers.has(number)) };
+        for (const number of kept.numbers) seen.set(number, kept);
+    }
+    const newer = changes.filter((entry) => entry.key >= begin && !entry.numbers.some((number) => seen.has(number)));
+    return [...newer, ...new Set(past.map((one) => seen.get(one.change) ?? fromHistory(one)).reverse())];
+}
+
     const [overview, groups, parameters, world, history] = await Promise.all([
+    const begin = nextKey;
         getJson(""),
         getJson("/tree"),
         getJson("/parameters"),
@@ -94,8 +113,8 @@ async function loadAll() {
     ]);
     reach(overview.revision);
     putParameters(parameters);
-    const shown = store.state.changes.length > 0 ? store.state.changes : history.changes.map(fromHistory).reverse();
-    store.put({ overview, groups, world, acquisition: overview.acquisition, changes: shown });
+    const changes = listed(history.changes, begin);
+    store.put({ overview, groups, world, acquisition: overview.acquisition, changes });
     await explainSelected();
 }
 
@@ -227,9 +246,9 @@ export function dismiss(name) {
 export async function undo(entry) {
     if (entry === store.state.changes[0]) {
         await trying(async () => {
-            for (const _ of entry.numbers) {
+            for (const number of [...entry.numbers].reverse()) {
                 /** @type {Change} */
-                const change = await post("/undo");
+                const change = await post(`/undo?change=${number}&page=${store.state.page}`);
                 takeChange(change, { own: true });
                 const left = change.notRestored?.map((value) => value.sentence) ?? [];
                 if (left.length > 0) say(`not set back: ${left.join("; ")}`, "error");
@@ -265,6 +284,12 @@ export function followBoard() {
     live.on("hello", (message) => {
         store.put({ page: message.page, acquisition: message.acquisition });
         if (message.revision !== revision || store.state.groups.length === 0) trying(loadAll);
+        if (message.instance !== instance) {
+            instance = message.instance;
+            revision = -1;
+            taken.clear();
+            store.put({ changes: [], last: null });
+        }
     });
     live.on("change", (message) => {
         if (message.by !== store.state.page) takeChange(message.change, { own: false });

@@ -217,4 +217,11 @@ for (const [width, colours] of [[1000, "light"], [1920, "dark"]]) {
             assert.deepEqual(wrong, [], view);
         }
     }, { width, height: 700, colours }));
+        // Its changes count from 1 again; they are listed like those before, which are gone.
+        assert.equal(await page.locator("#changes-list li").count(), 0);
+        await type(page, "FG_HEIGHT", "256");
+        await page.locator("#changes-list li", { hasText: "FG_HEIGHT" }).waitFor();
+        await again.ask("/set", { settings: [{ parameter: "FG_WIDTH", value: 512 }] });
+        await page.locator("#changes-list li", { hasText: "by another" }).waitFor();
+        assert.equal(await page.locator("#changes-list li").count(), 2);
 }
