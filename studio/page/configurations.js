@@ -26,8 +26,8 @@ async function look() {
     const { name, text } = file;
     one("#configuration-name").textContent = name;
     const answers = await trying(() => Promise.all([
-        sendFile("POST", "/configuration/check", text),
-        sendFile("POST", "/configuration/diff", text),
+        sendFile("POST", `/configuration/check?name=${encodeURIComponent(name)}`, text),
+        sendFile("POST", `/configuration/diff?name=${encodeURIComponent(name)}`, text),
     ]));
     if (!answers) {
         file = null;
@@ -85,7 +85,8 @@ async function load() {
     if (!file) return;
     const { name, text } = file;
     await trying(async () => {
-        const change = await sendFile("PUT", "/configuration", text);
+        const sender = `name=${encodeURIComponent(name)}&page=${store.state.page}`;
+        const change = await sendFile("PUT", `/configuration?${sender}`, text);
         takeChange(change, { own: true, title: `${name} loaded` });
         const skipped = change.skipped?.length ?? 0;
         const missing = change.missingFiles?.length ?? 0;

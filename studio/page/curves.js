@@ -232,7 +232,9 @@ function startFiles() {
 /** @param {File} file */
 async function importTables(file) {
     await trying(async () => {
-        takeChange(await sendFile("PUT", "/lut/file", file), { own: true, title: `tables loaded from ${file.name}` });
+        const sender = `name=${encodeURIComponent(file.name)}&page=${store.state.page}`;
+        const change = await sendFile("PUT", `/lut/file?${sender}`, file);
+        takeChange(change, { own: true, title: `tables loaded from ${file.name}` });
         say(`tables loaded from ${file.name}`);
     });
 }

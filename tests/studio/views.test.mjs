@@ -105,6 +105,10 @@ test("a dropped configuration is checked, compared and loaded", () => withStudio
     await page.waitForFunction(() => !document.querySelector("#diff-text")?.textContent?.startsWith("2"));
     const [download] = await Promise.all([page.waitForEvent("download"), page.click("#configuration-save")]);
     assert.match(await readFile(await download.path(), "utf8"), /^FG_WIDTH=2048;/m);
+    const loaded = page.locator("#changes-list li").first();
+    await loaded.getByText("line3.mcf loaded").waitFor();
+    assert.equal(await loaded.getByText("by another").count(), 0);
+    assert.equal((await studio.ask("/history")).changes.at(-1).title, "loading line3.mcf");
 
     // What is wrong with the file as a whole stands above its lines.
     await drop(page, "main", "headless.mcf", "FG_WIDTH=512;\n");
