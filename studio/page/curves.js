@@ -223,9 +223,10 @@ function startFiles() {
     const view = one("#view-curves");
     view.addEventListener("dragover", (event) => event.preventDefault());
     view.addEventListener("drop", (event) => {
-        event.preventDefault();
         const file = event.dataTransfer?.files[0];
-        if (file) importTables(file);
+        if (!file?.name.toLowerCase().endsWith(".lut")) return;
+        event.preventDefault();
+        importTables(file);
     });
 }
 

@@ -81,6 +81,10 @@ test("a curve is drawn with the mouse, and tables go out and in as files", () =>
     const kept = await studio.ask("/lut");
     await page.click("#curve-straight");
     await page.waitForFunction(async () => (await (await fetch("/api/lut")).json()).green[0] === 0);
+    // A configuration that falls here is one still.
+    await drop(page, "#view-curves", "line3.mcf", await (await fetch(new URL("/api/configuration", studio.address))).text());
+    await page.getByText("line3.mcf", { exact: true }).waitFor();
+    await page.click("#tab-curves");
     await drop(page, "#view-curves", "kept.lut", file);
     await page.waitForFunction(async () => (await (await fetch("/api/lut")).json()).green[0] === 16);
     assert.deepEqual(await studio.ask("/lut"), kept);
