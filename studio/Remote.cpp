@@ -1,5 +1,6 @@
 #include "studio/Remote.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -46,10 +47,20 @@ Json sentFile(const std::string& name) {
     return {{"name", name}, {"base64", toBase64(content)}};
 }
 
+/// The document of an answer. Throws `Failure` when it comes from something else than a studio.
+Json documentFrom(const Address& address, const Response& response) {
+    try {
+        return host::parsedJson(response.body);
+    } catch (const Failure&) {
+        throw Failure("what answers at " + address.host + ":" + address.port +
+                      " is no studio; start one with `marovine studio`, which prints its address");
+    }
+}
+
 /// What a studio answered to a command; throws what kept it from carrying the command out.
-Json answerOf(const Response& response) {
+Json answerOf(const Address& address, const Response& response) {
     constexpr int kOk = 200;
-    Json document = host::parsedJson(response.body);
+    Json document = documentFrom(address, response);
     if (response.status == kOk) return document;
     const Json* error = document.find("error");
     const Json* message = error != nullptr ? error->find("message") : nullptr;
@@ -58,13 +69,26 @@ Json answerOf(const Response& response) {
                       : "the studio answered with the code " + std::to_string(response.status));
 }
 
-int printAnswer(host::Session& session, const Json& answer) {
+/// Whether the line asked for this file: the one that it names, or one of several whose names begin like it.
+bool isAskedFor(const fs::path& file, const std::vector<fs::path>& written) {
+    return std::ranges::any_of(written, [&](const fs::path& asked) {
+        return file.parent_path() == asked.parent_path() && !file.filename().empty() &&
+               file.filename().string().starts_with(asked.stem().string());
+    });
+}
+
+/// Writes only what the line asked for, as the studio may be anybody's.
+int printAnswer(host::Session& session, const Json& answer, const std::vector<fs::path>& written) {
     const Members members(answer, "the studio's answer", {"status", "output", "errors", "files"});
     for (const auto& file : members.array("files")) {
         const Members one(file, "a file", {"name", "base64"});
         const auto content = fromBase64(one.text("base64"));
         if (!content) throw Failure("the studio sent a file that cannot be read");
-        virtualboard::imaging::writeSafely(one.text("name"), *content);
+        const std::string name = one.text("name");
+        if (!isAskedFor(name, written))
+            throw Failure("the studio sent the file " + name +
+                          ", which was not asked for; it is not written");
+        virtualboard::imaging::writeSafely(name, *content);
     }
     session.out() << members.text("output") << std::flush;
     session.errors().out() << members.text("errors") << std::flush;
@@ -78,7 +102,9 @@ int runRemotely(host::Session& session, const std::vector<std::string>& argument
         if (session.options.address.empty()) return true;
         const Address address = parseAddress(session.options.address);
         Json files = Json::array();
+        std::vector<fs::path> written;
         for (const auto& file : named) {
+            if (file.role() == host::FileRole::Written) written.emplace_back(file.name());
             if (file.role() == host::FileRole::Read) files.push_back(sentFile(file.name()));
             if (file.role() == host::FileRole::None)
                 throw host::UsageError("what is asked for with " + file.name() +
@@ -88,8 +114,8 @@ int runRemotely(host::Session& session, const std::vector<std::string>& argument
                            {"files", std::move(files)},
                            {"width", session.console().width()},
                            {"colour", session.console().coloured()}};
-        session.status =
-            printAnswer(session, answerOf(post(address, "/api/command", host::printedOnOneLine(request))));
+        const Response response = post(address, "/api/command", host::printedOnOneLine(request));
+        session.status = printAnswer(session, answerOf(address, response), written);
         return false;
     });
 }

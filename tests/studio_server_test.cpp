@@ -17,6 +17,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <nlohmann/json.hpp>
@@ -187,6 +188,65 @@ TEST(StudioProgram, OutlivesBadSenders) {
     const Studio studio;
     struct Case {
         std::string sent;
+/// What takes one connection, and whatever it asks answers this.
+class Impostor {
+ public:
+    explicit Impostor(const std::string& body) : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+        sockaddr_in place{};
+        place.sin_family = AF_INET;
+        place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof place;
+        bind(socket_, reinterpret_cast<const sockaddr*>(&place), size);
+        listen(socket_, 1);
+        getsockname(socket_, reinterpret_cast<sockaddr*>(&place), &size);
+        at = " --at 127.0.0.1:" + std::to_string(ntohs(place.sin_port));
+        server_ = std::thread([this, body] {
+            const int peer = accept(socket_, nullptr, nullptr);
+            std::array<char, 65536> asked{};
+            static_cast<void>(recv(peer, asked.data(), asked.size(), 0));
+            const std::string answer =
+                "HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: " + std::to_string(body.size()) +
+                "\r\n\r\n" + body;
+            static_cast<void>(::send(peer, answer.data(), answer.size(), MSG_NOSIGNAL));
+            shutdown(peer, SHUT_WR);
+            while (recv(peer, asked.data(), asked.size(), 0) > 0) continue;
+            close(peer);
+        });
+    }
+    Impostor(const Impostor&) = delete;
+    Impostor& operator=(const Impostor&) = delete;
+    ~Impostor() {
+        shutdown(socket_, SHUT_RDWR);
+        server_.join();
+        close(socket_);
+    }
+
+    std::string at;
+
+ private:
+    int socket_;
+    std::thread server_;
+};
+
+TEST(StudioProgram, IsNotTrustedByTheCommand) {
+    const Impostor page("<html>a page</html>");
+    EXPECT_THAT(joined(run("get FG_WIDTH" + page.at).errors), HasSubstr("is no studio"));
+    // A file is written only where the line has asked for one.
+    const TemporaryFile asked(".mcf");
+    const TemporaryFile other(".mcf");
+    const auto sent = [](const TemporaryFile& file) {
+        return R"({"status": 0, "output": "", "errors": "", "files": [{"name": ")" +
+               std::string(file.name()) + R"(", "base64": "YWJj"}]})";
+    };
+    const std::string save = "save " + std::string(asked.name());
+    const Impostor honest(sent(asked));
+    EXPECT_EQ(run(save + honest.at).status, 0);
+    EXPECT_EQ(asked.content(), "abc");
+    const Impostor false_(sent(other));
+    EXPECT_THAT(joined(run(save + false_.at).errors), HasSubstr("not asked for"));
+    EXPECT_EQ(other.content(), "");
+}
+
         const char* answer;
     };
     const std::string large(100 * 1024, 'x');
