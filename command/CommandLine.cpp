@@ -70,6 +70,9 @@ void applyRules(CLI::Option& option, const Rules& rules, const ProgramParts& par
             },
             "");
     }
+    if (rules.notEmpty)
+        option.check([](const std::string& text) { return std::string(text.empty() ? "it is empty" : ""); },
+                     "");
     if (!rules.choices.empty())
         option.transform(CLI::IsMember(rules.choices, CLI::ignore_case).description(""));
     if (rules.type != nullptr) option.type_name(rules.type);

@@ -37,6 +37,7 @@ struct Rules {
     const char* type = nullptr;  ///< shown in the help: "FILE.png"
     bool required = false;
     bool exists = false;              ///< a file that exists
+    bool notEmpty = false;            ///< where an empty text would pass for none
     std::optional<double> minimum{};  ///< of a number, with `maximum`
     std::optional<double> maximum{};
     std::vector<std::string> choices{};  ///< the only texts allowed, without regard to case

@@ -36,7 +36,7 @@ constexpr const char* kWhereToBegin =
 
 void addGlobalOptions(CommandLine line, GlobalOptions& options) {
     line.option("--at", &options.address, "Work on the board of the studio at this address, not on a new one",
-                {.type = "ADDRESS"});
+                {.type = "ADDRESS", .notEmpty = true});
     line.option("--config", &options.config, "Load this configuration first",
                 {.type = "FILE.mcf", .exists = true, .file = FileRole::Read});
     line.option("--set", &options.settings, "Set a parameter before the command runs; may be repeated",

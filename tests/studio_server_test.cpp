@@ -159,6 +159,9 @@ TEST(StudioProgram, StartsQuicklyAndEndsCleanly) {
     EXPECT_EQ(gone.status, 1);
     EXPECT_THAT(joined(gone.errors), HasSubstr("no studio answers at 127.0.0.1"));
     EXPECT_THAT(run("get FG_WIDTH --at ftp://x/").errors, HasSubstr("no address of a studio"));
+    // No address is no leave to work on a board of its own.
+    for (const char* line : {"get FG_WIDTH --at ''", "--at= get FG_WIDTH"})
+        EXPECT_EQ(run(line).status, 2) << line;
 }
 
 TEST(StudioProgram, CarriesTheCommandsOut) {
