@@ -19,6 +19,7 @@ void defineStudio(CommandLine command, Session& session) {
         "(docs/STUDIO-API.md), until Ctrl-C. With --config and --set it begins in a state of your own.\n"
         "For instance: marovine studio --config line3.mcf");
     command.action([options, &session] {
+        session.refuseShared("studio");
         if (!session.serveStudio)
             throw Failure(
                 "the studio is a program of its own, marovine-studio, which is not beside this one");
