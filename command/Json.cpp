@@ -5,7 +5,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include "client/Defaults.h"
 #include "client/Failure.h"
+#include "client/Snapshot.h"
 
 namespace marovine::host {
 
@@ -159,6 +161,17 @@ Json jsonOf(const Parameter& parameter) {
         result["entries"].push_back(
             {{"name", entry.constantName}, {"displayName", entry.displayName}, {"value", entry.value}});
     return result;
+}
+
+Json jsonOf(const Parameter& parameter, const std::optional<Value>& value) {
+    Json entry = jsonOf(parameter);
+    entry["readOut"] = isReadOut(parameter.name);
+    if (const auto before = defaultOf(parameter)) {
+        entry["default"] = jsonOf(parameter, *before);
+        entry["differs"] = value != before;
+    }
+    entry["value"] = value ? jsonOf(parameter, *value) : Json();
+    return entry;
 }
 
 std::string printed(const Json& document) {

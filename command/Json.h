@@ -82,6 +82,9 @@ Json jsonOf(const Value& value);
 Json jsonOf(const Parameter& parameter, const Value& value);
 /// A parameter with range, access, unit and entries.
 Json jsonOf(const Parameter& parameter);
+/// The same with its default, whether it differs from it, and its value; null for one that cannot be read
+/// now.
+Json jsonOf(const Parameter& parameter, const std::optional<Value>& value);
 
 /// The text of a document, indented; bytes that are no UTF-8 are replaced.
 std::string printed(const Json& document);

@@ -96,8 +96,7 @@ Json jsonOf(const std::vector<Cause>& causes) {
 }
 
 Json jsonOf(const Facts& facts) {
-    Json document = jsonOf(facts.parameter);
-    document["value"] = facts.value ? jsonOf(facts.parameter, *facts.value) : Json();
+    Json document = jsonOf(facts.parameter, facts.value);
     document["description"] = facts.text;
     document["limits"] = Json::array();
     for (const auto& narrowing : facts.narrowings)

@@ -2,8 +2,6 @@
 #include <optional>
 #include <string>
 
-#include "client/Defaults.h"
-#include "client/Snapshot.h"
 #include "command/Json.h"
 #include "command/commands/Commands.h"
 
@@ -35,14 +33,7 @@ void run(const Options& options, Session& session) {
         const Parameter parameter = applet.parameter(name);
         const auto value = readOrNothing(applet, name);
         if (options.json) {
-            Json entry = jsonOf(parameter);
-            entry["readOut"] = isReadOut(name);
-            if (const auto before = defaultOf(parameter)) {
-                entry["default"] = jsonOf(parameter, *before);
-                entry["differs"] = value != before;
-            }
-            entry["value"] = value ? jsonOf(parameter, *value) : Json();
-            document.push_back(std::move(entry));
+            document.push_back(jsonOf(parameter, value));
             continue;
         }
         std::vector<std::string> row{name, parameter.writable ? "rw" : "r",
