@@ -34,7 +34,7 @@ View viewIn(const Request& request) {
                          wholeIn(request, "height", kAll)};
     if (const auto* text = request.find("fit")) {
         const auto fit = parseFit(*text);
-        if (!fit) throw BadRequest("fit is WIDTHxHEIGHT, each at most 65536");
+        if (!fit) throw BadRequest("fit is WIDTHxHEIGHT, each at most 65536, one of them more than 0");
         view.fit = *fit;
     }
     return view;

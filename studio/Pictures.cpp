@@ -58,7 +58,7 @@ std::optional<Fit> parseFit(std::string_view text) {
     if (across.ec != std::errc{} || across.ptr == end || *across.ptr != 'x') return std::nullopt;
     const auto down = std::from_chars(across.ptr + 1, end, fit.height);
     if (down.ec != std::errc{} || down.ptr != end) return std::nullopt;
-    if (fit.width > kLargestFit || fit.height > kLargestFit) return std::nullopt;
+    if (fit == Fit{} || fit.width > kLargestFit || fit.height > kLargestFit) return std::nullopt;
     return fit;
 }
 

@@ -120,35 +120,41 @@ Response command(Studio& studio, const Request& request) {
 constexpr std::array routes{
     Route{"GET", "/api", kNoBody, Place::Board, overview},
     Route{"GET", "/api/info", kNoBody, Place::Board, printedBy<kInfo>},
-    Route{"GET", "/api/parameters", kNoBody, Place::Board, parameters},
+    Route{"GET", "/api/parameters", kNoBody, Place::Board, parameters, {"pattern"}},
     Route{"GET", "/api/parameters/", kNoBody, Place::Board, parameter},
     Route{"GET", "/api/tree", kNoBody, Place::Board, printedBy<kTree>},
-    Route{"GET", "/api/values", kNoBody, Place::Board, values},
+    Route{"GET", "/api/values", kNoBody, Place::Board, values, {"name"}},
     Route{"GET", "/api/status", kNoBody, Place::Board, printedBy<kStatus>},
     Route{"GET", "/api/defaults", kNoBody, Place::Board, printedBy<kDefaults>},
     Route{"GET", "/api/events", kNoBody, Place::Board, printedBy<kEvents>},
     Route{"GET", "/api/wiring", kNoBody, Place::Board, printedBy<kWiring>},
-    Route{"GET", "/api/signals", kNoBody, Place::Board, signals},
+    Route{"GET", "/api/signals", kNoBody, Place::Board, signals, {"ms"}},
     Route{"GET", "/api/xml", kNoBody, Place::Board, xml},
     Route{"POST", "/api/set", kJsonBody, Place::Board, set},
-    Route{"POST", "/api/undo", kNoBody, Place::Board, undo},
+    Route{"POST", "/api/undo", kNoBody, Place::Board, undo, {"change", "page"}},
     Route{"GET", "/api/history", kNoBody, Place::Board, history},
-    Route{"GET", "/api/trace", kNoBody, Place::Board, trace},
+    Route{"GET", "/api/trace", kNoBody, Place::Board, trace, {"format"}},
     Route{"GET", "/api/lut", kNoBody, Place::Board, lut},
     Route{"GET", "/api/lut/file", kNoBody, Place::Board, lutFile},
-    Route{"PUT", "/api/lut/file", kTextBody, Place::Board, putLut},
+    Route{"PUT", "/api/lut/file", kTextBody, Place::Board, putLut, {"name", "page"}},
     Route{"GET", "/api/configuration", kNoBody, Place::Board, configuration},
-    Route{"PUT", "/api/configuration", kTextBody, Place::Board, putConfiguration},
-    Route{"POST", "/api/configuration/check", kTextBody, Place::Board, checkConfiguration},
-    Route{"POST", "/api/configuration/diff", kTextBody, Place::Board, diffConfiguration},
+    Route{"PUT", "/api/configuration", kTextBody, Place::Board, putConfiguration, {"name", "page"}},
+    Route{"POST", "/api/configuration/check", kTextBody, Place::Board, checkConfiguration, {"name"}},
+    Route{"POST", "/api/configuration/diff", kTextBody, Place::Board, diffConfiguration, {"name"}},
     Route{"GET", "/api/acquisition", kNoBody, Place::Board, acquisition},
     Route{"POST", "/api/acquisition", kJsonBody, Place::Board, postAcquisition},
-    Route{"GET", "/api/picture", kNoBody, Place::Pictures, picture},
-    Route{"GET", "/api/picture/histogram", kNoBody, Place::Pictures, histogram},
+    Route{"GET",
+          "/api/picture",
+          kNoBody,
+          Place::Pictures,
+          picture,
+          {"format", "x", "y", "width", "height", "fit"}},
+    Route{
+        "GET", "/api/picture/histogram", kNoBody, Place::Pictures, histogram, {"x", "y", "width", "height"}},
     Route{"GET", "/api/world", kNoBody, Place::Board, world},
     Route{"PATCH", "/api/world", kJsonBody, Place::Board, patchWorld},
-    Route{"PUT", "/api/world", kTextBody, Place::Board, putWorld},
-    Route{"PUT", "/api/world/scene", kLargeBody, Place::Board, putScene},
+    Route{"PUT", "/api/world", kTextBody, Place::Board, putWorld, {"name"}},
+    Route{"PUT", "/api/world/scene", kLargeBody, Place::Board, putScene, {"fieldWidth"}},
     Route{"DELETE", "/api/world/scene", kNoBody, Place::Board, deleteScene},
     Route{"POST", "/api/command", kLargeBody, Place::Board, command},
 };
@@ -159,6 +165,17 @@ bool Route::takes(std::string_view asked) const {
     const std::string_view own = path;
     if (!own.ends_with('/')) return asked == own;
     return asked.size() > own.size() && asked.starts_with(own) && asked.find('/', own.size()) == asked.npos;
+}
+
+void Route::requireKnownQuery(const Request& request) const {
+    for (const auto& [name, value] : request.query) {
+        if (name == "token" || std::ranges::find(query, std::string_view(name)) != query.end()) continue;
+        std::string known;
+        for (const auto& one : query)
+            if (!one.empty()) known += (known.empty() ? "" : ", ") + std::string(one);
+        throw BadRequest("the query of " + request.path + " has no " + name + "; there " +
+                         (known.empty() ? "is nothing to name" : "are: " + known));
+    }
 }
 
 std::span<const Route> allRoutes() {

@@ -2,6 +2,7 @@
 
 /// The paths of the interface: one table. docs/STUDIO-API.md says what each takes and gives.
 
+#include <array>
 #include <cstddef>
 #include <exception>
 #include <span>
@@ -33,8 +34,11 @@ struct Route {
     std::size_t largestBody;  ///< bytes
     Place place;
     Response (*answer)(Studio& studio, const Request& request);
+    std::array<std::string_view, 6> query{};  ///< what the query may hold besides the token
 
     bool takes(std::string_view asked) const;
+    /// Throws `BadRequest` for a query with something else.
+    void requireKnownQuery(const Request& request) const;
 };
 
 std::span<const Route> allRoutes();

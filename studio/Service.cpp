@@ -111,6 +111,7 @@ void Service::answer(Request request, Reply reply) {
 Response Service::carryOut(const Route& route, const Request& request) {
     Desk* const desk = route.place == Place::Board ? desk_.get() : nullptr;
     try {
+        route.requireKnownQuery(request);
         Studio studio{.desk = *desk_, .config = given_.config.filename().string()};
         studio.uptime = std::chrono::duration<double>(Clock::now() - start_).count();
         {
@@ -150,8 +151,8 @@ void Service::opened(Peer peer) {
         // Greeted and entered in the board's thread, so that no change falls between the two.
         tell(peer, {{"type", "hello"},
                     {"page", pageName(peer)},
-                    {"revision", desk_->revision()},
                     {"instance", instance_},
+                    {"revision", desk_->revision()},
                     {"acquisition", desk_->acquisition()}});
         const std::lock_guard lock(mutex_);
         if (gone_.erase(peer) == 0) peers_.insert(peer);
@@ -190,7 +191,7 @@ void Service::handle(Peer peer, const Json& message) {
             view.region = regionIn(members.array("region"));
         if (const auto text = members.maybeText("fit")) {
             const auto fit = parseFit(*text);
-            if (!fit) throw BadRequest("fit is WIDTHxHEIGHT, each at most 65536");
+            if (!fit) throw BadRequest("fit is WIDTHxHEIGHT, each at most 65536, one of them more than 0");
             view.fit = *fit;
         }
         if (members.maybeBool("on").value_or(true)) {
