@@ -28,8 +28,8 @@ function reach(reached) {
 
 /**
  * Shown the same way?
- * @param {Parameter} a
- * @param {Parameter} b
+ * @param {Parameter | null} a
+ * @param {Parameter | null} b
  */
 function same(a, b) {
     return JSON.stringify(a) === JSON.stringify(b);
@@ -75,7 +75,8 @@ export async function explainSelected() {
     const name = store.state.selected;
     if (!name) return store.put({ described: null });
     const described = await getJson(`/parameters/${encodeURIComponent(name)}`);
-    if (store.state.selected === name) store.put({ described });
+    // The same explanation is left as it stands: somebody may be in it with the keyboard.
+    if (store.state.selected === name && !same(described, store.state.described)) store.put({ described });
 }
 
 /** @param {string} name of a parameter, or empty */
@@ -85,7 +86,6 @@ export function select(name) {
     explainSelected().catch(() => {});
 }
 
-async function loadAll() {
 /**
  * The history as the studio has it, with what the page knows besides of the changes that it saw itself.
  * @param {Parameters<typeof fromHistory>[0][]} past oldest first
@@ -103,8 +103,9 @@ function listed(past, begin) {
     return [...newer, ...new Set(past.map((one) => seen.get(one.change) ?? fromHistory(one)).reverse())];
 }
 
-    const [overview, groups, parameters, world, history] = await Promise.all([
+async function loadAll() {
     const begin = nextKey;
+    const [overview, groups, parameters, world, history] = await Promise.all([
         getJson(""),
         getJson("/tree"),
         getJson("/parameters"),
@@ -283,13 +284,13 @@ export function followBoard() {
     const live = new Live((link) => store.put({ link }));
     live.on("hello", (message) => {
         store.put({ page: message.page, acquisition: message.acquisition });
-        if (message.revision !== revision || store.state.groups.length === 0) trying(loadAll);
         if (message.instance !== instance) {
             instance = message.instance;
             revision = -1;
             taken.clear();
             store.put({ changes: [], last: null });
         }
+        if (message.revision !== revision || store.state.groups.length === 0) trying(loadAll);
     });
     live.on("change", (message) => {
         if (message.by !== store.state.page) takeChange(message.change, { own: false });

@@ -57,8 +57,13 @@ function explanation({ description, limits, readOnlyBecause, drives }) {
 
 export function startInspector() {
     const panel = one("#inspector");
+    /** What the panel shows: it stays, with the keyboard's focus, until one of them is another. @type {unknown[]} */
+    let shown = [];
     store.watch(["selected", "described", "parameters"], ({ selected, described, parameters }) => {
         const parameter = parameters.get(selected);
+        const wanted = [selected, described, parameter];
+        if (shown.length > 0 && wanted.every((one, index) => one === shown[index])) return;
+        shown = wanted;
         if (!parameter) {
             panel.replaceChildren(h("p", { class: "hint" }, "Select a parameter to see what it does and what limits it."));
             return;

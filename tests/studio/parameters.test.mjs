@@ -131,6 +131,15 @@ test("a drag on a slider is one change", () => withStudio(async ({ page, studio 
     await slider.scrollIntoViewIfNeeded();
     const area = await slider.boundingBox();
     assert.ok(area);
+
+    // What others do leaves the keyboard where it is.
+    await row(page, "FG_WIDTH").click();
+    const summary = page.locator("#inspector summary");
+    await summary.focus();
+    await type(other, "FG_PROCESSING_GAMMA", "1.5");
+    await page.locator("#changes-list li", { hasText: "FG_PROCESSING_GAMMA" }).waitFor();
+    await page.waitForTimeout(1500);
+    assert.equal(await summary.evaluate((element) => element === document.activeElement), true);
     const y = area.y + area.height / 2;
     await page.mouse.move(area.x + 10, y);
     await page.mouse.down();
