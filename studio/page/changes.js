@@ -1,7 +1,7 @@
 // The list of changes: what was set, what else moved, and the way back.
 
 import { undo } from "./board.js";
-import { h, icon, one } from "./dom.js";
+import { focusOn, h, icon, one, replaceRows } from "./dom.js";
 import { show } from "./numbers.js";
 import { store } from "./state.js";
 import { reveal } from "./tree.js";
@@ -57,11 +57,13 @@ export function undoNewest() {
 
 export function startChanges() {
     const list = one("#changes-list");
+    const heading = one("#changes h2");
     const button = /** @type {HTMLButtonElement} */ (one("#undo"));
     button.addEventListener("click", undoNewest);
     store.watch(["changes"], ({ changes }) => {
+        if (changes.length === 0 && document.activeElement === button) focusOn(heading);
         button.disabled = changes.length === 0;
-        list.replaceChildren(...changes.map((entry, index) => line(entry, index === 0)));
+        replaceRows(list, changes.map((entry, index) => line(entry, index === 0)), heading);
         one("#no-changes").hidden = changes.length > 0;
     });
     // A drag changes the list many times a second; a reader hears of it once it rests.

@@ -79,6 +79,28 @@ export function one(selector) {
 }
 
 /**
+ * Replaces the rows of a list. The keyboard stays at its row, known by `data-key`, or at the one that took its place,
+ * or goes to the heading where there is none.
+ * @param {HTMLElement} list
+ * @param {HTMLElement[]} rows
+ * @param {HTMLElement} heading
+ */
+export function replaceRows(list, rows, heading) {
+    const held = [...list.children].findIndex((row) => row.contains(document.activeElement));
+    const key = list.children[held]?.getAttribute("data-key");
+    list.replaceChildren(...rows);
+    if (held < 0) return;
+    const next = rows.find((row) => key && row.dataset.key === key) ?? rows[Math.min(held, rows.length - 1)];
+    focusOn([...(next?.querySelectorAll("button") ?? [])].at(-1) ?? heading);
+}
+
+/** Puts the keyboard on an element, a heading as well. @param {HTMLElement} element */
+export function focusOn(element) {
+    if (!element.matches("button")) element.tabIndex = -1;
+    element.focus();
+}
+
+/**
  * Hands the browser a file to save.
  * @param {string} name
  * @param {Blob | string} content

@@ -1,6 +1,6 @@
 // The world around the board: belt, camera, light, inputs to press, what lies on the belt, faults to inject.
 
-import { chooseFile, h, icon, one } from "./dom.js";
+import { chooseFile, h, icon, one, replaceRows } from "./dom.js";
 import { patch, remove, sendFile } from "./link.js";
 import { show } from "./numbers.js";
 import { say, store, trying } from "./state.js";
@@ -31,66 +31,109 @@ function words(name) {
 }
 
 /**
- * A number of the world, given with Enter or by leaving the box.
+ * A part of the view that shows one value and follows it.
+ * @typedef {{element: HTMLElement, update: (value: any) => void}} Part
+ */
+
+/**
+ * A number of the world, given with Enter or by leaving the box. What is being typed there is left alone.
  * @param {string} member
  * @param {string} name
- * @param {number} value
+ * @returns {Part}
  */
-function numberRow(member, name, value) {
+function numberRow(member, name) {
     const { text, unit } = known[name] ?? { text: words(name), unit: "" };
-    const input = h("input", { type: "text", inputmode: "decimal", class: "number", value: show(value),
-                               "data-number": `${member}.${name}`, "aria-label": `${text} ${unit}`.trim() });
+    const input = h("input", { type: "text", inputmode: "decimal", class: "number",
+                               "aria-label": `${text} ${unit}`.trim() });
+    let now = NaN;
+    const restore = () => {
+        input.value = show(now);
+        input.removeAttribute("aria-invalid");
+    };
     const give = async (/** @type {number} */ next) => {
-        if (next === value) return;
+        if (next === now) return restore();
         if (!Number.isFinite(next)) {
             input.setAttribute("aria-invalid", "true");
             return say(`${text}: ${input.value} is no number`, "error");
         }
+        const given = input.value;
         if (!(await change({ [member]: { [name]: next } }))) input.setAttribute("aria-invalid", "true");
+        else if (input.value === given) restore();
     };
     input.addEventListener("change", () => give(input.value.trim() === "" ? NaN : Number(input.value)));
     input.addEventListener("keydown", (event) => {
-        if (event.key === "Escape") {
-            input.value = show(value);
-            input.removeAttribute("aria-invalid");
-        }
+        if (event.key === "Escape") restore();
     });
     const slider = name === "speed" && h("input", { type: "range", min: -2000, max: 2000, step: 10,
-        "data-number": `${member}.${name} slider`, "aria-label": `${text}, slider`, "aria-valuetext": `${value} mm/s`,
+        "aria-label": `${text}, slider`,
         onchange: (/** @type {Event} */ event) =>
             give(/** @type {HTMLInputElement} */ (event.target).valueAsNumber) });
-    if (slider) slider.valueAsNumber = value;
-    return h("div", { class: "field-row" }, h("span", { class: "name" }, text),
+    const update = (/** @type {number} */ next) => {
+        const before = now;
+        now = next;
+        const refused = input.hasAttribute("aria-invalid");
+        const typing = document.activeElement === input && input.value !== show(before) && !refused;
+        if (!typing && (next !== before || !refused)) restore();
+        if (!slider || next === before) return;
+        slider.valueAsNumber = next;
+        slider.setAttribute("aria-valuetext", `${next} mm/s`);
+    };
+    const element = h("div", { class: "field-row" }, h("span", { class: "name" }, text),
         h("span", { class: "slot" }, slider ? h("span", { class: "field-slider" }, slider, input) : input,
             h("span", { class: "unit" }, unit)));
+    return { element, update };
 }
 
-/** Groups of numbers, as the board has them; what is no number is shown as it is. @param {World} world */
-function groups(world) {
-    return Object.entries(world).filter(([member]) => !placed.includes(member)).map(([member, value]) => {
-        const heading = h("h3", {}, words(member));
-        if (typeof value === "object" && value !== null && !Array.isArray(value)) {
-            const rows = Object.entries(value).map(([name, inner]) =>
-                typeof inner === "number" ? numberRow(member, name, inner)
-                    : h("div", { class: "field-row" }, h("span", { class: "name" }, words(name)),
-                        h("code", {}, JSON.stringify(inner))));
-            return h("section", {}, heading, rows);
-        }
-        return h("section", {}, heading, h("code", {}, JSON.stringify(value)));
-    });
+/** What is no number is shown as it is. @returns {Part} */
+function plainValue() {
+    const element = h("code");
+    return { element, update: (value) => (element.textContent = JSON.stringify(value)) };
 }
 
-/** @param {World} world */
-function inputButtons({ inputs }) {
-    return inputs.map((high, index) => {
-        const name = index < 8 ? `GPI ${index}` : `Front ${index - 8}`;
-        return h("div", { class: "input" },
-            h("button", { type: "button", class: "press", "aria-pressed": high, "data-number": `input ${index}`,
-                          onclick: () => change({ inputs: { [index]: !high } }) }, name),
-            h("button", { type: "button", class: "plain", title: `${name} high for 5 ms`, "aria-label": `pulse on ${name}`,
-                          "data-number": `pulse ${index}`,
-                          onclick: () => change({ pulse: { input: index, ms: 5 } }) }, icon("pulse")));
-    });
+/** @param {string} name @returns {Part} */
+function plainRow(name) {
+    const { element, update } = plainValue();
+    return { element: h("div", { class: "field-row" }, h("span", { class: "name" }, words(name)), element), update };
+}
+
+/** A group of the world's values, as the board has them. @param {string} member @param {any} value @returns {Part} */
+function group(member, value) {
+    const heading = h("h3", {}, words(member));
+    if (typeof value !== "object" || value === null || Array.isArray(value)) {
+        const { element, update } = plainValue();
+        return { element: h("section", {}, heading, element), update };
+    }
+    /** @type {Map<string, Part>} */
+    const rows = new Map(Object.entries(value).map(([name, inner]) =>
+        [name, typeof inner === "number" ? numberRow(member, name) : plainRow(name)]));
+    return {
+        element: h("section", {}, heading, [...rows.values()].map((row) => row.element)),
+        update: (next) => {
+            for (const [name, inner] of Object.entries(next)) rows.get(name)?.update(inner);
+        },
+    };
+}
+
+/** The names and kinds of what the groups show: with the same ones, their parts stay. @param {World} world */
+function shapeOf(world) {
+    return JSON.stringify(world, (name, value) =>
+        placed.includes(name) ? undefined : typeof value === "object" && value !== null ? value : typeof value);
+}
+
+/** The buttons of an input. @param {number} index @returns {Part} */
+function inputButton(index) {
+    const name = index < 8 ? `GPI ${index}` : `Front ${index - 8}`;
+    let now = false;
+    const press = h("button", { type: "button", class: "press", "data-number": `input ${index}`,
+                                onclick: () => change({ inputs: { [index]: !now } }) }, name);
+    const pulse = h("button", { type: "button", class: "plain", title: `${name} high for 5 ms`,
+                                "aria-label": `pulse on ${name}`,
+                                onclick: () => change({ pulse: { input: index, ms: 5 } }) }, icon("pulse"));
+    const update = (/** @type {boolean} */ high) => {
+        now = high;
+        press.setAttribute("aria-pressed", String(high));
+    };
+    return { element: h("div", { class: "input" }, press, pulse), update };
 }
 
 /** @param {World} world */
@@ -172,14 +215,30 @@ export function startWorld() {
         event.preventDefault();
         layScene(file);
     });
+    /** What is shown now: only what differs is made anew, so that keyboard and pointer keep their place. */
+    let shape = "";
+    let [scene, faults] = ["", ""];
+    /** @type {Map<string, Part>} */
+    let parts = new Map();
+    /** @type {Part[]} */
+    let inputs = [];
     store.watch(["world"], ({ world }) => {
         if (!world) return;
-        const focused = document.activeElement?.getAttribute("data-number");
-        one("#world-groups").replaceChildren(...groups(world));
-        one("#world-inputs").replaceChildren(...inputButtons(world));
-        one("#world-scene").replaceChildren(...sceneBox(world));
-        one("#world-faults").replaceChildren(...faultList(world));
+        if (shape !== (shape = shapeOf(world))) {
+            parts = new Map(Object.entries(world).filter(([member]) => !placed.includes(member))
+                .map(([member, value]) => [member, group(member, value)]));
+            one("#world-groups").replaceChildren(...[...parts.values()].map((part) => part.element));
+        }
+        for (const [member, part] of parts) part.update(world[/** @type {keyof World} */ (member)]);
+        if (inputs.length !== world.inputs.length) {
+            inputs = world.inputs.map((_, index) => inputButton(index));
+            one("#world-inputs").replaceChildren(...inputs.map((part) => part.element));
+        }
+        world.inputs.forEach((high, index) => inputs[index]?.update(high));
+        if (scene !== (scene = JSON.stringify([world.scene, world.file])))
+            one("#world-scene").replaceChildren(...sceneBox(world));
+        if (faults !== (faults = JSON.stringify(world.faults)))
+            replaceRows(one("#world-faults"), faultList(world), one("#faults-heading"));
         one("#no-faults").hidden = world.faults.length > 0;
-        if (focused) /** @type {HTMLElement | null} */ (view.querySelector(`[data-number="${focused}"]`))?.focus();
     });
 }

@@ -24,10 +24,11 @@ test("a width that is set is the width of the pictures", () => withStudio(async 
     await screenshot(page, "writes");
 
     await page.click("#tab-picture");
-    await page.click("#undo");
+    await entry.getByRole("button", { name: "undo FG_WIDTH" }).press("Enter");
     await picture(page, 1024, 1024);
     assert.equal(await box(page, "FG_WIDTH").inputValue(), "1024");
     assert.equal(await page.locator("#changes-list li").count(), 0);
+    assert.equal(await page.evaluate(() => document.activeElement?.textContent), "Changes");
 }));
 
 test("a refused value says why and its remedy sets it right", () => withStudio(async ({ page, studio }) => {

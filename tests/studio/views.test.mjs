@@ -147,6 +147,17 @@ test("the world is moved, pressed and broken", () => withStudio(async ({ page, s
     await page.getByLabel("Belt speed mm/s").fill("250");
     await page.getByLabel("Belt speed mm/s").press("Enter");
     await page.waitForFunction(async () => (await (await fetch("/api/world")).json()).belt.speed === 250);
+    // What is being typed outlives what others do to the world.
+    const pixel = page.getByLabel("Belt that one pixel sees mm");
+    await pixel.fill("0.25");
+    await page.evaluate(() => fetch("/api/world", { method: "PATCH", headers: { "Content-Type": "application/json" },
+                                                    body: JSON.stringify({ inputs: { 5: true }, belt: { speed: 300 } }) }));
+    await page.locator('[data-number="input 5"][aria-pressed=true]').waitFor();
+    assert.equal(await page.getByLabel("Belt speed mm/s").inputValue(), "300");
+    assert.equal(await pixel.inputValue(), "0.25");
+    await pixel.press("Escape");
+    await page.getByRole("button", { name: "GPI 5", exact: true }).click();
+    await page.locator('[data-number="input 5"][aria-pressed=false]').waitFor();
     const press = page.getByRole("button", { name: "GPI 3", exact: true });
     await press.click();
     await page.locator('[data-number="input 3"][aria-pressed=true]').waitFor();
@@ -158,8 +169,9 @@ test("the world is moved, pressed and broken", () => withStudio(async ({ page, s
     await screenshot(page, "world");
     await type(page, "FG_WIDTH", "2048");
     await row(page, "FG_WIDTH").getByRole("alert").waitFor();
-    await page.getByRole("button", { name: "take refuseWrites away" }).click();
+    await page.getByRole("button", { name: "take refuseWrites away" }).press("Enter");
     await page.locator("#world-faults li").waitFor({ state: "detached" });
+    assert.equal(await page.evaluate(() => document.activeElement?.id), "faults-heading");
     await type(page, "FG_WIDTH", "2048");
     await row(page, "FG_WIDTH").locator(".refusal").waitFor({ state: "detached" });
     assert.equal((await studio.ask("/values?name=FG_WIDTH")).FG_WIDTH, 2048);
