@@ -15,7 +15,7 @@ function hashOf({ view, selected, search, onlyChanged, open, zoom, profile }) {
     if (selected) place.set("select", selected);
     if (search) place.set("search", search);
     if (onlyChanged) place.set("changed", "1");
-    if (open.size > 0) place.set("open", [...open].join("|"));
+    place.set("open", [...open].join("|"));
     if (zoom.zoom > 0) place.set("zoom", [zoom.zoom, zoom.x, zoom.y].map((value) => Number(value.toPrecision(6))).join());
     if (profile.at >= 0) place.set(profile.axis, String(profile.at));
     return `#${place}`;
@@ -32,7 +32,7 @@ function goThere() {
     if (search !== null) store.put({ search });
     if (place.has("changed")) store.put({ onlyChanged: true });
     const open = place.get("open");
-    if (open !== null) store.put({ open: new Set(open.split("|")) });
+    if (open !== null) store.put({ open: new Set(open.split("|").filter(Boolean)) });
     const [zoom = NaN, x = NaN, y = NaN] = (place.get("zoom") ?? "").split(",").map(Number);
     if ([zoom, x, y].every(Number.isFinite) && zoom > 0) store.put({ zoom: { zoom: Math.min(64, zoom), x, y } });
     for (const axis of /** @type {("row" | "column")[]} */ (["row", "column"])) {

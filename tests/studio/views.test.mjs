@@ -105,14 +105,14 @@ test("a dropped configuration is checked, compared and loaded", () => withStudio
 
     await page.click("#configuration-load");
     await page.getByText("line3.mcf loaded; not taken").waitFor();
-    assert.equal((await studio.ask("/values?name=FG_WIDTH")).FG_WIDTH, 2048);
-    await page.waitForFunction(() => !document.querySelector("#diff-text")?.textContent?.startsWith("2"));
-    const [download] = await Promise.all([page.waitForEvent("download"), page.click("#configuration-save")]);
-    assert.match(await readFile(await download.path(), "utf8"), /^FG_WIDTH=2048;/m);
     const loaded = page.locator("#changes-list li").first();
     await loaded.getByText("line3.mcf loaded").waitFor();
     assert.equal(await loaded.getByText("by another").count(), 0);
     assert.equal((await studio.ask("/history")).changes.at(-1).title, "loading line3.mcf");
+    assert.equal((await studio.ask("/values?name=FG_WIDTH")).FG_WIDTH, 2048);
+    await page.waitForFunction(() => !document.querySelector("#diff-text")?.textContent?.startsWith("2"));
+    const [download] = await Promise.all([page.waitForEvent("download"), page.click("#configuration-save")]);
+    assert.match(await readFile(await download.path(), "utf8"), /^FG_WIDTH=2048;/m);
 
     // What is wrong with the file as a whole stands above its lines.
     await drop(page, "main", "headless.mcf", "FG_WIDTH=512;\n");
@@ -194,6 +194,15 @@ test("a reload keeps the place", () => withStudio(async ({ page }) => {
     assert.equal(await row(page, "FG_WIDTH").isVisible(), false);
     await page.click("#tab-picture");
     await page.getByText("150 %").waitFor();
+    // All groups closed is a place as well.
+    await page.fill("#search", "");
+    await page.waitForFunction(() => !location.hash.includes("search"));
+    await page.evaluate(() => (location.hash = location.hash.replace(/open=[^&]*/, "open=")));
+    await page.locator("#tree [aria-expanded=true]").first().waitFor({ state: "detached" });
+    await page.waitForTimeout(200);
+    await page.reload();
+    await page.getByRole("treeitem", { name: "ROI" }).waitFor();
+    assert.equal(await page.locator("#tree [aria-expanded=true]").count(), 0);
 }));
 
 test("a lost link is said and mended", () => withStudio(async ({ page, studio }) => {
@@ -209,6 +218,13 @@ test("a lost link is said and mended", () => withStudio(async ({ page, studio })
         // It is another board: what the page shows is what that one has.
         await page.waitForFunction(() =>
             /** @type {HTMLInputElement} */ (document.querySelector("[data-name=FG_WIDTH] input.number")).value === "1024");
+        // Its changes count from 1 again; they are listed like those before, which are gone.
+        assert.equal(await page.locator("#changes-list li").count(), 0);
+        await type(page, "FG_HEIGHT", "256");
+        await page.locator("#changes-list li", { hasText: "FG_HEIGHT" }).waitFor();
+        await again.ask("/set", { settings: [{ parameter: "FG_WIDTH", value: 512 }] });
+        await page.locator("#changes-list li", { hasText: "by another" }).waitFor();
+        assert.equal(await page.locator("#changes-list li").count(), 2);
     } finally {
         await again.stop();
     }
@@ -237,11 +253,4 @@ for (const [width, colours] of [[1000, "light"], [1920, "dark"]]) {
             assert.deepEqual(wrong, [], view);
         }
     }, { width, height: 700, colours }));
-        // Its changes count from 1 again; they are listed like those before, which are gone.
-        assert.equal(await page.locator("#changes-list li").count(), 0);
-        await type(page, "FG_HEIGHT", "256");
-        await page.locator("#changes-list li", { hasText: "FG_HEIGHT" }).waitFor();
-        await again.ask("/set", { settings: [{ parameter: "FG_WIDTH", value: 512 }] });
-        await page.locator("#changes-list li", { hasText: "by another" }).waitFor();
-        assert.equal(await page.locator("#changes-list li").count(), 2);
 }
