@@ -104,6 +104,8 @@ function startTheme() {
 
 /** @param {KeyboardEvent} event */
 function onKey(event) {
+    const dialog = /** @type {HTMLDialogElement} */ (one("#keys"));
+    if (dialog.open) return;
     const { target } = event;
     const typing = target instanceof HTMLElement && target.matches("input:not([type=range]), select, textarea");
     if ((event.ctrlKey || event.metaKey) && event.key === "z" && !typing) {
@@ -117,7 +119,6 @@ function onKey(event) {
         return go(views[number - 1] ?? "picture");
     }
     if (typing || event.altKey) return;
-    const dialog = /** @type {HTMLDialogElement} */ (one("#keys"));
     const running = (store.state.acquisition?.state ?? "stopped") !== "stopped";
     if (event.key === "/") one("#search").focus();
     else if (event.key === "?") dialog.showModal();

@@ -97,6 +97,12 @@ test("everything can be done with the keyboard alone", () => withStudio(async ({
     await keyboard.press("ArrowRight");
     await page.locator("#view-signals").waitFor();
     await keyboard.press("Alt+1");
+    await keyboard.press("?");
+    await keyboard.press("r");
+    await keyboard.press("Alt+2");
+    await keyboard.press("Escape");
+    assert.equal(await page.locator("#view-picture").isVisible(), true);
+    assert.equal((await studio.ask("/acquisition")).state, "stopped");
     await keyboard.press("s");
     await picture(page, 1024, 1024);
 }));
@@ -125,13 +131,6 @@ test("two pages on one board stay in step", () => withStudio(async ({ page, open
     await picture(page, 1024, Number(height));
     await studio.ask("/set", { settings: [{ parameter: "FG_WIDTH", value: 256 }] });
     for (const one of [page, other]) await picture(one, 256, Number(height));
-}));
-
-test("a drag on a slider is one change", () => withStudio(async ({ page, studio }) => {
-    const slider = row(page, "FG_PROCESSING_GAIN").locator("input[type=range]");
-    await slider.scrollIntoViewIfNeeded();
-    const area = await slider.boundingBox();
-    assert.ok(area);
 
     // What others do leaves the keyboard where it is.
     await row(page, "FG_WIDTH").click();
@@ -141,6 +140,13 @@ test("a drag on a slider is one change", () => withStudio(async ({ page, studio 
     await page.locator("#changes-list li", { hasText: "FG_PROCESSING_GAMMA" }).waitFor();
     await page.waitForTimeout(1500);
     assert.equal(await summary.evaluate((element) => element === document.activeElement), true);
+}));
+
+test("a drag on a slider is one change", () => withStudio(async ({ page, studio }) => {
+    const slider = row(page, "FG_PROCESSING_GAIN").locator("input[type=range]");
+    await slider.scrollIntoViewIfNeeded();
+    const area = await slider.boundingBox();
+    assert.ok(area);
     const y = area.y + area.height / 2;
     await page.mouse.move(area.x + 10, y);
     await page.mouse.down();
