@@ -57,6 +57,18 @@ TEST(FrameSequencer, sourceFrames) {
     EXPECT_EQ(Sequence(tooFar, 250).upTo(9999), Pictures{});
 }
 
+TEST(FrameSequencer, sourceFrameChangesWithinAFrame) {
+    DesignSettings settings = heightOf(100);
+    settings.cameraFval = 1;
+    settings.triggerYLength = 0xFFFFFE;
+    Sequence sequence([&](auto& s) { s = settings; }, 1000);
+    EXPECT_EQ(sequence.upTo(650).size(), 6u);
+    sequence.configure(settings, 250, 650);  // six pictures are more than a frame has now
+    EXPECT_EQ(sequence.upTo(950), (Pictures{{6, 750, 100}, {7, 850, 100}}));
+    sequence.configure(settings, 1000, 960);
+    EXPECT_EQ(sequence.upTo(1100), (Pictures{{8, 1000, 100}}));
+}
+
 TEST(FrameSequencer, onePicturePerTrigger) {
     Sequence sequence([](auto& s) { s.imageTriggerMode = 1, s.imageTriggerDelay = 6; });
     EXPECT_EQ(sequence.nextEnd(), std::nullopt);

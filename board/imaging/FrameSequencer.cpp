@@ -14,14 +14,17 @@ void FrameSequencer::configure(const DesignSettings& settings, std::uint64_t lin
                                std::uint64_t line) {
     // An image trigger that is switched off leaves free run, whatever its mode.
     const std::uint32_t mode = settings.imageTriggerEnable != 0 ? settings.imageTriggerMode : 0;
+    linesPerFrame = std::max<std::uint64_t>(linesPerFrame, 1);
     if (mode_ != mode || sourceFrames_ != (settings.cameraFval != 0)) {
         windows_.clear();
         taken_ = 0;
         cursor_ = std::max(cursor_, line);
     } else if (freeRun() &&
                (yOffset_ != settings.triggerYOffset || yLength_ != settings.triggerYLength ||
-                imageHeight_ != settings.imageHeight || rowsPerLine_ != rowsPerTrigger(settings))) {
-        // Lines that are past cannot become a picture only because the window shrank.
+                imageHeight_ != settings.imageHeight || rowsPerLine_ != rowsPerTrigger(settings) ||
+                (sourceFrames_ && linesPerFrame_ != linesPerFrame))) {
+        // Lines that are past cannot become a picture only because the window shrank, and one that has taken
+        // more than it is long now would never end.
         if (taken_ > 0) cursor_ = current()->first + taken_;
         cursor_ = std::max(cursor_, line);
         taken_ = 0;
@@ -35,7 +38,7 @@ void FrameSequencer::configure(const DesignSettings& settings, std::uint64_t lin
     imageHeight_ = settings.imageHeight;
     bufferRows_ = settings.yLength;
     rowsPerLine_ = rowsPerTrigger(settings);
-    linesPerFrame_ = std::max<std::uint64_t>(linesPerFrame, 1);
+    linesPerFrame_ = linesPerFrame;
     selectPeriod_ = std::max(settings.selectPeriod, 1u);
     selectPhase_ = settings.selectPhase;
 }
