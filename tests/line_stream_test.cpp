@@ -245,6 +245,19 @@ TEST(LineStream, anInputOnCC1ExposesTheCameraAsLongAsItsPulse) {
     EXPECT_EQ(bench.stream.completeNotBefore(3), std::nullopt);
 }
 
+TEST(LineStream, theCamerasOwnFrameIsThatOfTheHighestSpeed) {
+    // At rest, forwards faster and faster, backwards: a write at any time leaves the frame as long as it is.
+    Belt belt{.objectPixel = 0.1};
+    belt.profile = {{0, 0}, {0.001, 0}, {0.002, 100}, {0.003, -200}};
+    Bench bench({}, belt);
+    bench.stream.setCamera({}, 1024, 0);
+    for (const BoardTime millisecond : {0, 1, 2, 3}) {
+        bench.stream.advance(millisecond * 1000 * kMicrosecond);
+        bench.stream.configure(bench.settings, bench.stream.time());
+        EXPECT_EQ(bench.stream.linesPerFrame(), 2560u) << millisecond;  // 0.4 pixels a line
+    }
+}
+
 TEST(LineStream, theSceneNeverJumps) {
     Bench bench(with([](auto& s) { s.exsyncPeriod = 100; }), {.speed = 1000});  // a pixel per line
     bench.stream.advance(kMicrosecond * 1000);

@@ -51,6 +51,14 @@ bool sameDownscaler(const LineSettings& a, const LineSettings& b) {
     return key(a) == key(b);
 }
 
+/// mm/s at which the belt goes at most; 0 when it always rests.
+double fastest(const imaging::Belt& belt) {
+    if (belt.profile.empty()) return std::abs(belt.speed);
+    double speed = 0;
+    for (const imaging::SpeedPoint& point : belt.profile) speed = std::max(speed, std::abs(point.speed));
+    return speed;
+}
+
 }  // namespace
 
 LineStream::LineStream(SignalListener& listener, FrameCutter& frames) : listener_(listener), frames_(frames) {
@@ -125,11 +133,11 @@ void LineStream::setGenerators(bool wasRunning, BoardTime oldPeriod, bool source
     }
 }
 
-/// Lines in one frame of the source: the generator's frame, or one scene of the camera.
+/// Lines in one frame of the source: the generator's frame, or one scene of the camera. By the belt's highest
+/// speed, not by that of the moment: a write that has nothing to do with frames must not change them.
 double LineStream::framesOwnLines() const {
     if (settings_.generatorEnable != 0) return settings_.generatorActiveLines;
-    const BeltTravel::Stretch stretch = travel_->at(now_);
-    double way = pixels(std::abs(stretch.speedAt(now_)) * static_cast<double>(period_) / 1e9);
+    double way = pixels(fastest(travel_->belt()) * static_cast<double>(period_) / 1e9);
     if (external()) {
         constexpr double kPulsesPerPitch[] = {1, 1, 2, 4};
         way = pixels(travel_->belt().encoderPitch) * std::max(settings_.lineDownscaler, 1u) /
@@ -230,12 +238,9 @@ std::shared_ptr<const InputLevel> LineStream::levelOf(unsigned input) const {
 LineTrigger::Wiring LineStream::wiring() const {
     LineTrigger::Wiring wiring{
         .a = levelOf(settings_.lineSourceA), .b = levelOf(settings_.lineSourceB), .travel = travel_};
-    double fastest = std::abs(travel_->belt().speed);
-    for (const imaging::SpeedPoint& point : travel_->belt().profile)
-        fastest = std::max(fastest, std::abs(point.speed));
     // The filter keeps a track away whose levels last too short.
-    const bool lasts =
-        travel_->belt().encoderPitch / 2 / fastest * 1e9 >= static_cast<double>(lineDebounce(settings_));
+    const bool lasts = travel_->belt().encoderPitch / 2 / fastest(travel_->belt()) * 1e9 >=
+                       static_cast<double>(lineDebounce(settings_));
     const bool tracks = wiring.a == trackA_ && (settings_.encoderMode == 0 || wiring.b == trackB_);
     wiring.straightFromEncoder = tracks && lasts && encoder_.jitter == 0 && encoder_.missing == 0;
     return wiring;
