@@ -55,6 +55,7 @@ class OpenGate : public FrameCutter {
     std::uint64_t linesLeft(std::uint64_t) const override { return Pulses::kEndless; }
     bool listens() const override { return false; }
     void imageTrigger(bool, BoardTime, std::uint64_t) override {}
+    void imageTriggerStands(BoardTime, std::uint64_t) override {}
 };
 
 /// Seconds until so many lines are complete; 0 when none comes.

@@ -44,6 +44,7 @@ class Bench : public SignalListener, public FrameCutter {
         if (!active) return frames.closeGate(line);
         if (!frames.trigger(line)) frames.openGate(line);
     }
+    void imageTriggerStands(BoardTime, std::uint64_t line) override { frames.openGate(line); }
     /// Advances, and holds what was told against what was foretold.
     void advance(BoardTime until) {
         const BoardTime inputs = stream.inputNotBefore().value_or(kNever);
@@ -255,6 +256,25 @@ TEST(LineStream, theCamerasOwnFrameIsThatOfTheHighestSpeed) {
         bench.stream.advance(millisecond * 1000 * kMicrosecond);
         bench.stream.configure(bench.settings, bench.stream.time());
         EXPECT_EQ(bench.stream.linesPerFrame(), 2560u) << millisecond;  // 0.4 pixels a line
+    }
+}
+
+TEST(LineStream, aLevelThatStoodBeforeOpensAGateAndIsNoEdge) {
+    const InputSignal high{.high = true, .edges = {{100 * kMicrosecond, false}, {200 * kMicrosecond, true}}};
+    for (const std::uint32_t mode : {1u, 2u}) {
+        for (const bool low : {false, true}) {
+            SCOPED_TRACE(testing::Message() << "mode " << mode << (low ? ", low active" : ""));
+            InputSignal signal = high;
+            signal.high = !low;
+            for (auto& edge : signal.edges) edge.high = edge.high != low;
+            Bench bench(with([&](auto& s) { s.imageTriggerMode = mode, s.imagePolarity = low ? 1 : 0; }), {},
+                        {{0, signal}});
+            EXPECT_EQ(bench.frames.triggers(), mode - 1);
+            bench.stream.advance(150 * kMicrosecond);
+            EXPECT_EQ(bench.frames.triggers(), mode - 1);
+            bench.stream.advance(300 * kMicrosecond);
+            EXPECT_EQ(bench.frames.triggers(), mode);
+        }
     }
 }
 

@@ -29,6 +29,8 @@ class FrameCutter {
     virtual bool listens() const = 0;
     /// The image trigger became active or ceased to be.
     virtual void imageTrigger(bool active, BoardTime at, std::uint64_t line) = 0;
+    /// The image trigger is active as the frames begin to listen to it: a level, not an edge.
+    virtual void imageTriggerStands(BoardTime at, std::uint64_t line) = 0;
 };
 
 /// Follows inputs, belt and settings over board time and tells what its signals do.

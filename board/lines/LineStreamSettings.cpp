@@ -315,14 +315,19 @@ void LineStream::pollImageTrigger() {
         image_.start(levelOf(settings_.imageSelect), toCycles(settings_.imageDebouncing), now_);
         imageSeen_ = now_;
         imageChange_.reset();
-        imageActive_ = false;
     }
     if (!imageListens_) {
         imageActive_ = false;
         return;
     }
     const bool level = imageFromInput() ? image_.high() : settings_.softwareLevel != 0;
-    setImageActive(level != (settings_.imagePolarity != 0));
+    const bool active = level != (settings_.imagePolarity != 0);
+    if (listened) {
+        setImageActive(active);
+        return;
+    }
+    imageActive_ = active;
+    if (active) frames_.imageTriggerStands(now_, started());
 }
 
 void LineStream::setImageActive(bool active) {

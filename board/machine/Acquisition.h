@@ -133,6 +133,7 @@ class Acquisition : private FrameCutter {
     std::uint64_t linesLeft(std::uint64_t line) const override;
     bool listens() const override { return running_ && sequencer_.listens(); }
     void imageTrigger(bool active, BoardTime at, std::uint64_t line) override;
+    void imageTriggerStands(BoardTime at, std::uint64_t line) override;
 
     void triggered(BoardTime at, FramePictureTrigger cause, bool begun);
     bool cutNext();

@@ -42,6 +42,10 @@ void Acquisition::imageTrigger(bool active, BoardTime at, std::uint64_t line) {
     triggered(at, FRAME_TRIGGER_GATE, !begun && sequencer_.openGate(line - base_));
 }
 
+void Acquisition::imageTriggerStands(BoardTime at, std::uint64_t line) {
+    if (running_ && line >= base_) triggered(at, FRAME_TRIGGER_GATE, sequencer_.openGate(line - base_));
+}
+
 /// Remembers what began a frame.
 void Acquisition::triggered(BoardTime at, FramePictureTrigger cause, bool begun) {
     if (!begun) return;
