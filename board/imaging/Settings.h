@@ -65,7 +65,8 @@ struct LineSettings {
     std::uint32_t cc1Invert = 0;
 
     // The image trigger's input.
-    std::uint32_t imageSource = 2;  ///< 2: an input, 4: the software
+    static constexpr std::uint32_t kFromSoftware = 4;
+    std::uint32_t imageSource = 2;  ///< 2: an input, or `kFromSoftware`
     std::uint32_t imageSelect = 0;  ///< input, 0 to 11
     std::uint32_t imagePolarity = 0;
     double imageDebouncing = 0.112;

@@ -119,7 +119,7 @@ class LineStream {
     LineTrigger::Wiring wiring() const;
     std::shared_ptr<const InputLevel> levelOf(unsigned input) const;
     void setGenerators(bool wasRunning, BoardTime oldPeriod, bool sourceChanged);
-    bool imageFromInput() const { return imageListens_ && settings_.imageSource != kSoftware; }
+    bool imageFromInput() const { return imageListens_ && settings_.imageSource != settings_.kFromSoftware; }
     void setImageActive(bool active);
     void step(BoardTime until);
     void restart();
@@ -140,7 +140,6 @@ class LineStream {
     double exposureOf(const Pulses& starts) const;
     double framesOwnLines() const;
     double pixels(double millimetres) const { return millimetres / travel_->belt().objectPixel; }
-    static constexpr std::uint32_t kSoftware = 4;
 
     SignalListener& listener_;
     FrameCutter& frames_;

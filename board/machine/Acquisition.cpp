@@ -11,8 +11,6 @@ void store(Slot* slot, Number value) {
     if (slot != nullptr && !slot->pinned) slot->value = value;
 }
 
-constexpr std::uint32_t kFromSoftware = 4;  // the image trigger's source
-
 }  // namespace
 
 Acquisition::~Acquisition() {
@@ -160,7 +158,7 @@ void Acquisition::changed(const Slot& slot, BoardTime now) {
     if (slot.drivesPictures) reconfigure(now);
     stream_.pollImageTrigger();
     const imaging::LineSettings& settings = snapshot_->settings;
-    if (&slot == softwarePulse_ && slot.value == 1 && settings.imageSource == kFromSoftware)
+    if (&slot == softwarePulse_ && slot.value == 1 && settings.imageSource == settings.kFromSoftware)
         triggered(now, FRAME_TRIGGER_SOFTWARE, sequencer_.trigger(stream_.started() - base_));
     settle(now);
     work_.notify_one();
