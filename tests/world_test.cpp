@@ -112,6 +112,7 @@ TEST_F(WorldTest, holdsValuesAgainstEachOther) {
         return "\"parts\": [{\"picture\": \"part.png\", \"spacing\": 10, " + more + "}]";
     };
     std::ofstream(folder / "bad.csv") << "ms,level\n1,1\n0.5,0\n";
+    std::ofstream(folder / "half.csv") << "1,high\n2,1\n";
     std::ofstream(folder / "text.png") << "no picture\n";
     struct Case {
         std::string members, says;
@@ -134,6 +135,7 @@ TEST_F(WorldTest, holdsValuesAgainstEachOther) {
                  "parts[0].defects[0].region: reaches beyond"},
              Case{"\"inputs\": [{\"input\": 3, \"trace\": \"bad.csv\"}]",
                   "line 3: earlier than the row before"},
+             Case{"\"inputs\": [{\"input\": 3, \"trace\": \"half.csv\"}]", "line 1: no time in ms"},
              Case{"\"inputs\": [{\"input\": 3}], \"barriers\": [{\"input\": 3}]",
                   "barriers[0]: input 3 is taken by inputs[0].input"},
              Case{"\"inputs\": [{\"input\": 3, \"pulses\": [{\"at\": 1, \"width\": 2}, {\"at\": 2}]}]",
@@ -149,16 +151,23 @@ TEST_F(WorldTest, holdsValuesAgainstEachOther) {
 }
 
 TEST_F(WorldTest, readsSignals) {
-    std::ofstream(folder / "trace.csv") << "time;level\r\n0;1\r\n0.5;1\r\n2.25;0\r\n\r\n";
+    std::ofstream(folder / "trace.csv") << "\xEF\xBB\xBF\"time\";level\r\n0;1\r\n0.5;1\r\n2.25;0\r\n\r\n";
+    std::ofstream(folder / "late.csv") << "\xEF\xBB\xBF"
+                                          "5,0\n6,1\n";
     const auto read = world(R"("inputs": [
         {"input": 1, "trace": "trace.csv"},
         {"input": 2, "high": true, "pulses": [{"at": 1, "width": 0.5}]},
+        {"input": 4, "trace": "late.csv", "high": true},
         {"input": 3, "trains": [{"first": 5, "period": 1, "width": 0.25, "count": 7}]}],
         "belt": {"profile": [{"at": 0, "speed": 0}, {"at": 1500, "speed": -20}], "profilePeriod": 2000})");
     const auto& trace = read->inputs.at(1);
     ASSERT_EQ(2u, trace.edges.size());
     EXPECT_EQ(2'250'000, trace.edges[1].at);
     EXPECT_FALSE(trace.edges[1].high);
+    const auto& late = read->inputs.at(4);  // from its first row on
+    EXPECT_TRUE(late.high);
+    ASSERT_EQ(2u, late.edges.size());
+    EXPECT_EQ(5'000'000, late.edges[0].at);
     const auto& pulse = read->inputs.at(2);
     ASSERT_EQ(2u, pulse.edges.size());
     EXPECT_FALSE(pulse.edges[0].high);

@@ -14,6 +14,7 @@ namespace virtualboard::world {
 namespace {
 
 constexpr std::size_t kLongestRow = 200;
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 struct Row {
     double at;
@@ -34,6 +35,13 @@ std::optional<double> numberOf(std::string_view text) {
     return value;
 }
 
+/// Names of the columns. A row that has only one number right is none: it would be lost without a word.
+bool isHeading(std::string_view line) {
+    const auto divider = line.find_first_of(",;\t");
+    return !numberOf(line.substr(0, divider)) &&
+           (divider == std::string_view::npos || !numberOf(line.substr(divider + 1)));
+}
+
 std::optional<Row> rowOf(std::string_view line) {
     const auto divider = line.find_first_of(",;\t");
     if (divider == std::string_view::npos) return std::nullopt;
@@ -48,11 +56,11 @@ std::int64_t nanoseconds(double milliseconds) {
     return std::llround(milliseconds * 1e6);
 }
 
-imaging::InputSignal readTrace(const std::filesystem::path& file, std::size_t mostEdges) {
+imaging::InputSignal readTrace(const std::filesystem::path& file, bool high, std::size_t mostEdges) {
     if (!std::filesystem::is_regular_file(file))
         throw std::runtime_error("there is no file '" + file.string() + "'");
     std::ifstream stream(file);
-    imaging::InputSignal signal;
+    imaging::InputSignal signal{.high = high};
     std::string line;
     std::optional<double> last;
     std::size_t number = 0;
@@ -62,9 +70,9 @@ imaging::InputSignal readTrace(const std::filesystem::path& file, std::size_t mo
     while (std::getline(stream, line)) {
         ++number;
         if (line.size() > kLongestRow) fail("too long for a time and a level");
-        if (trimmed(line).empty()) continue;
+        if (number == 1 && line.starts_with(kByteOrderMark)) line.erase(0, kByteOrderMark.size());
+        if (trimmed(line).empty() || (number == 1 && isHeading(line))) continue;
         const auto row = rowOf(line);
-        if (!row && number == 1) continue;
         if (!row) fail("no time in ms and level 0 or 1");
         if (!(row->at >= 0 && row->at <= kMostTime)) fail("the time is below 0 or above 1e9 ms");
         if (last && row->at < *last) fail("earlier than the row before");

@@ -148,8 +148,8 @@ class Builder {
             return;
         }
         imaging::InputSignal signal;
+        signal.high = input.high;
         if (!input.trace.empty()) signal = trace(input, path + ".trace");
-        if (input.trace.empty()) signal.high = input.high;
         ascending(input.edges, path + ".edges", &EdgeText::at);
         for (const EdgeText& edge : input.edges) signal.edges.push_back({nanoseconds(edge.at), edge.high});
         double free = 0;
@@ -189,7 +189,7 @@ class Builder {
 
     imaging::InputSignal trace(const InputText& input, const std::string& path) {
         try {
-            return readTrace(folder_ / input.trace.text, kMostEdges);
+            return readTrace(folder_ / input.trace.text, input.high, kMostEdges);
         } catch (const std::runtime_error& error) {
             found_.add(path, error.what());
             return {};
