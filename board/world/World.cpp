@@ -67,6 +67,10 @@ class Builder {
         world_->camera.faults.seed = seed_.at(kCameraStream);
         world_->light = text_.light;
         ascending(text_.camera.faults.response, "camera.faults.response", &imaging::ResponsePoint::light);
+        for (std::size_t i = 0; i < text_.camera.faults.stuck.size(); ++i) {
+            if (text_.camera.faults.stuck[i].column >= text_.camera.sensorWidth)
+                found_.add(element("camera.faults.stuck", i) + ".column", "beyond the sensor's width");
+        }
         buildBelt();
         buildEncoder();
         for (std::size_t i = 0; i < text_.inputs.size(); ++i) buildInput(i);
@@ -287,10 +291,12 @@ class Builder {
             const RegionText& region = parts.defects[i].region;
             if (region.left + region.width > 1 || region.top + region.height > 1)
                 found_.add(below + ".region", "reaches beyond the part");
+            if (region.width == 0 || region.height == 0) found_.add(below + ".region", "is empty");
             const ShiftText& shift = parts.defects[i].shift;
-            if (parts.defects[i].kind == kColourShift && shift.red == 0 && shift.green == 0 &&
-                shift.blue == 0)
-                found_.add(below + ".shift", "a colour shift must change a colour");
+            const bool shifts = shift.red != 0 || shift.green != 0 || shift.blue != 0;
+            if (shifts == (parts.defects[i].kind == kColourShift)) continue;
+            found_.add(below + ".shift",
+                       shifts ? "only a colour shift has one" : "a colour shift must change a colour");
         }
     }
 

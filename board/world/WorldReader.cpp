@@ -97,7 +97,10 @@ class Reader {
                                                       const FieldText& text, Whole& out) {
         if (!text.choices.empty()) return choice(node, path, text, out);
         if (!is(node, JsonNode::Kind::Number, path) || !inside(node.number, path, text)) return;
-        if (node.whole) {
+        if (node.whole && *node.whole > static_cast<std::uint64_t>(text.maximum)) {
+            // Only the whole number tells it from the maximum, where doubles are too coarse.
+            found_.add(path, std::to_string(*node.whole) + " is above " + textOf(text.maximum));
+        } else if (node.whole) {
             out = static_cast<Whole>(*node.whole);
         } else {
             found_.add(path, textOf(node.number) + " is no whole number");
