@@ -55,6 +55,14 @@ TEST_F(CInterface, SaysWhatIsWrongAndChangesNothing) {
     const VirtualBoardStuckPixel stuck{.column = 1, .value = 256};
     camera.stuckPixels = 1;
     camera.stuck = &stuck;
+    auto oneWire = sized<VirtualBoardEncoder>();
+    oneWire.inputA = oneWire.inputB = 3;
+    auto light = sized<VirtualBoardLight>();
+    light.reserved = 1;
+    const VirtualBoardEdge edge{.at = 0, .high = 1, .reserved = 1};
+    auto edges = sized<VirtualBoardSignal>();
+    edges.edgeCount = 1;
+    edges.edges = &edge;
     auto value = sized<VirtualBoardValue>();
     auto wide = value;
     wide.type = FG_TYPE_UINT32;
@@ -76,6 +84,10 @@ TEST_F(CInterface, SaysWhatIsWrongAndChangesNothing) {
         {[&] { return VirtualBoardSetInput(device, 12, 1); }, kWrongArgument, "inputs 0 to 11"},
         {[&] { return VirtualBoardPlayInput(device, 0, &signal); }, kNullPointer, "null"},
         {[&] { return VirtualBoardSetEncoder(device, &encoder); }, kWrongArgument, ""},
+        {[&] { return VirtualBoardSetEncoder(device, &oneWire); }, kWrongArgument, "two inputs"},
+        {[&] { return VirtualBoardSetLight(device, &light); }, kWrongRecord, ""},
+        {[&] { return VirtualBoardPlayInput(device, 0, &edges); }, kWrongRecord, ""},
+        {[&] { return VirtualBoardSetScene(device, pixel, 0, 2, 0); }, kWrongArgument, "empty"},
         {[&] { return VirtualBoardSetScene(device, nullptr, 1, 1, 0); }, kNullPointer, "null"},
         {[&] { return VirtualBoardSetScene(device, pixel, 1U << 31, 1U << 31, 0); }, kWrongArgument,
          "at most"},

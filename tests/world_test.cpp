@@ -356,7 +356,14 @@ TEST_F(WorldTest, refusesCamerasAndLightsThatCannotBe) {
     EXPECT_THROW(control.setCamera({.neutralExposure = 0}), std::invalid_argument);
     EXPECT_THROW(control.setLight({.level = nan}), std::invalid_argument);
     EXPECT_THROW(control.setLight({.flashShare = 1.5}), std::invalid_argument);
-    control.setCamera({.sensorWidth = 4'000'000'000, .faults = {.readNoise = 1}});
+    for (const imaging::CameraTraits& camera : {imaging::CameraTraits{.sensorWidth = 0},
+                                                {.sensorWidth = 4'000'000'000, .faults = {.readNoise = 1}},
+                                                {.phase = 4},
+                                                {.readout = imaging::TapReadout{.taps = 0}},
+                                                {.readout = imaging::TapReadout{.taps = 11}},
+                                                {.readout = imaging::TapReadout{.pixelsPerClock = 0}},
+                                                {.sensorWidth = 8, .faults = {.stuck = {{.column = 8}}}}})
+        EXPECT_THROW(control.setCamera(camera), std::invalid_argument);
 }
 
 // ---- the published files ----

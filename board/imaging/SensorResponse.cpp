@@ -43,6 +43,15 @@ void require(const char* name, double value, double least, double most) {
 
 void checkCamera(const CameraTraits& camera) {
     const SensorFaults& faults = camera.faults;
+    require("sensor width", camera.sensorWidth, 1, kMaxLine);
+    require("Bayer phase", camera.phase, 0, 3);
+    if (camera.readout) {
+        require("number of taps", camera.readout->taps, 1,
+                static_cast<double>(camera.readout->fromFarEnd.size()));
+        require("number of pixels in a clock", camera.readout->pixelsPerClock, 1, 10);
+    }
+    for (const StuckPixel& pixel : faults.stuck)
+        require("column of a stuck pixel", pixel.column, 0, camera.sensorWidth - 1.0);
     require("neutral exposure", camera.neutralExposure, 1e-3, 1e9);
     require("dark level", faults.darkLevel, 0, kWhite);
     require("read noise", faults.readNoise, 0, kWhite);

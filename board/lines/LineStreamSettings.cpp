@@ -190,6 +190,8 @@ void LineStream::setBelt(const imaging::Belt& belt, bool sceneStays, BoardTime n
 void LineStream::setEncoder(const imaging::Encoder& encoder, BoardTime now) {
     for (const auto& input : {encoder.inputA, encoder.inputB})
         if (input && *input >= kInputs) throw std::invalid_argument("the board has inputs 0 to 11");
+    if (encoder.inputA && encoder.inputA == encoder.inputB)
+        throw std::invalid_argument("an encoder's two tracks are wired to two inputs");
     if (!(encoder.jitter >= 0 && encoder.jitter <= 0.1) || !(encoder.missing >= 0 && encoder.missing <= 1))
         throw std::invalid_argument("an encoder's jitter is 0 to 0.1, its missing share 0 to 1");
     encoder_ = encoder;

@@ -261,8 +261,8 @@ void Board::setClockMode(ClockMode mode) {
 
 void Board::advanceClock(double seconds) {
     const Lock lock(mutex_);
-    if (!(seconds >= 0 && seconds < 1e9))
-        throw std::invalid_argument("the clock moves forward only, by less than 30 years");
+    if (!(seconds >= 0 && seconds <= 1e9))
+        throw std::invalid_argument("the clock moves forward only, by at most 1e9 s");
     clock_.advance(std::llround(seconds * 1e9));
     settle();
     acquisition_.clockChanged();

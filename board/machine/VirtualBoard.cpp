@@ -112,6 +112,7 @@ int VirtualBoardSetScene(GXdevice* board, const uint8_t* pixels, uint32_t width,
                          uint32_t fieldWidth) {
     return onBoard(board, [&](Board& b) {
         constexpr std::uint64_t kMost = 1 << 28;  // pixels
+        if (width == 0 || height == 0) throw std::invalid_argument("the scene is empty");
         if (std::uint64_t{width} * height > kMost)
             throw std::invalid_argument("a scene has at most " + std::to_string(kMost) + " pixels");
         imaging::Image scene(width, height);

@@ -9,6 +9,11 @@ namespace {
 template <typename Record>
 constexpr std::uint32_t sizeOf = sizeof(Record);
 
+/// A later version may give these fields a meaning that nobody here knows.
+void checkReserved(std::uint32_t field) {
+    if (field != 0) throw Refusal(kWrongRecord);
+}
+
 std::uint32_t countOf(const auto& things) {
     return static_cast<std::uint32_t>(things.size());
 }
@@ -36,6 +41,7 @@ BeltRecord::BeltRecord(const imaging::Belt& belt) {
 }
 
 imaging::Light fromRecord(const VirtualBoardLight& record) {
+    checkReserved(record.reserved);
     return {.level = record.level,
             .red = record.red,
             .green = record.green,
@@ -58,6 +64,7 @@ imaging::Encoder fromRecord(const VirtualBoardEncoder& record) {
             throw std::invalid_argument("an encoder is wired to an input from 0 on, or -1 to none");
         return wire >= 0 ? std::optional(static_cast<std::uint32_t>(wire)) : std::nullopt;
     };
+    checkReserved(record.reserved);
     return {.inputA = input(record.inputA),
             .inputB = input(record.inputB),
             .jitter = record.jitter,
@@ -76,8 +83,10 @@ EncoderRecord::EncoderRecord(const imaging::Encoder& encoder)
 
 imaging::InputSignal fromRecord(const VirtualBoardSignal& record) {
     imaging::InputSignal signal{.high = record.high != 0};
-    for (const auto& edge : run(record.edges, record.edgeCount))
+    for (const auto& edge : run(record.edges, record.edgeCount)) {
+        checkReserved(edge.reserved);
         signal.edges.push_back({edge.at, edge.high != 0});
+    }
     for (const auto& train : run(record.trains, record.trainCount))
         signal.trains.push_back({train.first, train.period, train.width, train.count});
     return signal;

@@ -76,14 +76,15 @@ int VirtualBoardWaitForPicture(GXdevice* board, dma_mem* memory, int64_t number,
 /**
  * What lies on the belt, endlessly repeated: `height` rows of `width` pixels without padding, each blue,
  * green, red. `fieldWidth` is the number of sensor pixels over which the optics spread it; 0 shows one scene
- * pixel per sensor pixel. -31032 for a field of more than 65536 pixels in width or 2^28 in all.
+ * pixel per sensor pixel. -31032 for an empty scene, and for a field of more than 65536 pixels in width or
+ * 2^28 in all.
  */
 int VirtualBoardSetScene(GXdevice* board, const uint8_t* pixels, uint32_t width, uint32_t height,
                          uint32_t fieldWidth);
 /** Lays the built-in chart on the belt, as at first. */
 int VirtualBoardShowTestChart(GXdevice* board);
 
-/** A moment of a speed profile. */
+/** A moment of a speed profile. Two at one time make the speed jump. */
 typedef struct VirtualBoardSpeedPoint_s {
     double at;    /**< s of board time since the belt was given to the board; ascending in a profile */
     double speed; /**< mm/s; negative: backwards */
@@ -120,11 +121,11 @@ typedef struct VirtualBoardStuckPixel_s {
 /** The line-scan camera, with what keeps it from showing the light as it is. World.h says more. */
 typedef struct VirtualBoardCamera_s {
     uint32_t size;        /**< of this record */
-    uint32_t sensorWidth; /**< pixels; beyond them a line is black */
+    uint32_t sensorWidth; /**< pixels, 1 to 16384; beyond them a line is black */
     uint32_t phase;       /**< Bayer phase of sensor pixel 0 in even rows, as FG_BAYERINIT has it */
     uint32_t hasReadout;  /**< 0: it reads out as the tap geometry sorter expects; the next three: unused */
     uint32_t taps;        /**< equal parts of the line, 1 to 10 */
-    uint32_t pixelsPerClock; /**< neighbouring pixels of a tap at a time */
+    uint32_t pixelsPerClock; /**< neighbouring pixels of a tap at a time, 1 to 10 */
     uint32_t fromFarEnd;     /**< bit t: tap t begins at the far end of its part */
     uint32_t motionBlur;     /**< not 0: a pixel sees all of the belt that passes during its exposure */
     double neutralExposure;  /**< microseconds that show the scene's colours as they are */
@@ -212,13 +213,13 @@ int VirtualBoardSetRenderThreads(GXdevice* board, uint32_t threads);
 
 /** How the shaft encoder's two tracks reach the board, and what it gets wrong. */
 typedef struct VirtualBoardEncoder_s {
-    uint32_t size;  /**< of this record */
-    int32_t inputA; /**< that track A is wired to; -1: whatever input the line trigger listens to */
-    int32_t inputB; /**< the same for track B */
-    uint32_t reserved;
-    double jitter;  /**< standard deviation of an edge's place, in pitches; 0 to 0.1 */
-    double missing; /**< share of the pulses that the encoder leaves out; 0 to 1 */
-    uint64_t seed;  /**< its faults follow from it alone */
+    uint32_t size;     /**< of this record */
+    int32_t inputA;    /**< that track A is wired to; -1: whatever input the line trigger listens to */
+    int32_t inputB;    /**< the same for track B; not the input of track A */
+    uint32_t reserved; /**< 0 */
+    double jitter;     /**< standard deviation of an edge's place, in pitches; 0 to 0.1 */
+    double missing;    /**< share of the pulses that the encoder leaves out; 0 to 1 */
+    uint64_t seed;     /**< its faults follow from it alone */
 } VirtualBoardEncoder;
 
 /** The encoder that a board has at first: without faults. */
@@ -231,9 +232,9 @@ int VirtualBoardSetInput(GXdevice* board, uint32_t input, int high);
 
 /** A change of a signal's level. Times count in ns from the moment that the signal is given to the board. */
 typedef struct VirtualBoardEdge_s {
-    int64_t at;    /**< ns, ascending in a signal */
-    uint32_t high; /**< 1: the level from then on is high */
-    uint32_t reserved;
+    int64_t at;        /**< ns, ascending in a signal */
+    uint32_t high;     /**< 1: the level from then on is high */
+    uint32_t reserved; /**< 0 */
 } VirtualBoardEdge;
 
 /** Pulses at a fixed period, above the level that a signal's edges say. */

@@ -64,7 +64,7 @@ struct Light {
 
 /// The line-scan colour camera.
 struct CameraTraits {
-    std::uint32_t sensorWidth = 16384;          ///< pixels; beyond them a line is black
+    std::uint32_t sensorWidth = 16384;          ///< pixels, 1 to 16384; beyond them a line is black
     std::uint32_t phase = kRedFollowedByGreen;  ///< Bayer phase of sensor pixel 0 in even rows
     double neutralExposure = 19.0;              ///< µs that show the scene's colours as they are
     /// Without a value the camera reads out as the tap geometry sorter expects it; with one a sorter set
@@ -73,7 +73,7 @@ struct CameraTraits {
     SensorFaults faults{};
 };
 
-/// A moment of a speed profile.
+/// A moment of a speed profile. Two at one time make the speed jump.
 struct SpeedPoint {
     double at = 0;     ///< s of board time since the belt was given to the board; ascending in a profile
     double speed = 0;  ///< mm/s; negative: backwards
