@@ -272,6 +272,13 @@ TEST(Command, PrintsEventsAsTheyCome) {
                                                    {"FG_START_OF_FRAME_CAM_PORT_0", 4},
                                                    {"FG_END_OF_FRAME_CAM_PORT_0", 3}}),
               counts);
+    // What still waits at the end is told as well: 50000 lines a second are more than one look brings.
+    const auto fast =
+        run("--set FG_WIDTH=64 --set FG_LINEPERIODE=20 --set FG_LINEEXPOSURE=5 events --wait "
+            "FG_START_OF_LINE_CAM_PORT_0 --seconds 0.3 --json");
+    const auto last = fast.output.rfind("{");
+    ASSERT_NE(std::string::npos, last);
+    EXPECT_LE(299'000'000, Json::parse(fast.output.substr(last))["time"]);
     const auto none = run("events --wait FG_OVERFLOW_CAM0 -n 1 --seconds 0.2");
     EXPECT_EQ(1, none.status);
     EXPECT_THAT(joined(none.errors), HasSubstr("only 0 of 1 events came"));

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -98,7 +99,9 @@ std::string lineOf(const virtualboard::Event& event, const std::string& name, bo
 void wait(const Options& options, Session& session) {
     using Clock = std::chrono::steady_clock;
     constexpr std::uint32_t kRoom = 1 << 16;
-    constexpr double kStep = 0.05;  // s, so that an interrupt is noticed and no picture is missed
+    // So that an interrupt is noticed and no picture is missed; to ask for pictures wakes the board each
+    // time.
+    constexpr std::chrono::duration<double> kStep(0.02);
     Applet& applet = session.applet();
     auto& board = boardOf(applet);
     std::array<std::string, 64> names;
@@ -114,24 +117,30 @@ void wait(const Options& options, Session& session) {
     board.setClockMode(virtualboard::ClockMode::RealTime);
     const auto end = Clock::now() + std::chrono::duration<double>(options.seconds);
     auto& out = session.console().out();
+    Clock::time_point asked{};
+    std::optional<std::int64_t> last;  // board time at the end: what has happened by then is still told
     for (int told = 0; options.count == 0 || told < options.count;) {
         if (interrupt.signal() != 0) {
             session.status = 128 + interrupt.signal();
             return;
         }
         const double left = std::chrono::duration<double>(end - Clock::now()).count();
-        if (options.seconds > 0 && left <= 0) {
+        if (options.seconds > 0 && left <= 0 && !last) last = board.time();
+        if (Clock::now() - asked >= kStep) {
+            while (grabber.comes(0)) grabber.next();
+            asked = Clock::now();
+        }
+        auto event = events.next(0);
+        if (!event && !last) {
+            out.flush();
+            event = events.next(options.seconds > 0 ? std::min(left, kStep.count()) : kStep.count());
+        }
+        if (last && (!event || event->time > *last)) {
             if (options.count == 0) return;
             throw Failure("only " + std::to_string(told) + " of " + std::to_string(options.count) +
                           " events came in time");
         }
-        while (grabber.comes(0)) grabber.next();
-        auto event = events.next(0);
-        if (!event.has_value()) {
-            out.flush();
-            event = events.next(options.seconds > 0 ? std::min(left, kStep) : kStep);
-        }
-        if (!event.has_value()) continue;
+        if (!event) continue;
         out << lineOf(*event, names[event->number], options.json) << '\n';
         ++told;
     }
