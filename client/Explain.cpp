@@ -53,8 +53,12 @@ std::optional<Value> acceptedValue(Rehearsal& rehearsal, const Parameter& parame
         candidates.push_back(parameter.range->minimum);
         candidates.push_back(parameter.range->maximum);
     }
-    for (const auto& candidate : candidates)
+    for (const auto& candidate : candidates) {
+        // A setting may be no number and be accepted, but no limit lies on the way from there.
+        const auto number = numberOf(candidate);
+        if (number && std::isnan(*number)) continue;
         if (rehearsal.accepts({parameter.name, candidate})) return candidate;
+    }
     return std::nullopt;
 }
 

@@ -20,6 +20,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 class Explaining : public HostTest {
  protected:
@@ -160,6 +161,13 @@ TEST_F(Explaining, SaysWhenTheBoardIsToBlame) {
     boardOf(applet).refuseWrites("Device1_Process0_Buffer_0_DRAM_A_0_XLength", -6000);
     EXPECT_THAT(explanationOf("FG_WIDTH", "2048").sentence(),
                 HasSubstr("another instance in the same state accepts it"));
+}
+
+TEST_F(Explaining, TakesNoLimitFromWhatIsNoNumber) {
+    set("FG_PROCESSING_GAMMA", "nan");
+    const std::string told = explanationOf("FG_PROCESSING_GAMMA", "9e9").sentence();
+    EXPECT_THAT(told, HasSubstr("above"));
+    EXPECT_THAT(told, Not(HasSubstr("nan")));
 }
 
 TEST_F(Explaining, FindsWhatNarrowsARange) {
