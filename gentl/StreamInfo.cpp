@@ -70,8 +70,8 @@ void Stream::bufferInfo(const Buffer& buffer, BUFFER_INFO_CMD command, INFO_DATA
         case BUFFER_INFO_IS_QUEUED:
             return answer.boolean(buffer.queued);
         case BUFFER_INFO_IS_ACQUIRING:
-            return answer.boolean(isGrabbing() && memory_ != nullptr && !input_.empty() &&
-                                  input_.front() == &buffer);
+            return answer.boolean(isGrabbing() && memory_ != nullptr && runDelivered_ < run_ &&
+                                  !input_.empty() && input_.front() == &buffer);
         case BUFFER_INFO_IS_INCOMPLETE:
             return answer.boolean(picture.cut || (picture.bytes == 0 && !buffer.queued));
         case BUFFER_INFO_TLTYPE:

@@ -234,6 +234,28 @@ TEST_F(GenTL, AWaitEndsWhenItIsKilledOrWhatItWaitsForCloses) {
     }
 }
 
+TEST_F(GenTL, AWaitWithoutRoomLeavesTheEventToAnother) {
+    const EVENT_HANDLE event = newBuffers();
+    const BUFFER_HANDLE buffer = announce(1, 64).front();
+    GC_ERROR without = -1;
+    BUFFER_HANDLE got = nullptr;
+    std::thread first([&] {
+        std::uint8_t place = 0;
+        std::size_t size = sizeof place;
+        without = EventGetData(event, &place, &size, GENTL_INFINITE);
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    std::thread second([&] { got = next(event, 5000); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    ASSERT_EQ(GC_ERR_SUCCESS, DSQueueBuffer(stream, buffer));
+    ASSERT_EQ(GC_ERR_SUCCESS, DSFlushQueue(stream, ACQ_QUEUE_INPUT_TO_OUTPUT));
+    second.join();
+    EXPECT_EQ(buffer, got);
+    EventKill(event);
+    first.join();
+    EXPECT_TRUE(without == GC_ERR_BUFFER_TOO_SMALL || without == GC_ERR_ABORT) << without;
+}
+
 TEST_F(GenTL, WhatClosesWhileAnotherThreadUsesItIsGoneForIt) {
     const auto atOnce = [](const auto& one, const auto& other) {
         std::atomic<int> ready = 0;
