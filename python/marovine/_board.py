@@ -80,7 +80,7 @@ class Board(_native.Board):
         return self.time()
 
     def advance(self, seconds: float) -> None:
-        """Moves the clock forward by 0 to 9e8 seconds. Raises ``ValueError`` for anything else."""
+        """Moves the clock forward by 0 to 1e9 seconds. Raises ``ValueError`` for anything else."""
         self.advance_clock(seconds)
 
     # ---- values of the design ----
