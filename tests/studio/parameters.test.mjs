@@ -88,6 +88,7 @@ test("everything can be done with the keyboard alone", () => withStudio(async ({
     await keyboard.press("Enter");
     await row(page, "FG_LINEEXPOSURE").locator(".refusal").waitFor({ state: "detached" });
     assert.equal((await studio.ask("/values?name=FG_LINEEXPOSURE")).FG_LINEEXPOSURE, 200);
+    await page.waitForFunction(() => document.querySelectorAll("#changes-list li").length === 3);
     // Out of the box into the tree, back with Ctrl Z, on to a view and its neighbour.
     await keyboard.press("Escape");
     await keyboard.press("ControlOrMeta+z");
