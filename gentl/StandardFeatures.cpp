@@ -184,7 +184,7 @@ void RemoteDevice::describePicture(NodeMap& nodes) {
                       {{.name = "BGR8", .value = PFNC_BGR8, .displayName = "BGR8"}},
                       {.read = [] { return PFNC_BGR8; },
                        .write =
-                           [this](std::int64_t value) {
+                           [](std::int64_t value) {
                                if (value != PFNC_BGR8)
                                    throw Error(GC_ERR_INVALID_VALUE, "the pixel format is always BGR8");
                            }});
