@@ -3,11 +3,11 @@
 #include <dlfcn.h>
 
 #include <array>
-#include <charconv>
 
 #include <boost/uuid/detail/sha1.hpp>
 
 #include "base/AppletIdentity.h"
+#include "gentl/XmlText.h"
 
 namespace marovine::gentl {
 
@@ -15,11 +15,6 @@ namespace {
 
 /// Far above the registers.
 constexpr std::uint64_t kDocument = 0x40000000;
-
-std::string hexadecimal(std::uint64_t number) {
-    std::array<char, 16> digits{};
-    return {digits.data(), std::to_chars(digits.begin(), digits.end(), number, 16).ptr};
-}
 
 std::array<std::uint8_t, 20> sha1(const std::string& text) {
     boost::uuids::detail::sha1 hash;

@@ -1,22 +1,16 @@
 #include "gentl/Registers.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <utility>
 
 #include "gentl/Error.h"
+#include "gentl/XmlText.h"
 
 namespace marovine::gentl {
 
 namespace {
 
 constexpr std::uint64_t kAlignment = 16;
-
-std::string addressText(std::uint64_t address) {
-    std::array<char, 16> digits{};
-    return "0x" + std::string(digits.data(), std::to_chars(digits.begin(), digits.end(), address, 16).ptr);
-}
 
 }  // namespace
 
@@ -30,13 +24,13 @@ std::uint64_t Registers::add(Register added) {
 const Registers::Place& Registers::at(std::uint64_t address, std::size_t size) const {
     auto place = std::ranges::upper_bound(places_, address, {}, &Place::address);
     if (place == places_.begin() || address - (--place)->address >= place->content.length)
-        throw Error(GC_ERR_INVALID_ADDRESS, "no register lies at " + addressText(address));
+        throw Error(GC_ERR_INVALID_ADDRESS, "no register lies at 0x" + hexadecimal(address));
     const auto& content = place->content;
     const std::uint64_t offset = address - place->address;
     if (size == 0 || size > content.length - offset || (!content.inParts && size != content.length))
-        throw Error(GC_ERR_INVALID_PARAMETER, content.name + " at " + addressText(place->address) + " has " +
-                                                  std::to_string(content.length) + " bytes, not " +
-                                                  std::to_string(size) + " from " + addressText(address));
+        throw Error(GC_ERR_INVALID_PARAMETER, content.name + " at 0x" + hexadecimal(place->address) +
+                                                  " has " + std::to_string(content.length) + " bytes, not " +
+                                                  std::to_string(size) + " from 0x" + hexadecimal(address));
     return *place;
 }
 

@@ -12,6 +12,7 @@ namespace marovine::gentl {
 std::string escaped(std::string_view text);
 /// An element of the third level with a text, on a line of its own.
 std::string xmlElement(std::string_view name, std::string_view value);
+/// A number in base 16, without a prefix.
 std::string hexadecimal(std::uint64_t number);
 
 }  // namespace marovine::gentl

@@ -6,4 +6,7 @@ declared=$(tr '\n' ' ' <"$2" | grep -oE 'GC_ERROR [A-Za-z]+\(' | sed 's/GC_ERROR
 exported=$(nm -D --defined-only "$1" | awk '{print $3}' | sort -u)
 [ "$(wc -w <<<"$declared")" -eq 57 ] || { echo "the header is read wrongly: $declared"; exit 1; }
 diff <(echo "$declared") <(echo "$exported")
+# The command's check looks for the same functions.
+checked=$(sed -n '/kFunctions{/,/};/p' "$(dirname "$0")/../command/GentlCheck.cpp" | grep -oE '"[A-Za-z]+"' | tr -d '"' | sort -u)
+diff <(echo "$declared") <(echo "$checked")
 echo "#include \"$2\"" | gcc -x c -std=c99 -Wall -Wextra -Wpedantic -Werror -fsyntax-only -
